@@ -1,0 +1,31 @@
+#ifndef COMMUNICATIONS_SERVICE_FRAMEWORK_MARLO_EXCEPTION_H
+#define COMMUNICATIONS_SERVICE_FRAMEWORK_MARLO_EXCEPTION_H
+
+#include "framework/Visibility.h"
+
+/// The framework's exception. Everything of it, its type information included, is defined by the
+/// framework; the library catches it by reference and throws copies.
+///
+/// How large the framework's own class is cannot be seen from here, and a copy is made in memory of
+/// the size declared here. It is declared with room to spare: integrators check once that
+/// sizeof(MarloException) in the framework's own headers is not above `roomForContents`.
+class COMMUNICATIONS_SERVICE_VISIBLE MarloException
+{
+public:
+    MarloException(const MarloException& other);
+    MarloException& operator=(const MarloException& other) = delete;
+    virtual ~MarloException();
+
+protected:
+    enum
+    {
+        roomForContents = 1024
+    };
+
+    /// For the framework, which knows what to put in.
+    MarloException();
+
+    alignas(16) unsigned char contents[roomForContents];
+};
+
+#endif

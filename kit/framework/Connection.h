@@ -1,0 +1,57 @@
+#ifndef KIT_FRAMEWORK_CONNECTION_H
+#define KIT_FRAMEWORK_CONNECTION_H
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+namespace kit
+{
+
+/// How an exchange with the service went.
+enum class Delivery
+{
+    done,
+    timedOut,
+    gone  ///< the service is not there, or went away meanwhile
+};
+
+/// One application's connection to a service, in this process or in another.
+///
+/// Any number of threads may use it at once, also from inside the event sink's callers. Nothing is
+/// ever sent twice, and a connection that is gone stays gone: make a new one and subscribe again.
+class Connection
+{
+public:
+    using EventSink = std::function<void(const std::string& channelName, const std::string& event)>;
+
+    virtual ~Connection() = default;
+
+    /// Where events go. Called on any thread, in the order in which the service sent them; must only
+    /// take them in. Set before the first subscription.
+    virtual void setEventSink(EventSink sink) = 0;
+
+    /// Sends a request and waits for the answer, which is left alone unless it is `done`.
+    virtual Delivery request(const std::string& request, std::string& answer,
+                             std::chrono::milliseconds timeout) = 0;
+
+    /// The same for a subscription: events for it will come under `channelName`.
+    virtual Delivery subscribe(const std::string& request, std::string& answer,
+                               const std::string& channelName,
+                               std::chrono::milliseconds timeout) = 0;
+
+    /// Sends a message that is not answered.
+    virtual Delivery post(const std::string& message) = 0;
+
+    /// Asks the simulation, not the service: drives the far end, the clock, the faults ("help" lists
+    /// all). The answer is text for people; a refusal starts with "error: ".
+    virtual Delivery control(const std::string& command, std::string& answer,
+                             std::chrono::milliseconds timeout) = 0;
+
+    /// For messages to people: "the service in this process", "the service at /run/x.sock".
+    virtual std::string description() const = 0;
+};
+
+}  // namespace kit
+
+#endif

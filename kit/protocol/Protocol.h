@@ -1,0 +1,123 @@
+#ifndef KIT_PROTOCOL_PROTOCOL_H
+#define KIT_PROTOCOL_PROTOCOL_H
+
+#include <string>
+#include <vector>
+
+namespace kit
+{
+
+/// How an argument travels.
+enum class Kind
+{
+    text,        ///< std::string, byte for byte
+    cString,     ///< const char*; null cuts the request off behind the opening tag
+    number,      ///< int
+    count,       ///< unsigned int, a number without a sign
+    cause,       ///< CSTAEventCause, as its number
+    feature,     ///< sfiFeature, as its number
+    refusal,     ///< sfiRefuseCall, as its number
+    cancelType,  ///< sfiCancelCallBackType, as its number
+    forwarding,  ///< sfiForwardingType, as its number
+    flag,        ///< bool, 1 or 0
+    word,        ///< bool, TRUE or FALSE
+    state,       ///< sfiServiceState, as its name
+    payload,     ///< raw text behind the last field, without a tag
+    raw,         ///< bytes with a length, without an envelope
+    subscriber,  ///< the subscriber; does not travel
+    ints,        ///< list of numbers in the framework's list encoding
+    texts,       ///< list of texts in the framework's list encoding
+    party        ///< text that arrives in the record CallPartyInfo
+};
+
+/// Which of the channel's operations carries a request.
+enum class Sending
+{
+    request,
+    timed,
+    subscribe,
+    oneWay,
+    nothing  ///< does not reach the wire
+};
+
+/// What the answer looks like and what becomes of it.
+enum class Answer
+{
+    none,       ///< no answer is awaited, nothing is returned
+    result,     ///< a result word; the code is returned
+    contains,   ///< searched for "sfiFailure", then for "true"
+    stateName,  ///< searched for "sfiFailure", then for the names of the service states
+    fields,     ///< fields, one of which is a result word
+    items,      ///< items in angle brackets
+    whole       ///< true when it is exactly "true"
+};
+
+/// One field of a message: an argument and the tag that it travels in.
+struct Field
+{
+    const char* argument;
+    const char* tag;  ///< "" where it has none
+    Kind kind;
+    const char* meaning;  ///< for people
+};
+
+struct Operation
+{
+    const char* name;
+    const char* method;  ///< "" where there is no envelope
+    Sending sending;
+    Answer answer;
+    std::vector<Field> arguments;  ///< in declared order, which is the order on the wire
+    std::vector<Field> outputs;    ///< fields of the answer, in declared order
+    const char* resultTag;         ///< field with the result word, "" where the answer is the word
+    const char* summary;
+};
+
+struct Event
+{
+    const char* method;
+    const char* callback;
+    bool exact;                    ///< matched whole, not by its beginning
+    std::vector<Field> arguments;  ///< in the order of the callback's arguments
+    const char* summary;
+};
+
+/// All 48 operations in the order of CommunicationsServiceIfc.
+const std::vector<Operation>& operations();
+
+/// All 28 events in the order in which they are dispatched.
+const std::vector<Event>& events();
+
+/// Null when there is none.
+const Operation* findOperation(const std::string& name);
+const Operation* findRequest(const std::string& method);
+const Event* findEvent(const std::string& method);
+
+/// The word of a list that was probably meant; "" when none is near.
+std::string nearest(const std::string& word, const std::vector<std::string>& list);
+
+/// A message taken apart: fields in their order, whatever their names.
+struct Message
+{
+    struct Element
+    {
+        std::string tag;
+        std::string value;
+    };
+
+    std::string method;
+    std::vector<Element> elements;
+    std::string payload;  ///< what stands behind the last element
+
+    /// Null when absent.
+    const std::string* find(const std::string& tag) const;
+};
+
+Message parse(const std::string& text);
+
+/// Writes "<tag>value</tag>".
+std::string element(const std::string& tag, const std::string& value);
+
+}  // namespace kit
+
+#endif

@@ -1,0 +1,492 @@
+#include "CommunicationsServiceProxy.h"
+
+#include "FieldReaders.h"
+#include "RequestText.h"
+#include "framework/ClientUtils.h"
+#include "framework/FrameworkContext.h"
+#include "framework/Logging.h"
+#include "framework/MarloException.h"
+
+#include <stdexcept>
+#include <string_view>
+
+namespace
+{
+
+// The time-out of the two operations that have one, in the framework's unit.
+constexpr int timeout = 100000;
+
+bool contains(const std::string& text, const char* word)
+{
+    return text.find(word) != std::string::npos;
+}
+
+/// What log readers on the phone know this library's lines by: component, file, level and line
+/// stay as they are, wherever the calls stand.
+void log(int line, const char* message)
+{
+    constexpr const char* component = "SIP Communications Service";
+    constexpr int level = 5;
+    if (loggingOnAppOxa(component, level) != 0)
+        logAppOxa(component, "./src/CommunicationsServiceProxy.cpp", level, line, message);
+}
+
+}  // namespace
+
+CommunicationsServiceProxy::CommunicationsServiceProxy() : requestChannel(nullptr) {}
+
+CommunicationsServiceProxy::~CommunicationsServiceProxy() = default;
+
+void CommunicationsServiceProxy::initProxy(ProxyRequest& channel)
+{
+    requestChannel = &channel;
+    requestChannel->setProtocol("CommunicationsServiceProtocol");
+}
+
+void CommunicationsServiceProxy::ask(const RequestText& request, std::string& response)
+{
+    requestChannel->sendRequest(request.str(), response);
+}
+
+int CommunicationsServiceProxy::roundTrip(const RequestText& request)
+{
+    std::string response;
+    ask(request, response);
+    return getResult(response);
+}
+
+void CommunicationsServiceProxy::processSignallingComponentEvent(const char* data, int length)
+{
+    std::string message = "SigEvent:";
+    // The standard libraries word this differently; callers get one text everywhere.
+    if (length < 0 || static_cast<std::size_t>(length) > message.max_size() - message.size())
+        throw std::length_error("basic_string::append");
+    const std::size_t size = static_cast<std::size_t>(length);
+    message.reserve(message.size() + size);
+    message.append(data, size);
+    requestChannel->sendOneWay(message);
+}
+
+int CommunicationsServiceProxy::activate()
+{
+    std::string response;
+    requestChannel->sendRequestTimed(RequestText("Activate").str(), response, timeout);
+    return getResult(response);
+}
+
+int CommunicationsServiceProxy::deactivate(bool allowAutoActivate)
+{
+    return roundTrip(RequestText("Deactivate").flag("AllowAutoActivate", allowAutoActivate));
+}
+
+int CommunicationsServiceProxy::callClear(const std::string& line, int callId, CSTAEventCause cause)
+{
+    return roundTrip(RequestText("CallClearRequest")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .number("Cause", static_cast<int>(cause)));
+}
+
+int CommunicationsServiceProxy::outgoingCallMake(const std::string& line, int callId,
+                                                 const char* destination, bool dssDirectCall,
+                                                 bool bridgeCall, bool callCompletionCall)
+{
+    return roundTrip(RequestText("OutgoingCallMakeRequest")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .text("Destination", destination)
+                         .flag("DSSDirectCall", dssDirectCall)
+                         .flag("BridgeCall", bridgeCall)
+                         .flag("CallCompletionCall", callCompletionCall));
+}
+
+int CommunicationsServiceProxy::acceptCall(const std::string& line, int callId, bool autoAnswer)
+{
+    return roundTrip(RequestText("AcceptCall")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .flag("AutoAnswer", autoAnswer));
+}
+
+int CommunicationsServiceProxy::answerCall(const std::string& line, int callId)
+{
+    return roundTrip(RequestText("AnswerCall").text("Line", line).number("CallID", callId));
+}
+
+int CommunicationsServiceProxy::deflectCall(const std::string& line, int callId,
+                                            const char* destination)
+{
+    return roundTrip(RequestText("DeflectCall")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .text("Destination", destination));
+}
+
+int CommunicationsServiceProxy::holdCall(const std::string& line, int callId,
+                                         sfiFeature holdCallReason, bool manual)
+{
+    return roundTrip(RequestText("HoldCall")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .number("HoldCallReason", holdCallReason)
+                         .flag("Manual", manual));
+}
+
+int CommunicationsServiceProxy::retrieveCall(const std::string& line, int callId)
+{
+    return roundTrip(RequestText("RetrieveCall").text("Line", line).number("CallID", callId));
+}
+
+int CommunicationsServiceProxy::consultationCall(const std::string& line, int callId,
+                                                 const char* destination)
+{
+    return roundTrip(RequestText("Consult")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .text("Destination", destination));
+}
+
+int CommunicationsServiceProxy::attendedTransferCall(const std::string& line, int activeCall,
+                                                     int heldCall)
+{
+    return roundTrip(RequestText("AttendedTransfer")
+                         .text("Line", line)
+                         .number("activeCall", activeCall)
+                         .number("heldCall", heldCall));
+}
+
+int CommunicationsServiceProxy::blindTransferCall(const std::string& line, int callId,
+                                                  const char* destination)
+{
+    return roundTrip(RequestText("BlindTransfer")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .text("Destination", destination));
+}
+
+int CommunicationsServiceProxy::refuseCall(const std::string& line, int callId,
+                                           sfiRefuseCall refuseCallReason)
+{
+    return roundTrip(RequestText("RefuseCall")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .number("RefuseCallReason", refuseCallReason));
+}
+
+int CommunicationsServiceProxy::subscribe(Executable* subscriber)
+{
+    log(277, "subscribe start");
+    if (subscriber == nullptr)
+        return sfiFailure;
+    const std::string request = RequestText("Subscribe").str();
+    std::string response;
+    const std::string channelName = requestChannel->context->findChannel(subscriber);
+    try
+    {
+        requestChannel->sendSubscribe(request, response, channelName, timeout);
+    }
+    catch (const MarloException& exception)
+    {
+        log(298, "subscribe exception caught:");
+        // A copy, not the object that was caught.
+        throw MarloException(exception);
+    }
+    log(302, "subscribe end");
+    return getResult(response);
+}
+
+int CommunicationsServiceProxy::SendCSTARequest(const std::string& line,
+                                                const std::string& cstaRequest)
+{
+    return roundTrip(RequestText("SendCSTARequest").text("Line", line).payload(cstaRequest));
+}
+
+void CommunicationsServiceProxy::InitializeOrFinalizeServerFeatures(const std::string& line,
+                                                                    bool initialize)
+{
+    requestChannel->sendOneWay(RequestText("InitializeOrFinalizeServerFeatures")
+                                   .text("Line", line)
+                                   .flag("initialize", initialize)
+                                   .str());
+}
+
+int CommunicationsServiceProxy::directedPickupCall(const std::string& line, int callId,
+                                                   const std::string& callToBePickedUp,
+                                                   bool blfPickup)
+{
+    return roundTrip(RequestText("DirectedPickupCall")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .text("CallToBePickedUp", callToBePickedUp)
+                         .flag("BLFPickup", blfPickup));
+}
+
+int CommunicationsServiceProxy::groupPickupCall(const std::string& line, int callId)
+{
+    return roundTrip(RequestText("GroupPickupCall").text("Line", line).number("CallID", callId));
+}
+
+int CommunicationsServiceProxy::activateCallbackRinging(const std::string& line, int callId)
+{
+    return roundTrip(
+        RequestText("ActivateCallbackRinging").text("Line", line).number("CallID", callId));
+}
+
+int CommunicationsServiceProxy::activateCallbackBusy(const std::string& line, int callId)
+{
+    return roundTrip(
+        RequestText("ActivateCallbackBusy").text("Line", line).number("CallID", callId));
+}
+
+int CommunicationsServiceProxy::cancelCallbacks(const std::string& line, int callId,
+                                                const std::string& uri,
+                                                sfiCancelCallBackType cancelCallBackType,
+                                                bool displayOutcomeCallUI)
+{
+    return roundTrip(RequestText("CancelCallbacks")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .text("URI", uri)
+                         .number("CancelCallBackType", cancelCallBackType)
+                         .flag("DisplayOutcomeCallUI", displayOutcomeCallUI));
+}
+
+int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
+{
+    std::string response;
+    ask(RequestText("GetDevices"), response);
+    if (response == "sfiFailure")
+        return sfiFailure;
+    // An item reaches from each "<" to the next ">", also past another "<", on purpose. The ">" is
+    // searched anew only when it has been passed, so that many "<" without one cost no more.
+    std::size_t end = 0;
+    for (std::size_t open = response.find('<'); open != std::string::npos;
+         open = response.find('<', open + 1))
+    {
+        if (end < open)
+            end = response.find('>', open);
+        if (end == std::string::npos)
+            break;
+        devices.emplace_back(response, open + 1, end - open - 1);
+    }
+    return sfiSuccess;
+}
+
+int CommunicationsServiceProxy::setServiceState(sfiServiceState state)
+{
+    return roundTrip(RequestText("SetServiceState").text("state", serialize(state)));
+}
+
+int CommunicationsServiceProxy::getServiceState(sfiServiceState& state)
+{
+    std::string response = "false";
+    ask(RequestText("GetServiceState"), response);
+    if (contains(response, "sfiFailure"))
+        return sfiFailure;
+    for (const sfiServiceState known :
+         {sfiServiceInService, sfiServiceOutOfService, sfiServiceDoNotDisturb})
+        if (contains(response, stateName(known)))
+        {
+            state = known;
+            return sfiSuccess;
+        }
+    return sfiFailure;
+}
+
+int CommunicationsServiceProxy::setDoNotDisturb(const std::string& line, bool doNotDisturbOn)
+{
+    return roundTrip(
+        RequestText("SetDoNotDisturb").text("Line", line).flag("doNotDisturbOn", doNotDisturbOn));
+}
+
+int CommunicationsServiceProxy::getDoNotDisturb(const std::string& deviceId, bool& doNotDisturbOn)
+{
+    std::string response = "false";
+    ask(RequestText("GetDoNotDisturb").text("deviceID", deviceId), response);
+    if (contains(response, "sfiFailure"))
+        return sfiFailure;
+    doNotDisturbOn = contains(response, "true");
+    return sfiSuccess;
+}
+
+int CommunicationsServiceProxy::setMicrophoneMute(bool status)
+{
+    return roundTrip(RequestText("SetMicrophoneMute").flag("Status", status));
+}
+
+int CommunicationsServiceProxy::getMicrophoneMute(bool& muted)
+{
+    std::string response;
+    ask(RequestText("GetMicrophoneMute"), response);
+    if (contains(response, "sfiFailure"))
+        return sfiFailure;
+    muted = contains(response, "true");
+    return sfiSuccess;
+}
+
+int CommunicationsServiceProxy::setAgentState(const std::string& line,
+                                              const std::string& agentState)
+{
+    return roundTrip(
+        RequestText("SetAgentState").text("Line", line).text("agentState", agentState));
+}
+
+int CommunicationsServiceProxy::systemStatus(const char* systemStatus, const char* systemStatusInfo)
+{
+    return roundTrip(RequestText("SystemStatus")
+                         .text("SystemStatus", systemStatus)
+                         .text("SystemStatusInfo", systemStatusInfo));
+}
+
+int CommunicationsServiceProxy::generateDigits(const std::string& line, int activeCall,
+                                               const char* digits)
+{
+    return roundTrip(RequestText("GenerateDigits")
+                         .text("Line", line)
+                         .number("activeCall", activeCall)
+                         .text("digits", digits));
+}
+
+int CommunicationsServiceProxy::conferenceCall(const std::string& line, int activeCall,
+                                               int heldCall, sfiFeature feature)
+{
+    return roundTrip(RequestText("ConferenceCall")
+                         .text("Line", line)
+                         .number("activeCall", activeCall)
+                         .number("heldCall", heldCall)
+                         .number("feature", feature));
+}
+
+void CommunicationsServiceProxy::RemoveConfParticipant(int callId,
+                                                       const std::string& remoteParticipant,
+                                                       const std::string& conferenceMemberId)
+{
+    requestChannel->sendOneWay(RequestText("RemoveConfParticipant")
+                                   .text("callID", ClientUtils::itos(callId))
+                                   .text("remoteParticipant", remoteParticipant)
+                                   .text("conferenceMemberId", conferenceMemberId)
+                                   .str());
+}
+
+bool CommunicationsServiceProxy::getManualHoldIndication(const std::string& line, int callId)
+{
+    std::string response;
+    ask(RequestText("getManualHoldIndication").text("Line", line).number("CallID", callId),
+        response);
+    return response == "true";
+}
+
+int CommunicationsServiceProxy::alternateCalls(const std::string& line)
+{
+    return roundTrip(RequestText("AlternateCalls").text("Line", line));
+}
+
+int CommunicationsServiceProxy::getMessageWaitingIndicator(
+    int& type, unsigned int& newMsgs, unsigned int& oldMsgs, unsigned int& newUrgMsgs,
+    unsigned int& oldUrgMsgs, int& returnType, int& availableInfo, int& messagesWaiting,
+    std::string& voiceMailNumber)
+{
+    std::string response;
+    ask(RequestText("GetMessageWaitingIndicator"), response);
+    const AnswerFields answer(response);
+    const int result = getResult(answer.text("func_return_val"));
+    // Here an absent number is 0, on purpose: these are texts, converted afterwards.
+    voiceMailNumber = answer.text("voiceMailNumber");
+    type = answer.numberOfText("Type");
+    newMsgs = answer.countOfText("newMsgs");
+    oldMsgs = answer.countOfText("oldMsgs");
+    newUrgMsgs = answer.countOfText("newUrgMsgs");
+    oldUrgMsgs = answer.countOfText("oldUrgMsgs");
+    returnType = answer.numberOfText("return_type");
+    availableInfo = answer.numberOfText("available_info");
+    messagesWaiting = answer.numberOfText("messages_waiting");
+    return result;
+}
+
+int CommunicationsServiceProxy::setAssociatedCalls(bool associated)
+{
+    return roundTrip(RequestText("setAssociatedCalls").flag("associated", associated));
+}
+
+int CommunicationsServiceProxy::setLampMode(const std::string& line, const std::string& lampId,
+                                            int lampMode)
+{
+    return roundTrip(RequestText("setLampMode")
+                         .text("Line", line)
+                         .text("lampId", lampId)
+                         .number("lampMode", lampMode));
+}
+
+int CommunicationsServiceProxy::makeSecurityChangeReinvite(const std::string& line, int callId,
+                                                           bool forceFlag)
+{
+    return roundTrip(RequestText("makeSecurityChangeReinvite")
+                         .text("Line", line)
+                         .number("CallID", callId)
+                         .flag("forceFlag", forceFlag));
+}
+
+int CommunicationsServiceProxy::setForwardingConfiguration(const std::string& line,
+                                                           sfiForwardingType fwType, bool status,
+                                                           const std::string& uri,
+                                                           int cfnrRingCount, bool forceTKVSUpdate)
+{
+    return roundTrip(RequestText("setForwardingConfiguration")
+                         .text("Line", line)
+                         .number("fwType", fwType)
+                         .flag("status", status)
+                         .text("uri", uri)
+                         .number("cfnrRingCount", cfnrRingCount)
+                         .flag("forceTKVSUpdate", forceTKVSUpdate));
+}
+
+int CommunicationsServiceProxy::getForwardingConfiguration(sfiForwardingType fwType, bool& status,
+                                                           std::string& uri, int& cfnrRingCount)
+{
+    std::string response;
+    ask(RequestText("getForwardingConfiguration").number("fwType", fwType), response);
+    const AnswerFields answer(response);
+    status = answer.flag("status");
+    cfnrRingCount = answer.number("cfnrRingCount");
+    uri = answer.text("uri");
+    return getResult(answer.text("sfiResult"));
+}
+
+void CommunicationsServiceProxy::setIsInServiceInitiatedState(const std::string& line,
+                                                              bool isInServiceInitiatedState)
+{
+    requestChannel->sendOneWay(
+        RequestText("setIsInServiceInitiatedState")
+            .text("Line", line)
+            .text("IsInServiceInitiatedState", isInServiceInitiatedState ? "TRUE" : "FALSE")
+            .str());
+}
+
+void CommunicationsServiceProxy::callbackDOFeatureCallID(const std::string& callId, int instanceId)
+{
+    requestChannel->sendOneWay(RequestText("callbackDOFeatureCallID")
+                                   .text("CallID", callId)
+                                   .text("instanceId", ClientUtils::itos(instanceId))
+                                   .str());
+}
+
+bool CommunicationsServiceProxy::isCallHoldPossible(const std::string& line)
+{
+    std::string response;
+    ask(RequestText("isCallHoldPossible").text("Line", line), response);
+    return response == "true";
+}
+
+std::string CommunicationsServiceProxy::csCommunicationsService(const char*)
+{
+    return std::string();
+}
+
+void CommunicationsServiceProxy::activateStoredFwd() {}
+
+void CommunicationsServiceProxy::sendUACSTAServerMessage(std::string& line,
+                                                         std::string& serverMessage)
+{
+    requestChannel->sendOneWay(
+        RequestText("SendUACSTAServerMessage").text("Line", line).payload(serverMessage).str());
+}

@@ -1,0 +1,84 @@
+#include "TagIndex.h"
+
+#include <cstring>
+
+namespace
+{
+
+std::uint32_t load(const char* bytes)
+{
+    std::uint32_t value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+/// The first four bytes of a tag as they stand in a message.
+std::uint32_t head(std::string_view tag)
+{
+    const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
+    return load(bytes);
+}
+
+}  // namespace
+
+TagIndex::TagIndex(const std::string& message) : message_(message)
+{
+    const char* const begin = message.data();
+    const char* const end = begin + message.size();
+    const char* at = begin;
+    while (at != end)
+    {
+        at = static_cast<const char*>(std::memchr(at, '<', static_cast<std::size_t>(end - at)));
+        if (at == nullptr)
+            return;
+        const bool isClosing = at[1] == '/';  // the text's own NUL stands behind its last byte
+        const char* const name = at + (isClosing ? 2 : 1);
+        if (end - name < 4)
+            return;  // too short for any tag
+        std::size_t& count = isClosing ? closingCount_ : openingCount_;
+        if (count == room)
+        {
+            rest_ = static_cast<std::size_t>(at - begin);
+            return;
+        }
+        Note* const notes = isClosing ? closings_ : openings_;
+        notes[count++] = {static_cast<std::size_t>(name - begin), load(name)};
+        at = name;
+    }
+}
+
+std::size_t TagIndex::behindOpening(std::string_view tag) const
+{
+    const std::uint32_t tagHead = head(tag);
+    for (std::size_t i = 0; i < openingCount_; ++i)
+        if (openings_[i].head == tagHead && isTag(openings_[i].name, tag))
+            return openings_[i].name + tag.size() + 1;
+    const std::size_t found = searchRest("<", tag, 0);
+    return found == npos ? npos : found + tag.size() + 2;
+}
+
+std::size_t TagIndex::closing(std::string_view tag, std::size_t from) const
+{
+    const std::uint32_t tagHead = head(tag);
+    for (std::size_t i = 0; i < closingCount_; ++i)
+        if (closings_[i].head == tagHead && closings_[i].name >= from + 2 &&
+            isTag(closings_[i].name, tag))
+            return closings_[i].name - 2;
+    return searchRest("</", tag, from);
+}
+
+/// Whether the tag's name and its ">" stand at `name`.
+bool TagIndex::isTag(std::size_t name, std::string_view tag) const
+{
+    return message_.size() - name > tag.size() && message_[name + tag.size()] == '>' &&
+           message_.compare(name, tag.size(), tag) == 0;
+}
+
+std::size_t TagIndex::searchRest(const char* bracket, std::string_view tag, std::size_t from) const
+{
+    if (rest_ == npos)
+        return npos;
+    std::string whole(bracket);
+    whole.append(tag).append(">");
+    return message_.find(whole, from > rest_ ? from : rest_);
+}
