@@ -3,12 +3,14 @@
 
 #include "framework/Visibility.h"
 
+#include <cstddef>
+
 /// The framework's exception. Everything of it, its type information included, is defined by the
 /// framework; the library catches it by reference and throws copies.
 ///
 /// How large the framework's own class is cannot be seen from here, and a copy is made in memory of
 /// the size declared here. It is declared with room to spare: integrators check once that
-/// sizeof(MarloException) in the framework's own headers is not above `roomForContents`.
+/// sizeof(MarloException) in the framework's own headers is not above 1024.
 class COMMUNICATIONS_SERVICE_VISIBLE MarloException
 {
 public:
@@ -25,7 +27,7 @@ protected:
     /// For the framework, which knows what to put in.
     MarloException();
 
-    alignas(16) unsigned char contents[roomForContents];
+    alignas(std::max_align_t) unsigned char contents[roomForContents];
 };
 
 #endif
