@@ -11,7 +11,7 @@
 /// but the simulation and what prints its messages may rely on them. (The numbers of CSTAEventCause,
 /// the names of the service states and the result words are not inventions.)
 ///
-/// The list encoding of the Serializer is an invention too; it is told in kit/framework/Lists.h.
+/// The list encoding of the Serializer is an invention too; it is told in kit/protocol/Lists.h.
 namespace kit
 {
 

@@ -1,7 +1,10 @@
 #ifndef KIT_PROTOCOL_PROTOCOL_H
 #define KIT_PROTOCOL_PROTOCOL_H
 
+#include "kit/protocol/Numbers.h"
+
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kit
@@ -58,7 +61,8 @@ struct Field
     const char* argument;
     const char* tag;  ///< "" where it has none
     Kind kind;
-    const char* meaning;  ///< for people
+    const char* meaning;            ///< for people
+    Meaning names = Meaning::none;  ///< what its numbers or words are called
 };
 
 struct Operation
@@ -88,10 +92,11 @@ const std::vector<Operation>& operations();
 /// All 28 events in the order in which they are dispatched.
 const std::vector<Event>& events();
 
-/// Null when there is none.
+/// Null when there is none; whole names, case and all.
 const Operation* findOperation(const std::string& name);
 const Operation* findRequest(const std::string& method);
 const Event* findEvent(const std::string& method);
+const Event* findCallback(const std::string& callback);
 
 /// The word of a list that was probably meant; "" when none is near.
 std::string nearest(const std::string& word, const std::vector<std::string>& list);
@@ -109,14 +114,45 @@ struct Message
     std::vector<Element> elements;
     std::string payload;  ///< what stands behind the last element
 
-    /// Null when absent.
+    /// Null when absent; of a tag that comes twice the first.
     const std::string* find(const std::string& tag) const;
 };
 
+/// Takes requests, events and answers apart; never fails. Where the table knows that a payload
+/// follows the last field, it stays whole even if it looks like fields.
 Message parse(const std::string& text);
 
 /// Writes "<tag>value</tag>".
 std::string element(const std::string& tag, const std::string& value);
+
+/// Names and values for a message, as people give them: the name is an argument's or a tag's; a
+/// number may be given by its name, a flag as true, on, yes or 1, a list with commas between.
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+/// What becomes of the fields that are not among the values.
+enum class Others
+{
+    leftOut,
+    plain  ///< written with "", 0 or an empty list
+};
+
+/// Builds a message. Throws std::invalid_argument for a name that the message does not have and for
+/// a value that cannot be meant; its text is for people.
+std::string eventText(const Event& event, const Values& values, Others others = Others::leftOut);
+std::string requestText(const Operation& operation, const Values& values,
+                        Others others = Others::plain);
+
+/// One value, from what people write to what travels. Throws std::invalid_argument.
+std::string toWire(const Field& field, const std::string& value);
+
+/// And back: numbers by name where they have one, flags as true and false.
+std::string toPeople(const Field& field, const std::string& value);
+
+/// True for the kinds that travel as a decimal number, flags aside.
+bool isNumber(Kind kind);
+
+/// True for true and false, however written on the wire.
+bool isFlag(Kind kind);
 
 }  // namespace kit
 
