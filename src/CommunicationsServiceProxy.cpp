@@ -263,7 +263,7 @@ int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
     for (std::size_t open = response.find('<'); open != std::string::npos;
          open = response.find('<', open + 1))
     {
-        if (end < open)
+        if (end <= open)
             end = response.find('>', open);
         if (end == std::string::npos)
             break;

@@ -74,11 +74,14 @@ bool TagIndex::isTag(std::size_t name, std::string_view tag) const
            message_.compare(name, tag.size(), tag) == 0;
 }
 
-std::size_t TagIndex::searchRest(const char* bracket, std::string_view tag, std::size_t from) const
+// Allocates nothing: a record may be waiting for its release while fields are read.
+std::size_t TagIndex::searchRest(std::string_view bracket, std::string_view tag,
+                                 std::size_t from) const
 {
     if (rest_ == npos)
         return npos;
-    std::string whole(bracket);
-    whole.append(tag).append(">");
-    return message_.find(whole, from > rest_ ? from : rest_);
+    std::size_t at = message_.find(bracket, from > rest_ ? from : rest_);
+    while (at != npos && !isTag(at + bracket.size(), tag))
+        at = message_.find(bracket, at + 1);
+    return at;
 }

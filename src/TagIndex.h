@@ -36,7 +36,7 @@ public:
 
 private:
     bool isTag(std::size_t name, std::string_view tag) const;
-    std::size_t searchRest(const char* bracket, std::string_view tag, std::size_t from) const;
+    std::size_t searchRest(std::string_view bracket, std::string_view tag, std::size_t from) const;
 
     static constexpr std::size_t room = 40;
 
