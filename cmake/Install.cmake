@@ -1,0 +1,112 @@
+# What goes where when the project is installed. Components: Runtime (the library), Development
+# (what an application is built with), Kit (the development kit), Documentation.
+include(CMakePackageConfigHelpers)
+
+set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/communications-service)
+set(cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/CommunicationsService)
+set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+set(generated_dir ${PROJECT_BINARY_DIR}/install)
+
+# install_library(TARGET COMPONENT DEVELOPMENT-COMPONENT)
+function(install_library target component development)
+  install(
+    TARGETS ${target}
+    EXPORT ${target}Targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+            COMPONENT ${component}
+            NAMELINK_COMPONENT ${development}
+    INCLUDES
+    DESTINATION ${include_dir})
+  install(
+    EXPORT ${target}Targets
+    NAMESPACE CommunicationsService::
+    DESTINATION ${cmake_dir}
+    COMPONENT ${development})
+endfunction()
+
+# install_pkgconfig(NAME COMPONENT): found from where the file itself lies, wherever that is.
+function(install_pkgconfig name component)
+  file(RELATIVE_PATH up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+  string(REGEX REPLACE "/$" "" up "${up}")
+  file(RELATIVE_PATH libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+  file(RELATIVE_PATH includedir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${generated_dir}/${name}.pc @ONLY)
+  install(
+    FILES ${generated_dir}/${name}.pc
+    DESTINATION ${pkgconfig_dir}
+    COMPONENT ${component})
+endfunction()
+
+# The library.
+install_library(CommunicationsServiceClient Runtime Development)
+install(
+  TARGETS CommunicationsServiceHeaders
+  EXPORT CommunicationsServiceClientTargets
+  INCLUDES
+  DESTINATION ${include_dir})
+install(
+  DIRECTORY ${PROJECT_SOURCE_DIR}/include/
+  DESTINATION ${include_dir}
+  COMPONENT Development
+  FILES_MATCHING
+  PATTERN "*.h")
+install_pkgconfig(communications-service-client Development)
+
+configure_package_config_file(
+  ${PROJECT_SOURCE_DIR}/cmake/CommunicationsServiceConfig.cmake.in
+  ${generated_dir}/CommunicationsServiceConfig.cmake INSTALL_DESTINATION ${cmake_dir})
+write_basic_package_version_file(${generated_dir}/CommunicationsServiceConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(
+  FILES ${generated_dir}/CommunicationsServiceConfig.cmake
+        ${generated_dir}/CommunicationsServiceConfigVersion.cmake
+  DESTINATION ${cmake_dir}
+  COMPONENT Development)
+
+# The name under which the framework opens the library.
+if(COMMUNICATIONS_SERVICE_PLUGIN)
+  cmake_path(ABSOLUTE_PATH COMMUNICATIONS_SERVICE_PLUGIN BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
+             OUTPUT_VARIABLE plugin)
+  cmake_path(GET plugin PARENT_PATH plugin_dir)
+  cmake_path(GET plugin FILENAME plugin_name)
+  if(plugin_dir STREQUAL CMAKE_INSTALL_FULL_LIBDIR
+     AND plugin_name MATCHES "^libCommunicationsServiceClient\\.so")
+    message(
+      FATAL_ERROR "COMMUNICATIONS_SERVICE_PLUGIN=${COMMUNICATIONS_SERVICE_PLUGIN} is a name that "
+                  "the library has anyway; leave it empty or choose another")
+  endif()
+  file(RELATIVE_PATH library ${plugin_dir} ${CMAKE_INSTALL_FULL_LIBDIR})
+  file(MAKE_DIRECTORY ${generated_dir}/plugin)
+  file(CREATE_LINK
+       ${library}libCommunicationsServiceClient.so.${COMMUNICATIONS_SERVICE_SOVERSION}
+       ${generated_dir}/plugin/${plugin_name} SYMBOLIC)
+  cmake_path(IS_PREFIX CMAKE_INSTALL_PREFIX ${plugin_dir} inside)
+  if(inside)
+    file(RELATIVE_PATH plugin_dir ${CMAKE_INSTALL_PREFIX} ${plugin_dir}/.)
+  endif()
+  install(
+    FILES ${generated_dir}/plugin/${plugin_name}
+    DESTINATION ${plugin_dir}
+    COMPONENT Runtime)
+endif()
+
+# The development kit.
+if(TARGET CommunicationsServiceKit)
+  install_library(CommunicationsServiceKit Kit Kit)
+  install_pkgconfig(communications-service-kit Kit)
+  install(
+    DIRECTORY ${PROJECT_SOURCE_DIR}/kit/framework ${PROJECT_SOURCE_DIR}/kit/protocol
+              ${PROJECT_SOURCE_DIR}/kit/service ${PROJECT_SOURCE_DIR}/kit/testing
+    DESTINATION ${include_dir}/kit
+    COMPONENT Kit
+    FILES_MATCHING
+    PATTERN "*.h")
+endif()
+
+install(
+  DIRECTORY ${PROJECT_SOURCE_DIR}/docs/
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT Documentation
+  FILES_MATCHING
+  PATTERN "*.md"
+  PATTERN "*.svg")

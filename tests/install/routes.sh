@@ -1,0 +1,118 @@
+#!/bin/bash
+# Installs the project into a stage, moves the stage away, and builds a program outside of the
+# project against it, once by each route.
+# Usage: routes.sh STEP [COMPILER]; the surroundings come in the variables checked below.
+set -euo pipefail
+: "${SOURCE:?}" "${BUILD:?}" "${WORK:?}" "${CMAKE:?}" "${PREFIX:?}" "${LIBDIR:?}" "${INCLUDEDIR:?}" "${CONFIG:?}"
+: "${SANITIZE=}" "${WITH_KIT=}"
+
+step=$1
+export CXX=${2:-c++}
+here=$SOURCE/tests/install
+moved=$WORK/moved
+warnings="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror"
+flags=$warnings
+[ -z "$SANITIZE" ] || flags+=" -fsanitize=$SANITIZE -fno-sanitize-recover=all"
+
+fail() {
+    echo "$step: $*" >&2
+    exit 1
+}
+
+# files COMPONENT...: what these components install, as a sorted list
+files() {
+    rm -rf "$WORK/listed"
+    for component in "$@"; do
+        DESTDIR=$WORK/listed "$CMAKE" --install "$BUILD" --component "$component" >/dev/null
+    done
+    (cd "$WORK/listed$PREFIX" && find . ! -type d | sed 's|^\./||' | LC_ALL=C sort)
+}
+
+# build NAME ARGUMENT...: an outside project of CMake's, configured, built and run
+build() {
+    local name=$1
+    shift
+    local dir=$WORK/build-$name-$(basename "$CXX")
+    rm -rf "$dir"
+    "$CMAKE" -S "$here/outside/$name" -B "$dir" -DCMAKE_CXX_FLAGS="$flags" \
+        -DCMAKE_CXX_STANDARD="${STANDARD:-11}" -DCMAKE_CXX_EXTENSIONS=OFF "$@" >"$dir.log" 2>&1 ||
+        { cat "$dir.log" && fail "cannot configure"; }
+    "$CMAKE" --build "$dir" --verbose >>"$dir.log" 2>&1 || { cat "$dir.log" && fail "cannot build"; }
+    "$dir/outside" || fail "the program failed"
+}
+
+# expected_files: the two lists below, with the directories of this installation
+expected_files() {
+    sed -e "s|LIBDIR|$LIBDIR|; s|INCLUDEDIR|$INCLUDEDIR|; s|CONFIG|${CONFIG,,}|" | LC_ALL=C sort
+}
+
+case $step in
+stage)
+    rm -rf "$WORK" && mkdir -p "$WORK/stage"
+    components="Runtime Development Documentation"
+    [ -z "$WITH_KIT" ] || components+=" Kit"
+    for component in $components; do
+        DESTDIR=$WORK/stage "$CMAKE" --install "$BUILD" --component "$component" >/dev/null
+    done
+    mv "$WORK/stage$PREFIX" "$moved"
+    # What is installed knows nothing of where it was built or staged.
+    for path in "$SOURCE/" "$BUILD/" "$WORK/" "$PREFIX/lib" "$PREFIX/include"; do
+        if [ -z "$SANITIZE" ] && grep -rlF --exclude='*.md' -- "$path" "$moved"; then
+            fail "the files above contain the path $path"
+        fi
+    done
+    ;;
+components)
+    diff <(files Runtime) <(expected_files <"$here/files-runtime.txt") ||
+        fail "component Runtime installs other files (<) than files-runtime.txt lists (>)"
+    diff <(files Development) <(expected_files <"$here/files-development.txt") ||
+        fail "component Development installs other files (<) than files-development.txt lists (>)"
+    ;;
+find_package)
+    build find_package -DCMAKE_PREFIX_PATH="$moved"
+    ;;
+version)
+    # A request for another major version, or for a newer one, must not be met.
+    for version in 0.9 2.0 1.99; do
+        sed "s/CommunicationsService 1.0/CommunicationsService $version/" \
+            "$here/outside/find_package/CMakeLists.txt" >"$WORK/CMakeLists.txt"
+        if "$CMAKE" -S "$WORK" -B "$WORK/build-version" -DCMAKE_PREFIX_PATH="$moved" \
+            >"$WORK/version.log" 2>&1; then
+            fail "version $version was found"
+        fi
+        grep -q 'compatible with requested version' "$WORK/version.log" ||
+            { cat "$WORK/version.log" && fail "version $version failed for another reason"; }
+    done
+    ;;
+pkg-config)
+    export PKG_CONFIG_PATH=$moved/$LIBDIR/pkgconfig
+    out=$WORK/outside-pkg-config-$(basename "$CXX")
+    # shellcheck disable=SC2046,SC2086  # lists of words
+    $CXX -std=c++11 $flags $(pkg-config --cflags communications-service-client) \
+        "$here/outside/main.cpp" "$here/outside/framework.cpp" -o "$out" \
+        $(pkg-config --libs communications-service-client)
+    LD_LIBRARY_PATH=$moved/$LIBDIR "$out" || fail "the program failed"
+    ;;
+add_subdirectory | fetch_content)
+    build "$step" -DCLIENT_SOURCE_DIR="$SOURCE" -DCOMMUNICATIONS_SERVICE_SANITIZE="$SANITIZE"
+    ;;
+kit)
+    STANDARD=17 build kit -DCMAKE_PREFIX_PATH="$moved" ;;
+headers)
+    # Each header alone, in every language version from the oldest that it promises.
+    cd "$moved/$INCLUDEDIR/communications-service"
+    find . -name '*.h' | LC_ALL=C sort | while read -r header; do
+        standards="c++11 c++14 c++17 c++20 c++2b"
+        case $header in ./kit/*) standards="c++17 c++20 c++2b" ;; esac
+        for standard in $standards; do
+            # shellcheck disable=SC2086  # a list of words
+            echo "#include \"${header#./}\"" |
+                $CXX -std=$standard $warnings -I. -x c++ -fsyntax-only - ||
+                fail "$header does not compile alone as $standard"
+        done
+    done
+    ;;
+*)
+    fail "no such step"
+    ;;
+esac
