@@ -1,0 +1,45 @@
+#ifndef KIT_FRAMEWORK_EMBEDDED_CONNECTION_H
+#define KIT_FRAMEWORK_EMBEDDED_CONNECTION_H
+
+#include "kit/framework/Connection.h"
+
+#include <memory>
+
+namespace kit
+{
+
+class SimulatedService;
+
+/// A connection to a simulated service in this process. Several may share one service, as several
+/// applications do; each sees the events of its own subscriptions. The service answers on the
+/// caller's thread and at once, so time-outs never run out here.
+class EmbeddedConnection : public Connection
+{
+public:
+    /// With a service of its own.
+    EmbeddedConnection();
+    explicit EmbeddedConnection(std::shared_ptr<SimulatedService> service);
+    ~EmbeddedConnection() override;
+
+    EmbeddedConnection(const EmbeddedConnection&) = delete;
+    EmbeddedConnection& operator=(const EmbeddedConnection&) = delete;
+
+    void setEventSink(EventSink sink) override;
+    Delivery request(const std::string& request, std::string& answer,
+                     std::chrono::milliseconds timeout) override;
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, std::chrono::milliseconds timeout) override;
+    Delivery post(const std::string& message) override;
+    Delivery control(const std::string& command, std::string& answer,
+                     std::chrono::milliseconds timeout) override;
+    std::string description() const override;
+
+private:
+    std::shared_ptr<SimulatedService> service_;
+    std::shared_ptr<EventSink> sink_;
+    int client_;
+};
+
+}  // namespace kit
+
+#endif

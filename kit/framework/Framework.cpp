@@ -1,0 +1,440 @@
+#include "kit/framework/Framework.h"
+
+#include "framework/FrameworkContext.h"
+#include "framework/InvokerResponse.h"
+#include "framework/ProxyRequest.h"
+#include "kit/framework/Exception.h"
+#include "kit/framework/Log.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+// Opaque to everybody else, and empty here.
+class Context
+{
+};
+
+namespace kit
+{
+
+namespace
+{
+
+/// "AnswerCall" out of a request, for messages to people.
+std::string nameOfRequest(const std::string& text)
+{
+    const std::string method = parse(text).method;
+    return method.empty() ? "signalling data" : method;
+}
+
+std::string inWords(std::chrono::milliseconds time)
+{
+    if (time.count() % 1000 == 0)
+        return std::to_string(time.count() / 1000) + " s";
+    return std::to_string(time.count()) + " ms";
+}
+
+}  // namespace
+
+class Framework::Core : private FrameworkContext, private ProxyRequest, private InvokerResponse
+{
+public:
+    Core(std::unique_ptr<Connection> connection, Options options)
+        : options_(std::move(options)),
+          library_(options_.library),
+          invoker_(library_.createInvoker()),
+          proxy_(library_.createProxy()),
+          service_(dynamic_cast<CommunicationsServiceIfc*>(proxy_.get()))
+    {
+        if (service_ == nullptr)
+            throw LibraryError("the proxy of " + library_.path() +
+                               " does not implement CommunicationsServiceIfc");
+        ProxyRequest::context = this;
+        connect(std::move(connection));
+        invoker_->initInvoker(this);
+        proxy_->init(context_);
+        proxy_->initProxy(*this);
+        if (options_.events == Events::onOwnThread)
+            dispatcher_ = std::thread([this] { dispatch(); });
+    }
+
+    ~Core()
+    {
+        // First what brings events, then what delivers them.
+        std::shared_ptr<Connection> last;
+        {
+            const std::lock_guard<std::mutex> lock(inbox_->mutex);
+            last = std::move(connection_);
+            inbox_->stopping = true;
+        }
+        inbox_->changed.notify_all();
+        last.reset();
+        if (dispatcher_.joinable())
+            dispatcher_.join();
+        proxy_->shutdown();
+    }
+
+    Core(const Core&) = delete;
+    Core& operator=(const Core&) = delete;
+
+    CommunicationsServiceIfc& service() { return *service_; }
+    Proxy& proxy() { return *proxy_; }
+    Invoker& invoker() { return *invoker_; }
+    const Library& library() const { return library_; }
+
+    std::shared_ptr<Connection> connection() const
+    {
+        const std::lock_guard<std::mutex> lock(inbox_->mutex);
+        return connection_;
+    }
+
+    void connect(std::unique_ptr<Connection> fresh)
+    {
+        std::shared_ptr<Connection> connection = std::move(fresh);
+        std::uint64_t era = 0;
+        {
+            const std::lock_guard<std::mutex> lock(inbox_->mutex);
+            era = ++inbox_->era;
+        }
+        // Not this object: a connection that somebody still holds may outlive it.
+        connection->setEventSink(
+            [inbox = inbox_, era](const std::string& channel, const std::string& event)
+            { inbox->take(era, channel, event); });
+        {
+            const std::lock_guard<std::mutex> lock(inbox_->mutex);
+            connection_.swap(connection);
+            inbox_->waiting.clear();
+        }
+        inbox_->changed.notify_all();
+    }
+
+    std::string channelOf(Executable& subscriber)
+    {
+        const std::lock_guard<std::mutex> lock(inbox_->mutex);
+        for (const auto& [channel, known] : subscribers_)
+            if (known == &subscriber)
+                return channel;
+        const std::string channel = "subscriber-" + std::to_string(++channels_);
+        subscribers_[channel] = &subscriber;
+        return channel;
+    }
+
+    bool remove(Executable& subscriber)
+    {
+        std::unique_lock<std::mutex> lock(inbox_->mutex);
+        const auto found =
+            std::find_if(subscribers_.begin(),
+                         subscribers_.end(),
+                         [&](const auto& entry) { return entry.second == &subscriber; });
+        const bool known = found != subscribers_.end();
+        if (known)
+            subscribers_.erase(found);
+        inbox_->changed.wait(
+            lock,
+            [&] { return delivering_ != &subscriber || deliverer_ == std::this_thread::get_id(); });
+        return known;
+    }
+
+    std::size_t pump(std::chrono::milliseconds wait)
+    {
+        if (options_.events != Events::onPump)
+            return 0;
+        std::unique_lock<std::mutex> lock(inbox_->mutex);
+        if (delivering_ != nullptr && deliverer_ == std::this_thread::get_id())
+            return 0;
+        inbox_->changed.wait_for(lock, wait, [&] { return !inbox_->waiting.empty(); });
+        std::size_t delivered = 0;
+        while (!inbox_->waiting.empty())
+        {
+            inbox_->changed.wait(lock, [&] { return delivering_ == nullptr; });
+            if (!inbox_->waiting.empty() && deliverNext(lock))
+                ++delivered;
+        }
+        return delivered;
+    }
+
+    bool settle(std::chrono::milliseconds timeout)
+    {
+        std::unique_lock<std::mutex> lock(inbox_->mutex);
+        return inbox_->changed.wait_for(
+            lock,
+            timeout,
+            [&] { return inbox_->waiting.empty() && delivering_ == nullptr; });
+    }
+
+private:
+    struct Arrived
+    {
+        std::string channel;
+        std::string text;
+    };
+
+    /// Where connections put their events.
+    struct Inbox
+    {
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::deque<Arrived> waiting;
+        std::uint64_t era = 0;  ///< counts connections; events of an earlier one are dropped
+        bool stopping = false;
+
+        void take(std::uint64_t from, const std::string& channel, const std::string& event)
+        {
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                if (from != era || stopping)
+                    return;
+                waiting.push_back({channel, event});
+            }
+            changed.notify_all();
+        }
+    };
+
+    // The context, for the library.
+    std::string findChannel(Executable* executable) override { return channelOf(*executable); }
+
+    // The channel, for the library.
+    void sendRequest(const std::string& request, std::string& response) override
+    {
+        ask(Sending::request, request, response, "", options_.requestTimeout);
+    }
+
+    void sendRequestTimed(const std::string& request, std::string& response, int timeout) override
+    {
+        ask(Sending::timed, request, response, "", inTime(timeout));
+    }
+
+    void sendSubscribe(const std::string& request, std::string& response,
+                       const std::string& channelName, int timeout) override
+    {
+        const std::string problem =
+            ask(Sending::subscribe, request, response, channelName, inTime(timeout));
+        if (!problem.empty())
+            throw ChannelException(problem);
+    }
+
+    void sendOneWay(const std::string& message) override
+    {
+        const std::shared_ptr<Connection> service = connection();
+        const Delivery delivery = service->post(message);
+        observe({Passage::What::message, Sending::oneWay, 0, "", message, delivery, {}});
+        if (delivery != Delivery::done)
+            report(nameOfRequest(message) + " was not sent: " + service->description() +
+                   " is gone");
+    }
+
+    void setProtocol(const std::string& protocolName) override
+    {
+        if (protocolName != "CommunicationsServiceProtocol")
+            report("the library asks for the protocol \"" + protocolName +
+                   "\", which no service here speaks");
+    }
+
+    // The response of the invoker: nothing waits for it here.
+    void messageHandled() override {}
+
+    std::chrono::milliseconds inTime(int timeout) const
+    {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(timeout *
+                                                                     options_.timeoutUnit);
+    }
+
+    /// Returns "" when there was an answer, else what people are told.
+    std::string ask(Sending sending, const std::string& request, std::string& response,
+                    const std::string& channel, std::chrono::milliseconds timeout)
+    {
+        const std::shared_ptr<Connection> service = connection();
+        const std::uint64_t number = ++requests_;
+        observe({Passage::What::request, sending, number, channel, request, Delivery::done, {}});
+        const Delivery delivery = sending == Sending::subscribe
+                                      ? service->subscribe(request, response, channel, timeout)
+                                      : service->request(request, response, timeout);
+        if (delivery != Delivery::done)
+            response = options_.unanswered;
+        observe({Passage::What::answer, sending, number, channel, response, delivery, {}});
+        if (delivery == Delivery::done)
+            return std::string();
+        std::string problem = nameOfRequest(request) + " has no answer: " + service->description();
+        problem +=
+            delivery == Delivery::gone ? " is gone" : " did not answer within " + inWords(timeout);
+        report(problem);
+        return problem;
+    }
+
+    void observe(Passage passage) const
+    {
+        if (!options_.observer)
+            return;
+        passage.time = std::chrono::system_clock::now();
+        options_.observer(passage);
+    }
+
+    void report(const std::string& problem) const
+    {
+        log(1, problem);
+        if (options_.problems)
+            options_.problems(problem);
+    }
+
+    void dispatch()
+    {
+        std::unique_lock<std::mutex> lock(inbox_->mutex);
+        for (;;)
+        {
+            inbox_->changed.wait(lock,
+                                 [&] { return inbox_->stopping || !inbox_->waiting.empty(); });
+            if (inbox_->stopping)
+                return;
+            deliverNext(lock);
+        }
+    }
+
+    /// Takes the first event out and delivers it with the lock released; false when it has no
+    /// subscriber any more.
+    bool deliverNext(std::unique_lock<std::mutex>& lock)
+    {
+        const Arrived event = std::move(inbox_->waiting.front());
+        inbox_->waiting.pop_front();
+        const auto found = subscribers_.find(event.channel);
+        if (found == subscribers_.end())
+        {
+            inbox_->changed.notify_all();
+            return false;
+        }
+        delivering_ = found->second;
+        deliverer_ = std::this_thread::get_id();
+        Executable& subscriber = *delivering_;
+        lock.unlock();
+        deliver(subscriber, event);
+        lock.lock();
+        delivering_ = nullptr;
+        deliverer_ = std::thread::id();
+        inbox_->changed.notify_all();
+        return true;
+    }
+
+    void deliver(Executable& subscriber, const Arrived& event)
+    {
+        observe({Passage::What::event,
+                 Sending::nothing,
+                 0,
+                 event.channel,
+                 event.text,
+                 Delivery::done,
+                 {}});
+        // The library would call through a null pointer.
+        if (dynamic_cast<CommunicationsServiceEventIfc*>(&subscriber) == nullptr)
+        {
+            report("the subscriber of " + event.channel +
+                   " does not implement CommunicationsServiceEventIfc");
+            return;
+        }
+        try
+        {
+            invoker_->handleMessage(&subscriber,
+                                    event.text.c_str(),
+                                    static_cast<int>(event.text.size()),
+                                    this);
+        }
+        catch (const std::exception& exception)
+        {
+            report("the callback of " + parse(event.text).method + " threw: " + exception.what());
+        }
+        catch (const MarloException& exception)
+        {
+            report("the callback of " + parse(event.text).method + " threw: " + textOf(exception));
+        }
+        catch (...)
+        {
+            report("the callback of " + parse(event.text).method + " threw");
+        }
+    }
+
+    const Options options_;
+    Library library_;
+    Context context_;
+    std::unique_ptr<Invoker> invoker_;
+    std::unique_ptr<Proxy> proxy_;
+    CommunicationsServiceIfc* service_;
+    std::atomic<std::uint64_t> requests_{0};
+
+    const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
+
+    // The rest is guarded by the inbox's mutex.
+    std::shared_ptr<Connection> connection_;
+    std::uint64_t channels_ = 0;
+    std::map<std::string, Executable*> subscribers_;
+    Executable* delivering_ = nullptr;
+    std::thread::id deliverer_;
+    std::thread dispatcher_;
+};
+
+Framework::Framework(std::unique_ptr<Connection> connection)
+    : Framework(std::move(connection), Options())
+{
+}
+
+Framework::Framework(std::unique_ptr<Connection> connection, Options options)
+    : core_(std::make_unique<Core>(std::move(connection), std::move(options)))
+{
+}
+
+Framework::~Framework() = default;
+
+CommunicationsServiceIfc& Framework::service()
+{
+    return core_->service();
+}
+
+Proxy& Framework::proxy()
+{
+    return core_->proxy();
+}
+
+Invoker& Framework::invoker()
+{
+    return core_->invoker();
+}
+
+const Library& Framework::library() const
+{
+    return core_->library();
+}
+
+std::shared_ptr<Connection> Framework::connection() const
+{
+    return core_->connection();
+}
+
+void Framework::reconnect(std::unique_ptr<Connection> connection)
+{
+    core_->connect(std::move(connection));
+}
+
+std::string Framework::channelOf(Executable& subscriber)
+{
+    return core_->channelOf(subscriber);
+}
+
+bool Framework::remove(Executable& subscriber)
+{
+    return core_->remove(subscriber);
+}
+
+std::size_t Framework::pump(std::chrono::milliseconds wait)
+{
+    return core_->pump(wait);
+}
+
+bool Framework::settle(std::chrono::milliseconds timeout)
+{
+    return core_->settle(timeout);
+}
+
+}  // namespace kit
