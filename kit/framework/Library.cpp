@@ -31,8 +31,8 @@ std::string choose(const std::string& path)
     if (const char* const named = std::getenv("COMMUNICATIONS_SERVICE_LIBRARY"))
         if (*named != '\0')
             return named;
-    const std::string beside = directoryOfKit() + KIT_LIBRARY_NAME;
-    return access(beside.c_str(), R_OK) == 0 ? beside : KIT_LIBRARY_NAME;
+    const std::string beside = directoryOfKit() + COMMUNICATIONS_SERVICE_LIBRARY;
+    return access(beside.c_str(), R_OK) == 0 ? beside : COMMUNICATIONS_SERVICE_LIBRARY;
 }
 
 std::string lastError()
