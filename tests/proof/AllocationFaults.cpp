@@ -1,0 +1,273 @@
+// Every allocation fails once: for each operation and each event the first allocation fails, then the
+// second, and so on until none does. The record of CallStateChangeEvent comes from malloc, whose
+// result the library uses without a test, on purpose: that one allocation is never made to fail here.
+
+#include "CommunicationsServiceEventInvoker.h"
+#include "CommunicationsServiceProxy.h"
+#include "Framework.h"
+#include "Recorder.h"
+#include "Samples.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+extern "C"
+{
+    CommunicationsServiceProxy* createCommunicationsServiceProxy();
+    CommunicationsServiceEventInvoker* createCommunicationsServiceEventInvoker();
+}
+
+namespace
+{
+
+long allocations = 0;    // made by operator new and not given back
+long failingOne = 0;     // the how many-th from now on fails; 0 for none
+bool failed = false;     // whether it has
+void* record = nullptr;  // the last from malloc that was not given back
+long records = 0;        // how many there are
+
+void* allocate(std::size_t size)
+{
+    if (failingOne > 0 && --failingOne == 0)
+    {
+        failed = true;
+        throw std::bad_alloc();
+    }
+    void* memory = std::aligned_alloc(16, (size + 16) & ~std::size_t(15));
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    ++allocations;
+    return memory;
+}
+
+void release(void* memory) noexcept
+{
+    allocations -= memory != nullptr;
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size)
+{
+    return allocate(size);
+}
+void* operator new[](std::size_t size)
+{
+    return allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    release(memory);
+}
+void operator delete[](void* memory) noexcept
+{
+    release(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    release(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    release(memory);
+}
+
+// The linker sends the calls of malloc and free in the library, and in this file, through these.
+extern "C"
+{
+    void* __real_malloc(std::size_t size);
+    void __real_free(void* memory);
+
+    void* __wrap_malloc(std::size_t size)
+    {
+        ++records;
+        return record = __real_malloc(size);
+    }
+
+    void __wrap_free(void* memory)
+    {
+        if (memory != nullptr && memory == record)
+        {
+            --records;
+            record = nullptr;
+        }
+        __real_free(memory);
+    }
+}
+
+namespace
+{
+
+class AllocationFaults : public testing::Test
+{
+protected:
+    AllocationFaults()
+    {
+        channel.answer = answerSample;
+        proxy.initProxy(channel);
+    }
+
+    /// Calls with the first, second ... allocation failing, and `check`s after each.
+    /// Returns how many allocations one undisturbed call makes.
+    static long failEach(const std::function<void()>& call, const std::function<void(bool)>& check)
+    {
+        for (long n = 1;; ++n)
+        {
+            const long before = allocations;
+            bool thrown = false;
+            failed = false;
+            failingOne = n;
+            try
+            {
+                call();
+            }
+            catch (const std::bad_alloc&)
+            {
+                thrown = true;
+            }
+            failingOne = 0;
+            const long after = allocations;
+            EXPECT_EQ(thrown, failed) << "the failure reaches the caller, and nothing else does";
+            EXPECT_EQ(after, before) << "leak after allocation " << n << " failed";
+            EXPECT_EQ(records, 0) << "record leaked after allocation " << n << " failed";
+            check(thrown);
+            if (!failed)
+                return n - 1;
+        }
+    }
+
+    static constexpr std::size_t room = 16384;  // the test's own texts never allocate
+
+    FrameworkOfOne context;
+    Channel channel{context, room};
+    CommunicationsServiceProxy proxy;
+    CommunicationsServiceEventInvoker invoker;
+    Recorder subscriber{room};
+};
+
+TEST_F(AllocationFaults, EveryOperation)
+{
+    for (const RequestSample& sample : requestSamples)
+    {
+        SCOPED_TRACE(sample.name);
+        const std::string whole = sample.sent != nullptr ? sample.sent : "";
+        const long made = failEach(
+            [&]
+            {
+                channel.sent.clear();
+                sample.call(proxy, &subscriber);
+            },
+            [&](bool thrown)
+            {
+                // All of it or nothing; the answer may be what could not be stored.
+                EXPECT_TRUE(channel.sent == whole || (thrown && channel.sent.empty()))
+                    << channel.sent;
+            });
+        EXPECT_EQ(made > 0, sample.sent != nullptr);
+    }
+}
+
+TEST_F(AllocationFaults, EveryEvent)
+{
+    for (const EventSample& sample : eventSamples)
+    {
+        SCOPED_TRACE(sample.text);
+        Response response;
+        const long made = failEach(
+            [&]
+            {
+                subscriber.said.clear();
+                response.times = 0;
+                invoker.handleMessage(&subscriber, sample.text, 0, &response);
+            },
+            [&](bool thrown)
+            {
+                // All allocations are made before the callback, so it comes whole or not at all.
+                EXPECT_EQ(subscriber.said, thrown ? "" : sample.said);
+                EXPECT_EQ(response.times, thrown ? 0 : 1);
+            });
+        EXPECT_GT(made, 0);
+    }
+}
+
+TEST_F(AllocationFaults, LongQueries)
+{
+    channel.answer.clear();
+    for (int i = 0; i < 20; ++i)
+        channel.answer += "<device-with-a-name-of-some-length>";
+    const long made = failEach(
+        [&]
+        {
+            std::vector<std::string> devices;
+            proxy.getDevices(devices);
+        },
+        [](bool) {});
+    EXPECT_GT(made, 20);
+}
+
+TEST_F(AllocationFaults, Factories)
+{
+    EXPECT_EQ(1, failEach([] { delete createCommunicationsServiceProxy(); }, [](bool) {}));
+    EXPECT_EQ(1, failEach([] { delete createCommunicationsServiceEventInvoker(); }, [](bool) {}));
+}
+
+struct CallbackFailure
+{
+};
+
+struct ThrowingSubscriber : Recorder
+{
+    using Recorder::Recorder;
+    void told() override { throw CallbackFailure(); }
+};
+
+/// The record alone is lost when its callback throws; nothing is with any other.
+TEST_F(AllocationFaults, ThrowingCallbacks)
+{
+    ThrowingSubscriber throwing(room);
+    for (const EventSample& sample : eventSamples)
+    {
+        SCOPED_TRACE(sample.text);
+        Response response;
+        const long before = allocations;
+        throwing.said.clear();
+        bool thrown = false;
+        try
+        {
+            invoker.handleMessage(&throwing, sample.text, 0, &response);
+        }
+        catch (const CallbackFailure&)
+        {
+            thrown = true;
+        }
+        const long after = allocations;
+        EXPECT_TRUE(thrown);
+        EXPECT_EQ(after, before);
+        EXPECT_EQ(throwing.said, sample.said);
+        EXPECT_EQ(response.times, 0);
+        EXPECT_EQ(records, &sample == &eventSamples[0] ? 1 : 0);
+        std::free(record);
+
+        subscriber.said.clear();
+        invoker.handleMessage(&subscriber, sample.text, 0, &response);
+        EXPECT_EQ(subscriber.said, sample.said) << "the invoker works afterwards";
+    }
+}
+
+TEST_F(AllocationFaults, RefusedSubscription)
+{
+    channel.refuses = true;
+    const long before = allocations;
+    EXPECT_THROW(proxy.subscribe(&subscriber), MarloException);
+    const long after = allocations;
+    EXPECT_EQ(after, before);
+    channel.refuses = false;
+    channel.answer = "sfiSuccess";
+    EXPECT_EQ(proxy.subscribe(&subscriber), sfiSuccess);
+}
+
+}  // namespace

@@ -1,0 +1,42 @@
+#include "Framework.h"
+
+#include "framework/ClientUtils.h"
+#include "framework/Logging.h"
+#include "framework/Serializer.h"
+
+#include <cstdlib>
+#include <vector>
+
+COMMUNICATIONS_SERVICE_VISIBLE int loggingOnAppOxa(const char*, int)
+{
+    return 1;
+}
+
+COMMUNICATIONS_SERVICE_VISIBLE void logAppOxa(const char*, const char*, int, int, const char*) {}
+
+MarloException::MarloException() : contents() {}
+MarloException::MarloException(const MarloException&) : contents() {}
+MarloException::~MarloException() = default;
+
+std::string ClientUtils::itos(int number)
+{
+    return std::to_string(number);
+}
+
+std::vector<std::string> Serializer::deserialize(std::string& text)
+{
+    std::vector<std::string> items;
+    for (std::size_t begin = 0; begin < text.size();)
+    {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        items.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return items;
+}
+
+void Serializer::deserialize(std::string& text, std::vector<int>& values)
+{
+    for (const std::string& item : deserialize(text))
+        values.push_back(static_cast<int>(std::strtol(item.c_str(), nullptr, 10)));
+}
