@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -99,10 +98,12 @@ void cutBehind(std::string& text, const char* tail)
     text.erase(0, length);
 }
 
-struct Free
+/// Copies a text as a C string: up to its first NUL, and terminated.
+void copyText(std::string_view text, char* to)
 {
-    void operator()(void* memory) const { std::free(memory); }
-};
+    const std::size_t copied = text.copy(to, text.find('\0'));
+    to[copied] = '\0';
+}
 
 }  // namespace
 
@@ -118,8 +119,10 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
         std::printf("CommunicationsServiceEventSvc == NULL");
 
     // A copy: the pass-through handlers change the text, and the rows behind theirs are still tested.
-    const std::string method(
-        eventValue("<Method>", text, "</Method>").value_or(std::string_view()));
+    // It holds more than the longest row has, which is all that the rows can tell apart.
+    char name[64];
+    const auto whole = eventValue("<Method>", text, "</Method>").value_or(std::string_view());
+    const std::string_view method(name, whole.copy(name, sizeof name));
     for (const Row& row : rows)
         if (row.matches(method))
             row.run(events, text);
@@ -131,46 +134,57 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
 void CommunicationsServiceEventInvoker::callStateChangeEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
+    const EventFields event(text);
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const int callState = event.number("CallState");
+    const int reason = event.number("Reason");
+    const int sendOptions = event.number("SendOptions");
+    const std::string uri = event.text("URI");
+    const std::string name = event.text("Name");
+    const std::string fullPai = event.text("FullPAI");
+    const std::string_view callingNumber = event.view("GPUCLG");
+    const std::string_view callingName = event.view("GPUCLGName");
+    const std::string_view calledNumber = event.view("GPUCLD");
+    const std::string_view calledName = event.view("GPUCLDName");
+    const int resourcePriority = event.number("ResourcePriority");
+    const int preemptionCause = event.number("PreemptionCause");
+    const std::string preemptionText = event.text("PreemptionText");
+    const bool callBackFeatureAvailable = event.flag("CallBackFearureAvailable");  // spelled so
+    const int ilCallLevel = event.number("ILCallLevel");
+    const int ilLocalLevel = event.number("ILLocalLevel");
+
     // The four texts are copied without bounds, on purpose: a long one runs on into the fields behind
-    // it. Room for the longest that the message can hold keeps that inside this allocation, which is
-    // not tested for null.
-    std::unique_ptr<char, Free> memory(
-        static_cast<char*>(std::malloc(sizeof(CallPartyInfo) + text.size() + 1)));
-    char* const record = memory.get();
+    // it. Room for all of them keeps that inside this allocation, which is not tested for null and,
+    // when the callback throws, not freed, on purpose.
+    void* const memory = std::malloc(sizeof(CallPartyInfo) + callingNumber.size() +
+                                     callingName.size() + calledNumber.size() + calledName.size());
+    char* const record = static_cast<char*>(memory);
     record[offsetof(CallPartyInfo, reservedText1)] = '\0';
     record[offsetof(CallPartyInfo, reservedText2)] = '\0';
     record[offsetof(CallPartyInfo, reservedText3)] = '\0';
     record[offsetof(CallPartyInfo, reservedText4)] = '\0';
     std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, sizeof(std::int32_t));
+    copyText(callingNumber, record + offsetof(CallPartyInfo, callingNumber));
+    copyText(callingName, record + offsetof(CallPartyInfo, callingName));
+    copyText(calledNumber, record + offsetof(CallPartyInfo, calledNumber));
+    copyText(calledName, record + offsetof(CallPartyInfo, calledName));
 
-    const EventFields event(text);
-    event.copyText("GPUCLG", record + offsetof(CallPartyInfo, callingNumber));
-    event.copyText("GPUCLGName", record + offsetof(CallPartyInfo, callingName));
-    event.copyText("GPUCLD", record + offsetof(CallPartyInfo, calledNumber));
-    event.copyText("GPUCLDName", record + offsetof(CallPartyInfo, calledName));
-
-    const std::string lineId = event.text("LineID");
-    const std::string uri = event.text("URI");
-    const std::string name = event.text("Name");
-    const std::string fullPai = event.text("FullPAI");
-    const std::string preemptionText = event.text("PreemptionText");
-    // Released by hand from here on: when the callback throws, the record is not freed, on purpose.
-    memory.release();
     subscriber->onCallStateChangeEvent(lineId,
-                                       event.number("CallID"),
-                                       event.number("CallState"),
-                                       event.number("Reason"),
-                                       event.number("SendOptions"),
+                                       callId,
+                                       callState,
+                                       reason,
+                                       sendOptions,
                                        uri,
                                        name,
                                        fullPai,
                                        reinterpret_cast<CallPartyInfo*>(record),
-                                       event.number("ResourcePriority"),
-                                       event.number("PreemptionCause"),
+                                       resourcePriority,
+                                       preemptionCause,
                                        preemptionText,
-                                       event.flag("CallBackFearureAvailable"),  // spelled so
-                                       event.number("ILCallLevel"),
-                                       event.number("ILLocalLevel"));
+                                       callBackFeatureAvailable,
+                                       ilCallLevel,
+                                       ilLocalLevel);
     std::free(record);
 }
 
@@ -178,178 +192,251 @@ void CommunicationsServiceEventInvoker::registrationStateChangeEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onRegistrationStateChangeEvent(event.text("LineID"),
-                                               event.number("CallID"),
-                                               event.flag("Registered"),
-                                               event.number("RegistrationResult"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const bool registered = event.flag("Registered");
+    const int registrationResult = event.number("RegistrationResult");
+    subscriber->onRegistrationStateChangeEvent(lineId, callId, registered, registrationResult);
 }
 
 void CommunicationsServiceEventInvoker::incomingCallEvent(CommunicationsServiceEventIfc* subscriber,
                                                           std::string& text)
 {
     const EventFields event(text);
-    subscriber->onIncomingCallEvent(event.text("LineID"),
-                                    event.number("CallID"),
-                                    event.text("URI"),
-                                    event.text("Name"),
-                                    event.text("FullPAI"),
-                                    event.text("AlertInformation_AlertURI"),
-                                    event.text("AlertInformation_InfoParam"),
-                                    event.flag("AlertInformation_AutoAnswer"),
-                                    event.number("CallType"),
-                                    event.text("DiversionURI"),
-                                    event.text("DiversionName"),
-                                    event.number("DiversionReason"),
-                                    event.flag("AICSZIPAutoAnswer"),
-                                    event.number("ResourcePriority"),
-                                    event.number("ILCallLevel"),
-                                    event.number("ILLocalLevel"),
-                                    event.flag("IsVideoCall"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string uri = event.text("URI");
+    const std::string name = event.text("Name");
+    const std::string fullPai = event.text("FullPAI");
+    const std::string alertUri = event.text("AlertInformation_AlertURI");
+    const std::string alertInfoParam = event.text("AlertInformation_InfoParam");
+    const bool alertAutoAnswer = event.flag("AlertInformation_AutoAnswer");
+    const int callType = event.number("CallType");
+    const std::string diversionUri = event.text("DiversionURI");
+    const std::string diversionName = event.text("DiversionName");
+    const int diversionReason = event.number("DiversionReason");
+    const bool zipAutoAnswer = event.flag("AICSZIPAutoAnswer");
+    const int resourcePriority = event.number("ResourcePriority");
+    const int ilCallLevel = event.number("ILCallLevel");
+    const int ilLocalLevel = event.number("ILLocalLevel");
+    const bool isVideoCall = event.flag("IsVideoCall");
+    subscriber->onIncomingCallEvent(lineId,
+                                    callId,
+                                    uri,
+                                    name,
+                                    fullPai,
+                                    alertUri,
+                                    alertInfoParam,
+                                    alertAutoAnswer,
+                                    callType,
+                                    diversionUri,
+                                    diversionName,
+                                    diversionReason,
+                                    zipAutoAnswer,
+                                    resourcePriority,
+                                    ilCallLevel,
+                                    ilLocalLevel,
+                                    isVideoCall);
 }
 
 void CommunicationsServiceEventInvoker::incomingPickupCallEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onIncomingPickupCallEvent(event.text("LineID"),
-                                          event.number("CallID"),
-                                          event.text("URI"),
-                                          event.text("Name"),
-                                          event.text("FullPAI"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string uri = event.text("URI");
+    const std::string name = event.text("Name");
+    const std::string fullPai = event.text("FullPAI");
+    subscriber->onIncomingPickupCallEvent(lineId, callId, uri, name, fullPai);
 }
 
 void CommunicationsServiceEventInvoker::callHeldEvent(CommunicationsServiceEventIfc* subscriber,
                                                       std::string& text)
 {
     const EventFields event(text);
-    subscriber->onCallHeldEvent(event.text("LineID"), event.number("CallID"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    subscriber->onCallHeldEvent(lineId, callId);
 }
 
 void CommunicationsServiceEventInvoker::callRetrievedEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onCallRetrievedEvent(event.text("LineID"),
-                                     event.number("CallID"),
-                                     event.text("URI"),
-                                     event.text("Name"),
-                                     event.text("FullPAI"),
-                                     event.number("ILCallLevel"),
-                                     event.number("ILLocalLevel"),
-                                     event.flag("ConnectedToMediaServer"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string uri = event.text("URI");
+    const std::string name = event.text("Name");
+    const std::string fullPai = event.text("FullPAI");
+    const int ilCallLevel = event.number("ILCallLevel");
+    const int ilLocalLevel = event.number("ILLocalLevel");
+    const bool connectedToMediaServer = event.flag("ConnectedToMediaServer");
+    subscriber->onCallRetrievedEvent(lineId,
+                                     callId,
+                                     uri,
+                                     name,
+                                     fullPai,
+                                     ilCallLevel,
+                                     ilLocalLevel,
+                                     connectedToMediaServer);
 }
 
 void CommunicationsServiceEventInvoker::featureSuccessEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onFeatureSuccessEvent(event.text("LineID"),
-                                      event.number("CallID"),
-                                      event.number("Feature"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const int feature = event.number("Feature");
+    subscriber->onFeatureSuccessEvent(lineId, callId, feature);
 }
 
 void CommunicationsServiceEventInvoker::featureFailedEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onFeatureFailedEvent(event.text("LineID"),
-                                     event.number("CallID"),
-                                     event.number("Feature"),
-                                     event.number("FeatureFailure"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const int feature = event.number("Feature");
+    const int featureFailure = event.number("FeatureFailure");
+    subscriber->onFeatureFailedEvent(lineId, callId, feature, featureFailure);
 }
 
 void CommunicationsServiceEventInvoker::remoteEndpointDetailsChangedEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onRemoteEndpointDetailsChangedEvent(event.text("LineID"),
-                                                    event.number("CallID"),
-                                                    event.text("URI"),
-                                                    event.text("Name"),
-                                                    event.text("FullPAI"),
-                                                    event.flag("exitConf"),
-                                                    event.flag("jointCall"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string uri = event.text("URI");
+    const std::string name = event.text("Name");
+    const std::string fullPai = event.text("FullPAI");
+    const bool exitConf = event.flag("exitConf");
+    const bool jointCall = event.flag("jointCall");
+    subscriber->onRemoteEndpointDetailsChangedEvent(lineId,
+                                                    callId,
+                                                    uri,
+                                                    name,
+                                                    fullPai,
+                                                    exitConf,
+                                                    jointCall);
 }
 
 void CommunicationsServiceEventInvoker::incomingCallMissedEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onIncomingCallMissedEvent(event.text("LineID"),
-                                          event.number("CallID"),
-                                          event.text("URI"),
-                                          event.text("Name"),
-                                          event.text("FullPAI"),
-                                          event.number("Reason"),
-                                          event.text("DiversionURI"),
-                                          event.text("DiversionName"),
-                                          event.number("DiversionReason"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string uri = event.text("URI");
+    const std::string name = event.text("Name");
+    const std::string fullPai = event.text("FullPAI");
+    const int reason = event.number("Reason");
+    const std::string diversionUri = event.text("DiversionURI");
+    const std::string diversionName = event.text("DiversionName");
+    const int diversionReason = event.number("DiversionReason");
+    subscriber->onIncomingCallMissedEvent(lineId,
+                                          callId,
+                                          uri,
+                                          name,
+                                          fullPai,
+                                          reason,
+                                          diversionUri,
+                                          diversionName,
+                                          diversionReason);
 }
 
 void CommunicationsServiceEventInvoker::callForwardedEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onCallForwardedEvent(event.text("LineID"),
-                                     event.number("CallID"),
-                                     event.text("CallingParty"),
-                                     event.text("CallingPartyName"),
-                                     event.text("CallingPartyFullPAI"),
-                                     event.text("NewDestination"),
-                                     event.number("Reason"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string callingParty = event.text("CallingParty");
+    const std::string callingPartyName = event.text("CallingPartyName");
+    const std::string callingPartyFullPai = event.text("CallingPartyFullPAI");
+    const std::string newDestination = event.text("NewDestination");
+    const int reason = event.number("Reason");
+    subscriber->onCallForwardedEvent(lineId,
+                                     callId,
+                                     callingParty,
+                                     callingPartyName,
+                                     callingPartyFullPai,
+                                     newDestination,
+                                     reason);
 }
 
 void CommunicationsServiceEventInvoker::messageWaitingEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onMessageWaitingEvent(event.text("LineID"),
-                                      event.number("type"),
-                                      event.count("new_messages"),
-                                      event.count("old_messages"),
-                                      event.count("new_urgent_messages"),
-                                      event.count("old_urgent_messages"),
-                                      event.number("return_type"),
-                                      event.number("avail_info"),
-                                      event.number("messages_waiting"),
-                                      event.text("voiceMailNumber"));
+    const std::string lineId = event.text("LineID");
+    const int type = event.number("type");
+    const unsigned int newMessages = event.count("new_messages");
+    const unsigned int oldMessages = event.count("old_messages");
+    const unsigned int newUrgentMessages = event.count("new_urgent_messages");
+    const unsigned int oldUrgentMessages = event.count("old_urgent_messages");
+    const int returnType = event.number("return_type");
+    const int availInfo = event.number("avail_info");
+    const int messagesWaiting = event.number("messages_waiting");
+    const std::string voiceMailNumber = event.text("voiceMailNumber");
+    subscriber->onMessageWaitingEvent(lineId,
+                                      type,
+                                      newMessages,
+                                      oldMessages,
+                                      newUrgentMessages,
+                                      oldUrgentMessages,
+                                      returnType,
+                                      availInfo,
+                                      messagesWaiting,
+                                      voiceMailNumber);
 }
 
 void CommunicationsServiceEventInvoker::doNotDisturbEvent(CommunicationsServiceEventIfc* subscriber,
                                                           std::string& text)
 {
     const EventFields event(text);
-    subscriber->onDoNotDisturbEvent(event.text("deviceId"), event.flag("doNotDisturbOn"));
+    const std::string deviceId = event.text("deviceId");
+    const bool doNotDisturbOn = event.flag("doNotDisturbOn");
+    subscriber->onDoNotDisturbEvent(deviceId, doNotDisturbOn);
 }
 
 void CommunicationsServiceEventInvoker::agentStateEvent(CommunicationsServiceEventIfc* subscriber,
                                                         std::string& text)
 {
     const EventFields event(text);
-    subscriber->onAgentStateEvent(event.text("deviceId"), event.text("agentState"));
+    const std::string deviceId = event.text("deviceId");
+    const std::string agentState = event.text("agentState");
+    subscriber->onAgentStateEvent(deviceId, agentState);
 }
 
 void CommunicationsServiceEventInvoker::systemStatusEvent(CommunicationsServiceEventIfc* subscriber,
                                                           std::string& text)
 {
     const EventFields event(text);
-    subscriber->onSystemStatusEvent(event.text("status"), event.text("statusInfo"));
+    const std::string status = event.text("status");
+    const std::string statusInfo = event.text("statusInfo");
+    subscriber->onSystemStatusEvent(status, statusInfo);
 }
 
 void CommunicationsServiceEventInvoker::serverFeatureStatusEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onServerFeatureStatusEvent(event.text("lineURI"), event.text("status"));
+    const std::string lineURI = event.text("lineURI");
+    const std::string status = event.text("status");
+    subscriber->onServerFeatureStatusEvent(lineURI, status);
 }
 
 void CommunicationsServiceEventInvoker::incomingAssociatedCallEvent(
     CommunicationsServiceEventIfc* subscriber, const std::string& text)
 {
     const EventFields event(text);
-    subscriber->onIncomingAssociatedCallEvent(event.text("LineID"),
-                                              event.number("CurrentCallID"),
-                                              event.number("NewCallID"));
+    const std::string lineId = event.text("LineID");
+    const int currentCallId = event.number("CurrentCallID");
+    const int newCallId = event.number("NewCallID");
+    subscriber->onIncomingAssociatedCallEvent(lineId, currentCallId, newCallId);
 }
 
 void CommunicationsServiceEventInvoker::b2buaCSTAResponse(CommunicationsServiceEventIfc* subscriber,
@@ -375,9 +462,10 @@ void CommunicationsServiceEventInvoker::conferenceStatusEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onConferenceStatusEvent(event.text("LineID"),
-                                        event.number("CallID"),
-                                        event.text("XMLContent"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const std::string xmlContent = event.text("XMLContent");
+    subscriber->onConferenceStatusEvent(lineId, callId, xmlContent);
 }
 
 void CommunicationsServiceEventInvoker::securityStatusChanged(
@@ -390,9 +478,12 @@ void CommunicationsServiceEventInvoker::securityStatusChanged(
     Serializer::deserialize(list, callIdsRecorded);
     list = event.text("CallLineURIsRecorded");
     std::vector<std::string> callLineURIsRecorded = Serializer::deserialize(list);
-    subscriber->onSecurityStatusChanged(event.text("lineURI"),
-                                        event.number("callId"),
-                                        event.number("securityStatus"),
+    const std::string lineURI = event.text("lineURI");
+    const int callId = event.number("callId");
+    const int securityStatus = event.number("securityStatus");
+    subscriber->onSecurityStatusChanged(lineURI,
+                                        callId,
+                                        securityStatus,
                                         callIdsRecorded,
                                         callLineURIsRecorded);
 }
@@ -401,59 +492,73 @@ void CommunicationsServiceEventInvoker::preemptionStatusChanged(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onPreemptionStatusChanged(event.text("lineURI"),
-                                          event.number("callId"),
-                                          event.number("priority"),
-                                          event.number("cause"),
-                                          event.text("reason"));
+    const std::string lineURI = event.text("lineURI");
+    const int callId = event.number("callId");
+    const int priority = event.number("priority");
+    const int cause = event.number("cause");
+    const std::string reason = event.text("reason");
+    subscriber->onPreemptionStatusChanged(lineURI, callId, priority, cause, reason);
 }
 
 void CommunicationsServiceEventInvoker::impactLevelChanged(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onImpactLevelChanged(event.text("lineURI"),
-                                     event.number("callId"),
-                                     event.number("ILCallLevel"),
-                                     event.number("ILLocalLevel"));
+    const std::string lineURI = event.text("lineURI");
+    const int callId = event.number("callId");
+    const int ilCallLevel = event.number("ILCallLevel");
+    const int ilLocalLevel = event.number("ILLocalLevel");
+    subscriber->onImpactLevelChanged(lineURI, callId, ilCallLevel, ilLocalLevel);
 }
 
 void CommunicationsServiceEventInvoker::callRecordingStatusEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onCallRecordingStatusEvent(event.text("LineID"),
-                                           event.number("callId"),
-                                           event.text("callRecorded"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("callId");
+    const std::string callRecorded = event.text("callRecorded");
+    subscriber->onCallRecordingStatusEvent(lineId, callId, callRecorded);
 }
 
 void CommunicationsServiceEventInvoker::callCompletionEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onCallCompletionEvent(event.text("LineID"),
-                                      event.text("URI"),
-                                      event.number("CallCompletionType"),
-                                      event.number("CallCompletionState"),
-                                      event.flag("DisplayOutcomeCallUI"));
+    const std::string lineId = event.text("LineID");
+    const std::string uri = event.text("URI");
+    const int callCompletionType = event.number("CallCompletionType");
+    const int callCompletionState = event.number("CallCompletionState");
+    const bool displayOutcomeCallUI = event.flag("DisplayOutcomeCallUI");
+    subscriber->onCallCompletionEvent(lineId,
+                                      uri,
+                                      callCompletionType,
+                                      callCompletionState,
+                                      displayOutcomeCallUI);
 }
 
 void CommunicationsServiceEventInvoker::callCompletionFailedEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onCallCompletionFailedEvent(event.text("LineID"),
-                                            event.text("URI"),
-                                            event.number("CallCompletionFailureType"));
+    const std::string lineId = event.text("LineID");
+    const std::string uri = event.text("URI");
+    const int callCompletionFailureType = event.number("CallCompletionFailureType");
+    subscriber->onCallCompletionFailedEvent(lineId, uri, callCompletionFailureType);
 }
 
 void CommunicationsServiceEventInvoker::bluetoothAudioStatusChanged(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
-    subscriber->onBluetoothAudioStatusChanged(event.text("LineID"),
-                                              event.number("CallID"),
-                                              event.flag("AudioEnabled"),
-                                              event.flag("AudioGateway"),
-                                              event.flag("InBandRinging"));
+    const std::string lineId = event.text("LineID");
+    const int callId = event.number("CallID");
+    const bool audioEnabled = event.flag("AudioEnabled");
+    const bool audioGateway = event.flag("AudioGateway");
+    const bool inBandRinging = event.flag("InBandRinging");
+    subscriber->onBluetoothAudioStatusChanged(lineId,
+                                              callId,
+                                              audioEnabled,
+                                              audioGateway,
+                                              inBandRinging);
 }

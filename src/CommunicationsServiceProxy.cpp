@@ -391,7 +391,6 @@ int CommunicationsServiceProxy::getMessageWaitingIndicator(
     const AnswerFields answer(response);
     const int result = getResult(answer.text("func_return_val"));
     // Here an absent number is 0, on purpose: these are texts, converted afterwards.
-    voiceMailNumber = answer.text("voiceMailNumber");
     type = answer.numberOfText("Type");
     newMsgs = answer.countOfText("newMsgs");
     oldMsgs = answer.countOfText("oldMsgs");
@@ -400,6 +399,7 @@ int CommunicationsServiceProxy::getMessageWaitingIndicator(
     returnType = answer.numberOfText("return_type");
     availableInfo = answer.numberOfText("available_info");
     messagesWaiting = answer.numberOfText("messages_waiting");
+    voiceMailNumber = answer.text("voiceMailNumber");
     return result;
 }
 
@@ -446,10 +446,11 @@ int CommunicationsServiceProxy::getForwardingConfiguration(sfiForwardingType fwT
     std::string response;
     ask(RequestText("getForwardingConfiguration").number("fwType", fwType), response);
     const AnswerFields answer(response);
+    const int result = getResult(answer.text("sfiResult"));
     status = answer.flag("status");
-    cfnrRingCount = answer.number("cfnrRingCount");
     uri = answer.text("uri");
-    return getResult(answer.text("sfiResult"));
+    cfnrRingCount = answer.number("cfnrRingCount");
+    return result;
 }
 
 void CommunicationsServiceProxy::setIsInServiceInitiatedState(const std::string& line,

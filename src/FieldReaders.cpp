@@ -24,11 +24,11 @@ long decimal(std::string_view text)
 {
     const long highest = 2147483647L;
     const long lowest = -highest - 1;
-    std::size_t at = text.find_first_not_of(" \t\n\v\f\r");
-    if (at == std::string_view::npos)
-        return 0;
-    const bool negative = text[at] == '-';
-    if (negative || text[at] == '+')
+    std::size_t at = 0;
+    while (at < text.size() && (text[at] == ' ' || (text[at] >= '\t' && text[at] <= '\r')))
+        ++at;
+    const bool negative = at < text.size() && text[at] == '-';
+    if (negative || (at < text.size() && text[at] == '+'))
         ++at;
     // Counted below zero, where there is room for one more.
     long value = 0;
@@ -68,6 +68,8 @@ Value answerValue(std::string_view startTag, std::string_view message, std::stri
 
 Value EventFields::value(std::string_view tag) const
 {
+    if (const Value next = index_.next(tag))
+        return next;
     const std::size_t begin = index_.behindOpening(tag);
     if (begin == TagIndex::npos)
         return std::nullopt;
@@ -82,11 +84,9 @@ std::string EventFields::text(std::string_view tag) const
     return textOf(value(tag));
 }
 
-void EventFields::copyText(std::string_view tag, char* to) const
+std::string_view EventFields::view(std::string_view tag) const
 {
-    const std::string_view text = value(tag).value_or(std::string_view());
-    const std::size_t copied = text.copy(to, text.find('\0'));
-    to[copied] = '\0';
+    return value(tag).value_or(std::string_view());
 }
 
 int EventFields::number(std::string_view tag) const
@@ -96,6 +96,8 @@ int EventFields::number(std::string_view tag) const
 
 Value AnswerFields::value(std::string_view tag) const
 {
+    if (const Value next = index_.next(tag))
+        return next;
     const std::size_t begin = index_.behindOpening(tag);
     if (begin == TagIndex::npos)
         return std::nullopt;

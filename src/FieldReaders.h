@@ -26,17 +26,21 @@ std::optional<std::string_view> eventValue(std::string_view startTag, std::strin
 std::optional<std::string_view> answerValue(std::string_view startTag, std::string_view message,
                                             std::string_view endTag);
 
-/// The fields of one event, read as eventValue does. The message must outlive this, unchanged.
+/// The fields of one event, read as eventValue does, each tag once: fastest in the order of the
+/// message. The message must outlive this, unchanged.
 class EventFields
 {
 public:
-    explicit EventFields(const std::string& message) : index_(message) {}
+    explicit EventFields(const std::string& message) : index_(message)
+    {
+        index_.next("Method");  // what stands before the fields
+    }
 
     /// "" when absent.
     std::string text(std::string_view tag) const;
 
-    /// Copies a text as a C string: up to its first NUL, and terminated.
-    void copyText(std::string_view tag, char* to) const;
+    /// The same where it stands in the message.
+    std::string_view view(std::string_view tag) const;
 
     /// -1 when absent.
     int number(std::string_view tag) const;
@@ -53,10 +57,11 @@ public:
 private:
     std::optional<std::string_view> value(std::string_view tag) const;
 
-    TagIndex index_;
+    mutable TagIndex index_;  // where tags are found does not depend on what was asked before
 };
 
-/// The fields of one answer, read as answerValue does. The message must outlive this, unchanged.
+/// The fields of one answer, read as answerValue does, each tag once. The message must outlive this,
+/// unchanged.
 class AnswerFields
 {
 public:
@@ -83,7 +88,7 @@ public:
 private:
     std::optional<std::string_view> value(std::string_view tag) const;
 
-    TagIndex index_;
+    mutable TagIndex index_;  // where tags are found does not depend on what was asked before
 };
 
 #endif

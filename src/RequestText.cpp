@@ -1,36 +1,67 @@
 #include "RequestText.h"
 
+#include <charconv>
+
+namespace
+{
+
+/// memcpy for the short pieces that a request is made of: two copies of a fixed length, which may
+/// overlap, cost less than a call.
+char* put(char* to, const char* from, std::size_t length)
+{
+    if (length >= 16 && length <= 32)
+    {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + length - 16, from + length - 16, 16);
+    }
+    else if (length >= 8 && length < 16)
+    {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + length - 8, from + length - 8, 8);
+    }
+    else if (length >= 4 && length < 8)
+    {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + length - 4, from + length - 4, 4);
+    }
+    else if (length == 1)
+        *to = *from;
+    else
+        std::memcpy(to, from, length);
+    return to + length;
+}
+
+}  // namespace
+
 std::string RequestText::str() const
 {
-    const std::size_t payloadLength = payload_ != nullptr ? payload_->size() : 0;
-    std::string text;
-    text.reserve(flushed_.size() + used_ + payloadLength);
-    text.append(flushed_);
-    text.append(buffer_, used_);
-    if (payload_ != nullptr)
-        text.append(*payload_);
+    std::size_t longest = 0;
+    for (std::size_t i = 0; i < count_; ++i)
+        longest += 2 * fields_[i].tagLength + fields_[i].length + 5;
+    std::string text(longest, '\0');
+    char* to = &text[0];
+    for (std::size_t i = 0; i < count_; ++i)
+    {
+        const Field& field = fields_[i];
+        if (field.kind == Kind::payload)
+        {
+            to = put(to, field.value, field.length);
+            continue;
+        }
+        *to++ = '<';
+        to = put(to, field.tag, field.tagLength);
+        *to++ = '>';
+        if (field.kind == Kind::cut)
+            break;
+        if (field.kind == Kind::number)
+            to = std::to_chars(to, to + longestNumber, field.number).ptr;
+        else
+            to = put(to, field.value, field.length);
+        *to++ = '<';
+        *to++ = '/';
+        to = put(to, field.tag, field.tagLength);
+        *to++ = '>';
+    }
+    text.resize(static_cast<std::size_t>(to - &text[0]));
     return text;
-}
-
-RequestText& RequestText::cutOff(const char* tag)
-{
-    if (cut_)
-        return *this;
-    const std::size_t length = std::strlen(tag);
-    char* to = room(length + 2);
-    *to++ = '<';
-    std::memcpy(to, tag, length);
-    to[length] = '>';
-    cut_ = true;
-    return *this;
-}
-
-char* RequestText::roomBehindBuffer(std::size_t length)
-{
-    flushed_.append(buffer_, used_);
-    used_ = 0;
-    if (length <= sizeof buffer_)
-        return room(length);
-    flushed_.append(length, '\0');
-    return &flushed_[flushed_.size() - length];
 }

@@ -1,93 +1,91 @@
 #ifndef COMMUNICATIONS_SERVICE_REQUEST_TEXT_H
 #define COMMUNICATIONS_SERVICE_REQUEST_TEXT_H
 
-#include <charconv>
+#include <cassert>
 #include <cstddef>
 #include <cstring>
 #include <string>
 
-/// Writes one request: the method, then the fields in the order of the calls.
+/// Collects one request: the method, then the fields in the order of the calls.
 ///
-/// The pieces are put together in a buffer on the stack, so that the text itself is the only
-/// allocation of an ordinary request. The functions stand here so that the compiler sees the length
-/// of each literal. Numbers are written without the locale. Values are only read until str().
+/// Only the addresses of the values are kept: they must live, unchanged, until str() writes them
+/// all, once the length of the whole is known. So the text is the only allocation, and there is
+/// nothing to tidy up in the operations. The functions stand here so that the compiler sees the
+/// length of each literal.
 class RequestText
 {
 public:
-    explicit RequestText(const char* method) { field("Method", method, std::strlen(method)); }
+    explicit RequestText(const char* method)
+    {
+        add(Kind::text, "Method", method, std::strlen(method));
+    }
 
     RequestText(const RequestText&) = delete;
     RequestText& operator=(const RequestText&) = delete;
 
     RequestText& text(const char* tag, const std::string& value)
     {
-        return field(tag, value.data(), value.size());
+        return add(Kind::text, tag, value.data(), value.size());
     }
 
     /// A null value cuts the request off behind the opening tag, on purpose: nothing that follows
     /// is written.
     RequestText& text(const char* tag, const char* value)
     {
-        return value != nullptr ? field(tag, value, std::strlen(value)) : cutOff(tag);
+        return value != nullptr ? add(Kind::text, tag, value, std::strlen(value))
+                                : add(Kind::cut, tag, nullptr, 0);
     }
 
     RequestText& number(const char* tag, int value)
     {
-        char digits[16];
-        const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-        return field(tag, digits, static_cast<std::size_t>(end - digits));
+        return add(Kind::number, tag, nullptr, longestNumber, value);
     }
 
-    RequestText& flag(const char* tag, bool value) { return field(tag, value ? "1" : "0", 1); }
+    RequestText& flag(const char* tag, bool value)
+    {
+        return add(Kind::text, tag, value ? "1" : "0", 1);
+    }
 
     /// Raw bytes behind the last field, with no element around them.
     RequestText& payload(const std::string& value)
     {
-        payload_ = &value;
-        return *this;
+        return add(Kind::payload, "", value.data(), value.size());
     }
 
     std::string str() const;
 
 private:
-    RequestText& field(const char* tag, const char* value, std::size_t length)
+    enum class Kind
     {
-        if (cut_)
-            return *this;
-        const std::size_t tagLength = std::strlen(tag);
-        char* to = room(2 * tagLength + length + 5);
-        *to++ = '<';
-        std::memcpy(to, tag, tagLength);
-        to += tagLength;
-        *to++ = '>';
-        std::memcpy(to, value, length);
-        to += length;
-        *to++ = '<';
-        *to++ = '/';
-        std::memcpy(to, tag, tagLength);
-        to += tagLength;
-        *to = '>';
+        text,
+        number,
+        payload,
+        cut
+    };
+
+    struct Field
+    {
+        Kind kind;
+        int number;
+        const char* tag;
+        std::size_t tagLength;
+        const char* value;
+        std::size_t length;  ///< of the value; the most that it can be for a number
+    };
+
+    RequestText& add(Kind kind, const char* tag, const char* value, std::size_t length,
+                     int number = 0)
+    {
+        assert(count_ < room);
+        fields_[count_++] = {kind, number, tag, std::strlen(tag), value, length};
         return *this;
     }
 
-    RequestText& cutOff(const char* tag);
+    static constexpr std::size_t longestNumber = 11;  // -2147483648
+    static constexpr std::size_t room = 7;            // the method and six fields
 
-    char* room(std::size_t length)
-    {
-        if (length > sizeof buffer_ - used_)
-            return roomBehindBuffer(length);
-        char* to = buffer_ + used_;
-        used_ += length;
-        return to;
-    }
-
-    char* roomBehindBuffer(std::size_t length);
-
-    char buffer_[512];
-    std::size_t used_ = 0;
-    std::string flushed_;  ///< what stands before the buffer, once it was full
-    const std::string* payload_ = nullptr;
-    bool cut_ = false;
+    Field fields_[room];
+    std::size_t count_ = 0;
 };
 
 #endif

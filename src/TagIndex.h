@@ -3,16 +3,22 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 /// Answers "where does this tag occur first?" as a plain substring search from the front of the
-/// message would, after one pass over it instead of one for each tag.
+/// message would, without making that search for each tag. It rests on one fact: a tag holds "<"
+/// only as its first byte and ">" only as its last, so it can only occur where the message has "<".
 ///
-/// Why that is exact: a tag holds "<" only as its first byte, so it can only occur where the message
-/// has a "<". Noting all of these in order, with the bytes that follow, loses no occurrence, also
-/// none inside a value or of a tag that is never closed. The room for notes is fixed; from the first
-/// "<" that finds none on, the message is searched as it stands.
+/// Fields mostly arrive in the order in which they are read. As long as they do, the front of the
+/// message is a run of whole elements that have been read, each "<" in it begins one of their tags,
+/// and a tag of another name cannot occur there: what stands next is the first of its name. Its
+/// value ends at the next "<" if that begins the end tag, since no end tag can be nearer.
+///
+/// For the other fields one pass notes each "<" with the bytes behind it, in order, which loses no
+/// occurrence, also none inside a value or of a tag that is never closed. The room for notes is
+/// fixed; from the first "<" that finds none on, the message is searched as it stands.
 ///
 /// Tag names are literals of three or more letters, given without brackets. The message must outlive
 /// the index, unchanged.
@@ -21,20 +27,25 @@ class TagIndex
 public:
     static constexpr std::size_t npos = std::string::npos;
 
-    explicit TagIndex(const std::string& message);
+    explicit TagIndex(const std::string& message) : message_(message) {}
 
     TagIndex(const TagIndex&) = delete;
     TagIndex& operator=(const TagIndex&) = delete;
 
     const std::string& message() const { return message_; }
 
+    /// Value of the tag if its element stands right behind those that this function has found, and
+    /// nothing otherwise. It must not have been found before: ask for each tag once.
+    std::optional<std::string_view> next(std::string_view tag);
+
     /// Position behind the first "<tag>", or npos.
-    std::size_t behindOpening(std::string_view tag) const;
+    std::size_t behindOpening(std::string_view tag);
 
     /// Position of the first "</tag>" at or behind `from`, or npos.
-    std::size_t closing(std::string_view tag, std::size_t from) const;
+    std::size_t closing(std::string_view tag, std::size_t from);
 
 private:
+    void note();
     bool isTag(std::size_t name, std::string_view tag) const;
     std::size_t searchRest(std::string_view bracket, std::string_view tag, std::size_t from) const;
 
@@ -47,11 +58,13 @@ private:
     };
 
     const std::string& message_;
-    Note openings_[room];
-    Note closings_[room];
+    std::size_t read_ = 0;  ///< end of the elements found by next()
+    bool isNoted_ = false;
     std::size_t openingCount_ = 0;
     std::size_t closingCount_ = 0;
     std::size_t rest_ = npos;  ///< first "<" without a note
+    Note openings_[room];
+    Note closings_[room];
 };
 
 #endif

@@ -1,0 +1,469 @@
+// Gives the same random messages to the library and to the plain writing of it, and compares what
+// the application would see, in every bit. The messages are real ones with damage done to them.
+//
+// RandomComparison [messages [seed]]
+
+#include "CommunicationsServiceEventIfc.h"
+#include "CommunicationsServiceIfc.h"
+#include "bench/Plain.h"
+#include "bench/Subscriber.h"
+#include "framework/Proxy.h"
+#include "framework/ProxyRequest.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <random>
+
+class CommunicationsServiceProxy : public Proxy, public CommunicationsServiceIfc
+{
+};
+
+class CommunicationsServiceEventInvoker : public Invoker
+{
+};
+
+extern "C"
+{
+    CommunicationsServiceProxy* createCommunicationsServiceProxy();
+    CommunicationsServiceEventInvoker* createCommunicationsServiceEventInvoker();
+}
+
+namespace
+{
+
+/// Writes down what it is given.
+struct Recorder
+{
+    std::string record;
+
+    void add(const std::string& text) { record += '[' + text + ']'; }
+    void add(const char* text) { add(std::string(text)); }
+    void add(int number) { add(std::to_string(number)); }
+    void add(unsigned int number) { add(std::to_string(number)); }
+    void add(bool flag) { add(flag ? "true" : "false"); }
+
+    void add(const CallPartyInfo* party)
+    {
+        const char* const bytes = reinterpret_cast<const char*>(party);
+        for (const int field : {0, 81, 162, 223, 288, 353, 418, 483})
+            add(bytes + field);
+        add(static_cast<int>(party->reservedNumber));
+    }
+
+    template <typename Item>
+    void add(const std::vector<Item>& items)
+    {
+        for (const Item& item : items)
+            add(item);
+    }
+
+    template <typename... Arguments>
+    void operator()(const char* callback, const Arguments&... arguments)
+    {
+        record += callback;
+        (add(arguments), ...);
+    }
+};
+
+/// Answers each request with the same text.
+struct Channel : ProxyRequest
+{
+    void sendRequest(const std::string& request, std::string& response) override
+    {
+        last = request;
+        response = answer;
+    }
+    void sendRequestTimed(const std::string&, std::string&, int) override {}
+    void sendSubscribe(const std::string&, std::string&, const std::string&, int) override {}
+    void sendOneWay(const std::string&) override {}
+    void setProtocol(const std::string&) override {}
+
+    std::string answer;
+    std::string last;
+};
+
+const std::vector<std::vector<std::string>> events = {
+    {"CallStateChangeEvent",
+     "LineID",
+     "CallID",
+     "CallState",
+     "Reason",
+     "SendOptions",
+     "URI",
+     "Name",
+     "FullPAI",
+     "GPUCLG",
+     "GPUCLGName",
+     "GPUCLD",
+     "GPUCLDName",
+     "ResourcePriority",
+     "PreemptionCause",
+     "PreemptionText",
+     "CallBackFearureAvailable",
+     "ILCallLevel",
+     "ILLocalLevel"},
+    {"RegistrationStateChangeEvent", "LineID", "CallID", "Registered", "RegistrationResult"},
+    {"IncomingCallEvent",
+     "LineID",
+     "CallID",
+     "URI",
+     "Name",
+     "FullPAI",
+     "AlertInformation_AlertURI",
+     "AlertInformation_InfoParam",
+     "AlertInformation_AutoAnswer",
+     "CallType",
+     "DiversionURI",
+     "DiversionName",
+     "DiversionReason",
+     "AICSZIPAutoAnswer",
+     "ResourcePriority",
+     "ILCallLevel",
+     "ILLocalLevel",
+     "IsVideoCall"},
+    {"IncomingPickupCallEvent", "LineID", "CallID", "URI", "Name", "FullPAI"},
+    {"CallHeldEvent", "LineID", "CallID"},
+    {"CallRetrievedEvent",
+     "LineID",
+     "CallID",
+     "URI",
+     "Name",
+     "FullPAI",
+     "ILCallLevel",
+     "ILLocalLevel",
+     "ConnectedToMediaServer"},
+    {"FeatureSuccessEvent", "LineID", "CallID", "Feature"},
+    {"FeatureFailedEvent", "LineID", "CallID", "Feature", "FeatureFailure"},
+    {"RemoteEndpointDetailsChangedEvent",
+     "LineID",
+     "CallID",
+     "URI",
+     "Name",
+     "FullPAI",
+     "exitConf",
+     "jointCall"},
+    {"IncomingCallMissedEvent",
+     "LineID",
+     "CallID",
+     "URI",
+     "Name",
+     "FullPAI",
+     "Reason",
+     "DiversionURI",
+     "DiversionName",
+     "DiversionReason"},
+    {"CallForwardedEvent",
+     "LineID",
+     "CallID",
+     "CallingParty",
+     "CallingPartyName",
+     "CallingPartyFullPAI",
+     "NewDestination",
+     "Reason"},
+    {"IncomingAssociatedCallEvent", "LineID", "CurrentCallID", "NewCallID"},
+    {"DevicesChangedEvent"},
+    {"messageWaitingEvent",
+     "LineID",
+     "type",
+     "new_messages",
+     "old_messages",
+     "new_urgent_messages",
+     "old_urgent_messages",
+     "return_type",
+     "avail_info",
+     "messages_waiting",
+     "voiceMailNumber"},
+    {"DoNotDisturbEvent", "deviceId", "doNotDisturbOn"},
+    {"AgentStateEvent", "deviceId", "agentState"},
+    {"systemStatusEvent", "status", "statusInfo"},
+    {"serverFeatureStatusEvent", "lineURI", "status"},
+    {"b2buaCSTAResponse", "lineURI", "success"},
+    {"b2buaCSTAEventOrRequest", "lineURI"},
+    {"conferenceStatusEvent", "LineID", "CallID", "XMLContent"},
+    {"securityStatusChanged",
+     "lineURI",
+     "callId",
+     "securityStatus",
+     "CallIDsRecorded",
+     "CallLineURIsRecorded"},
+    {"preemptionStatusChanged", "lineURI", "callId", "priority", "cause", "reason"},
+    {"impactLevelChanged", "lineURI", "callId", "ILCallLevel", "ILLocalLevel"},
+    {"callRecordingStatusEvent", "LineID", "callId", "callRecorded"},
+    {"callCompletionEvent",
+     "LineID",
+     "URI",
+     "CallCompletionType",
+     "CallCompletionState",
+     "DisplayOutcomeCallUI"},
+    {"callCompletionFailedEvent", "LineID", "URI", "CallCompletionFailureType"},
+    {"bluetoothAudioStatusChanged",
+     "LineID",
+     "CallID",
+     "AudioEnabled",
+     "AudioGateway",
+     "InBandRinging"},
+};
+
+const std::vector<std::vector<std::string>> answers = {
+    {"sfiResult", "status", "uri", "cfnrRingCount"},
+    {"func_return_val",
+     "Type",
+     "newMsgs",
+     "oldMsgs",
+     "newUrgMsgs",
+     "oldUrgMsgs",
+     "return_type",
+     "available_info",
+     "messages_waiting",
+     "voiceMailNumber"},
+    {"1001", "1002", "1003", "sfiFailure"},
+};
+
+class Generator
+{
+public:
+    explicit Generator(unsigned int seed) : random(seed) {}
+
+    std::string event()
+    {
+        std::vector<std::string> tags = oneOf(events);
+        std::string method = tags.front();
+        tags.erase(tags.begin());
+        if (below(50) == 0)
+            method += piece(tags);
+        const std::string head = element("Method", method);
+        return damaged(below(20) == 0 ? body(tags) + head : head + body(tags), tags);
+    }
+
+    std::string answer()
+    {
+        const std::vector<std::string>& tags = oneOf(answers);
+        return damaged(body(tags), tags);
+    }
+
+private:
+    using Tags = std::vector<std::string>;
+
+    std::size_t below(std::size_t end)
+    {
+        return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
+    }
+
+    template <typename List>
+    const typename List::value_type& oneOf(const List& list)
+    {
+        return list[below(list.size())];
+    }
+
+    static std::string element(const std::string& tag, const std::string& value)
+    {
+        return "<" + tag + ">" + value + "</" + tag + ">";
+    }
+
+    std::string value()
+    {
+        static const Tags values = {"",
+                                    "0",
+                                    "1",
+                                    "-1",
+                                    "42",
+                                    "2147483647",
+                                    "2147483648",
+                                    "-2147483648",
+                                    "-2147483649",
+                                    "99999999999999999999",
+                                    " \t\n+7x",
+                                    "+-1",
+                                    "-",
+                                    "- 1",
+                                    "\v\f\r3",
+                                    "sfiSuccess",
+                                    "sfiFailureCallBackToMany",
+                                    "sip:1001@example.com",
+                                    "1,2,3,",
+                                    "a, b,",
+                                    "Zo\xc3\xab",
+                                    "a<b",
+                                    "a>b",
+                                    "</",
+                                    "<>",
+                                    "a text that is longer than the room of a small string"};
+        if (below(100) == 0)
+            return std::string(below(300), 'v');
+        return oneOf(values);
+    }
+
+    /// Something that could be mistaken for a tag.
+    std::string piece(const Tags& tags)
+    {
+        const std::string tag = tags.empty() || below(8) == 0 ? "Method" : oneOf(tags);
+        switch (below(9))
+        {
+        case 0:
+            return "<" + tag + ">";
+        case 1:
+            return "</" + tag + ">";
+        case 2:
+            return "<" + tag;
+        case 3:
+            return tag + ">";
+        case 4:
+            return "/" + tag + ">";
+        case 5:
+            return "<<" + tag + ">";
+        case 6:
+            return "<" + tag.substr(0, 4) + ">";
+        case 7:
+            return element(tag, value());
+        default:
+            return std::string(1, "<>/ -+09"[below(8)]);
+        }
+    }
+
+    std::string body(const Tags& tags)
+    {
+        Tags order = tags;
+        if (below(3) == 0)
+            std::shuffle(order.begin(), order.end(), random);
+        const std::size_t dropped = below(3) == 0 ? 4 : 1000;  // one in so many
+        std::string text;
+        for (const std::string& tag : order)
+            if (below(dropped) != 0)
+                text += element(tag, below(40) == 0 ? piece(tags) : value());
+        return text;
+    }
+
+    std::string damaged(std::string text, const Tags& tags)
+    {
+        for (std::size_t times = below(4); times > 0; --times)
+        {
+            const std::size_t at = below(text.size() + 1);
+            const std::size_t length = below(30);
+            switch (below(7))
+            {
+            case 0:
+                text.insert(at, piece(tags));
+                break;
+            case 1:
+                text.erase(at, length);
+                break;
+            case 2:
+                text.replace(at, at < text.size() ? 1 : 0, piece(tags));
+                break;
+            case 3:
+                text.insert(below(text.size() + 1), text.substr(at, 3 * length));
+                break;
+            case 4:
+                text.resize(below(10) == 0 ? at : text.size());
+                break;
+            case 5:
+                text += piece(tags);
+                break;
+            default:
+                // Now and then more of it than there is room for in the library's notes.
+                if (below(4) == 0)
+                    for (std::size_t copies = below(100); copies > 0; --copies)
+                        text.insert(std::min(at, text.size()), piece(tags));
+            }
+        }
+        return text;
+    }
+
+    std::mt19937 random;
+};
+
+std::string heard(Invoker& invoker, const std::string& message)
+{
+    Subscriber<Recorder> subscriber;
+    invoker.handleMessage(&subscriber, message.c_str(), 0, nullptr);
+    return subscriber.heard.record;
+}
+
+template <typename Operations>
+std::string asked(Operations& operations, const Channel& channel)
+{
+    Recorder record;
+    bool status = false;
+    std::string text = "before";
+    int numbers[4] = {};
+    unsigned int counts[4] = {};
+    std::vector<std::string> devices = {"before"};
+    record("getForwardingConfiguration",
+           operations.getForwardingConfiguration(sfiForwardingType(7), status, text, numbers[0]),
+           status,
+           text,
+           numbers[0],
+           channel.last);
+    record("getMessageWaitingIndicator",
+           operations.getMessageWaitingIndicator(numbers[0],
+                                                 counts[0],
+                                                 counts[1],
+                                                 counts[2],
+                                                 counts[3],
+                                                 numbers[1],
+                                                 numbers[2],
+                                                 numbers[3],
+                                                 text),
+           numbers[0],
+           numbers[1],
+           numbers[2],
+           numbers[3],
+           counts[0],
+           counts[1],
+           counts[2],
+           counts[3],
+           text,
+           channel.last);
+    record("getDevices", operations.getDevices(devices), devices, channel.last);
+    return record.record;
+}
+
+bool agree(const std::string& message, const std::string& library, const std::string& plain)
+{
+    if (library != plain)
+        std::printf("the library and the plain writing differ on\n%s\nlibrary: %s\nplain:   %s\n",
+                    message.c_str(),
+                    library.c_str(),
+                    plain.c_str());
+    return library == plain;
+}
+
+}  // namespace
+
+int main(int count, char** words)
+{
+    const long messages = count > 1 ? std::atol(words[1]) : 100000;
+    const unsigned int seed = count > 2 ? static_cast<unsigned int>(std::atol(words[2])) : 1;
+
+    const std::unique_ptr<CommunicationsServiceProxy> proxy(createCommunicationsServiceProxy());
+    const std::unique_ptr<CommunicationsServiceEventInvoker> invoker(
+        createCommunicationsServiceEventInvoker());
+    Channel channel;
+    proxy->initProxy(channel);
+    PlainInvoker plainInvoker;
+    PlainProxy plainProxy(channel);
+
+    Generator generator(seed);
+    long callbacks = 0;
+    for (long i = 0; i < messages; ++i)
+    {
+        const std::string event = generator.event();
+        const std::string library = heard(*invoker, event);
+        callbacks += library.empty() ? 0 : 1;
+        channel.answer = generator.answer();
+        if (!agree(event, library, heard(plainInvoker, event)) ||
+            !agree(channel.answer, asked(*proxy, channel), asked(plainProxy, channel)))
+        {
+            std::printf("message %ld of seed %u\n", i, seed);
+            return EXIT_FAILURE;
+        }
+    }
+    std::printf("%ld events, %ld of them with a callback, and %ld answers: no difference\n",
+                messages,
+                callbacks,
+                messages);
+    // A generator that spoils everything would prove nothing.
+    return callbacks > messages / 2 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
