@@ -110,3 +110,7 @@ install(
   FILES_MATCHING
   PATTERN "*.md"
   PATTERN "*.svg")
+
+if(COMMUNICATIONS_SERVICE_PACKAGES)
+  include(${CMAKE_CURRENT_LIST_DIR}/Packages.cmake)
+endif()
