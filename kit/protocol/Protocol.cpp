@@ -83,34 +83,6 @@ bool takeElement(const std::string& text, std::size_t& at, Message::Element& tak
     return true;
 }
 
-const std::string* valueFor(const Field& field, const Values& values)
-{
-    for (const auto& [name, value] : values)
-        if (name == field.argument || (*field.tag != '\0' && name == field.tag))
-            return &value;
-    return nullptr;
-}
-
-void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values)
-{
-    for (const auto& entry : values)
-    {
-        const std::string& name = entry.first;
-        const bool known = std::any_of(fields.begin(),
-                                       fields.end(),
-                                       [&](const Field& field)
-                                       { return name == field.argument || name == field.tag; });
-        if (known)
-            continue;
-        std::vector<std::string> names;
-        for (const Field& field : fields)
-            names.push_back(field.argument);
-        const std::string near = nearest(name, names);
-        throw std::invalid_argument("unknown field " + name + " in " + message +
-                                    (near.empty() ? "" : ", did you mean " + near + "?"));
-    }
-}
-
 std::string build(const std::string& method, const std::vector<Field>& fields, const Values& values,
                   Others others)
 {
@@ -180,6 +152,34 @@ std::string numbersText(const Field& field, const std::string& value)
 }
 
 }  // namespace
+
+const std::string* valueFor(const Field& field, const Values& values)
+{
+    for (const auto& [name, value] : values)
+        if (name == field.argument || (*field.tag != '\0' && name == field.tag))
+            return &value;
+    return nullptr;
+}
+
+void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values)
+{
+    for (const auto& entry : values)
+    {
+        const std::string& name = entry.first;
+        const bool known = std::any_of(fields.begin(),
+                                       fields.end(),
+                                       [&](const Field& field)
+                                       { return name == field.argument || name == field.tag; });
+        if (known)
+            continue;
+        std::vector<std::string> names;
+        for (const Field& field : fields)
+            names.push_back(field.argument);
+        const std::string near = nearest(name, names);
+        throw std::invalid_argument("unknown field " + name + " in " + message +
+                                    (near.empty() ? "" : ", did you mean " + near + "?"));
+    }
+}
 
 const Operation* findOperation(const std::string& name)
 {

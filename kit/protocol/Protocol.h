@@ -142,6 +142,13 @@ std::string eventText(const Event& event, const Values& values, Others others = 
 std::string requestText(const Operation& operation, const Values& values,
                         Others others = Others::plain);
 
+/// Throws std::invalid_argument for a name that is none of the fields', with the one that was
+/// probably meant; `message` is what the text calls the message.
+void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values);
+
+/// The value given for a field by its argument's name or its tag; null when there is none.
+const std::string* valueFor(const Field& field, const Values& values);
+
 /// One value, from what people write to what travels. Throws std::invalid_argument.
 std::string toWire(const Field& field, const std::string& value);
 
