@@ -1,0 +1,278 @@
+#include "kit/testing/FaultConnection.h"
+
+#include "kit/framework/Exception.h"
+#include "kit/protocol/Protocol.h"
+#include "kit/testing/Names.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace kit
+{
+
+namespace
+{
+
+const char* const garbage = "\x01<<<\xff garbage </Method><";
+
+using Exchange = std::function<Delivery(std::string& answer)>;
+
+}  // namespace
+
+class FaultConnection::Faults
+{
+public:
+    struct Entry
+    {
+        Fault fault;
+        std::string method;
+        int times;
+        std::chrono::milliseconds delay;
+    };
+
+    void add(const Entry& entry)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        entries_.push_back(entry);
+    }
+
+    void clear()
+    {
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            entries_.clear();
+            ++cleared_;
+        }
+        changed_.notify_all();
+    }
+
+    int happened() const
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return happened_;
+    }
+
+    /// The fault for a message, if any; counts it as happened.
+    std::optional<Entry> take(const std::string& method, bool isEvent)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto found =
+            std::find_if(entries_.begin(),
+                         entries_.end(),
+                         [&](const Entry& entry) {
+                             return entry.times != 0 &&
+                                    (entry.method == method || (!isEvent && entry.method.empty()));
+                         });
+        if (found == entries_.end())
+            return std::nullopt;
+        if (found->times > 0)
+            --found->times;
+        ++happened_;
+        return *found;
+    }
+
+    /// False when the faults were cleared meanwhile.
+    bool wait(std::chrono::milliseconds time)
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        const int before = cleared_;
+        return !changed_.wait_for(lock, time, [&] { return cleared_ != before; });
+    }
+
+    Delivery exchange(const std::string& request, std::string& answer,
+                      std::chrono::milliseconds timeout, const Exchange& send)
+    {
+        const std::optional<Entry> entry = take(parse(request).method, false);
+        if (!entry)
+            return send(answer);
+        if (entry->fault == Fault::exception)
+            throw ChannelException("the channel failed on command");
+        if (entry->fault == Fault::gone)
+            return Delivery::gone;
+        if (entry->fault == Fault::failure)
+        {
+            answer = "sfiFailure";
+            return Delivery::done;
+        }
+        std::string real;
+        if (entry->fault == Fault::duplicate)
+            send(real);
+        const Delivery delivery = send(real);
+        if (delivery != Delivery::done)
+            return delivery;
+        return spoil(*entry, real, answer, timeout);
+    }
+
+    /// What becomes of an event: nothing, itself once or twice, or something else.
+    std::vector<std::string> events(const std::string& event)
+    {
+        const std::optional<Entry> entry = take(parse(event).method, true);
+        if (!entry)
+            return {event};
+        switch (entry->fault)
+        {
+        case Fault::noAnswer:
+        case Fault::gone:
+            return {};
+        case Fault::empty:
+            return {""};
+        case Fault::garbage:
+            return {garbage};
+        case Fault::truncated:
+            return {event.substr(0, event.size() / 2)};
+        case Fault::duplicate:
+            return {event, event};
+        case Fault::delay:
+        case Fault::failure:
+        case Fault::exception:
+            break;
+        }
+        return {event};
+    }
+
+private:
+    Delivery spoil(const Entry& entry, const std::string& real, std::string& answer,
+                   std::chrono::milliseconds timeout)
+    {
+        switch (entry.fault)
+        {
+        case Fault::noAnswer:
+            wait(timeout);
+            return Delivery::timedOut;
+        case Fault::delay:
+            if (!wait(std::min(entry.delay, timeout)) || entry.delay >= timeout)
+                return Delivery::timedOut;
+            answer = real;
+            break;
+        case Fault::empty:
+            answer.clear();
+            break;
+        case Fault::garbage:
+            answer = garbage;
+            break;
+        case Fault::truncated:
+            answer = real.substr(0, real.size() / 2);
+            break;
+        default:
+            answer = real;
+            break;
+        }
+        return Delivery::done;
+    }
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<Entry> entries_;
+    int happened_ = 0;
+    int cleared_ = 0;
+};
+
+const std::vector<std::string>& faultNames()
+{
+    static const std::vector<std::string> names = {"delay",
+                                                   "noAnswer",
+                                                   "failure",
+                                                   "empty",
+                                                   "garbage",
+                                                   "truncated",
+                                                   "duplicate",
+                                                   "exception",
+                                                   "gone"};
+    return names;
+}
+
+bool faultOf(const std::string& name, Fault& fault)
+{
+    const auto found = std::find(faultNames().begin(), faultNames().end(), name);
+    if (found == faultNames().end())
+        return false;
+    fault = static_cast<Fault>(found - faultNames().begin());
+    return true;
+}
+
+FaultConnection::FaultConnection(std::unique_ptr<Connection> connection)
+    : faults_(std::make_shared<Faults>()), connection_(std::move(connection))
+{
+}
+
+FaultConnection::~FaultConnection() = default;
+
+void FaultConnection::inject(Fault fault, const std::string& method, int times,
+                             std::chrono::milliseconds delay)
+{
+    if (!method.empty() && findEvent(method) == nullptr)
+        checkRequest(method);
+    faults_->add({fault, method, times, delay});
+}
+
+void FaultConnection::clear()
+{
+    faults_->clear();
+}
+
+int FaultConnection::happened() const
+{
+    return faults_->happened();
+}
+
+void FaultConnection::setEventSink(EventSink sink)
+{
+    connection_->setEventSink(
+        [faults = faults_, sink = std::move(sink)](const std::string& channelName,
+                                                   const std::string& event)
+        {
+            for (const std::string& text : faults->events(event))
+                sink(channelName, text);
+        });
+}
+
+Delivery FaultConnection::request(const std::string& request, std::string& answer,
+                                  std::chrono::milliseconds timeout)
+{
+    return faults_->exchange(request,
+                             answer,
+                             timeout,
+                             [&](std::string& real)
+                             { return connection_->request(request, real, timeout); });
+}
+
+Delivery FaultConnection::subscribe(const std::string& request, std::string& answer,
+                                    const std::string& channelName,
+                                    std::chrono::milliseconds timeout)
+{
+    return faults_->exchange(request,
+                             answer,
+                             timeout,
+                             [&](std::string& real) {
+                                 return connection_->subscribe(request, real, channelName, timeout);
+                             });
+}
+
+Delivery FaultConnection::post(const std::string& message)
+{
+    const std::optional<Faults::Entry> entry = faults_->take(parse(message).method, false);
+    if (entry && entry->fault == Fault::exception)
+        throw ChannelException("the channel failed on command");
+    if (entry && entry->fault == Fault::gone)
+        return Delivery::gone;
+    if (entry && entry->fault == Fault::duplicate)
+        connection_->post(message);
+    return connection_->post(message);
+}
+
+Delivery FaultConnection::control(const std::string& command, std::string& answer,
+                                  std::chrono::milliseconds timeout)
+{
+    return connection_->control(command, answer, timeout);
+}
+
+std::string FaultConnection::description() const
+{
+    return connection_->description();
+}
+
+}  // namespace kit

@@ -1,0 +1,81 @@
+#ifndef KIT_TESTING_FAULT_CONNECTION_H
+#define KIT_TESTING_FAULT_CONNECTION_H
+
+#include "kit/framework/Connection.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kit
+{
+
+/// What goes wrong. Requests reach the service as they should unless said otherwise.
+enum class Fault
+{
+    delay,      ///< the answer comes late; too late if the time-out is over before
+    noAnswer,   ///< the answer never comes: the caller waits for its whole time-out
+    failure,    ///< the request is not sent on; the answer is "sfiFailure"
+    empty,      ///< the answer, or the event, is ""
+    garbage,    ///< the answer, or the event, is no message at all
+    truncated,  ///< only the first half of the answer, or of the event, comes
+    duplicate,  ///< the service gets the request twice; an event comes twice
+    exception,  ///< not sent on; the channel throws a MarloException
+    gone        ///< not sent on; the service is gone. An event is lost
+};
+
+/// "delay", "noAnswer" and so on, in the order above.
+const std::vector<std::string>& faultNames();
+
+/// False for a name that is none.
+bool faultOf(const std::string& name, Fault& fault);
+
+/// A connection that fails on command and otherwise passes everything on:
+///
+///     faults.inject(kit::Fault::failure, "AnswerCall", 2);  // twice, then it succeeds
+///
+/// Faults may be set at any time and from any thread. They apply in the order in which they were
+/// set, one to a message; a one-way message knows `duplicate`, `exception` and `gone` only.
+class FaultConnection : public Connection
+{
+public:
+    explicit FaultConnection(std::unique_ptr<Connection> connection);
+    ~FaultConnection() override;
+
+    FaultConnection(const FaultConnection&) = delete;
+    FaultConnection& operator=(const FaultConnection&) = delete;
+
+    /// For the next `times` messages with this method, a request's or an event's; "" is any request
+    /// and no event. A negative `times` is for ever. Throws std::invalid_argument for a method that
+    /// is none.
+    void inject(Fault fault, const std::string& method, int times = -1,
+                std::chrono::milliseconds delay = std::chrono::milliseconds(0));
+
+    /// From now on nothing goes wrong; who still waits for an answer is told at once that it timed
+    /// out.
+    void clear();
+
+    /// How many faults have happened.
+    int happened() const;
+
+    void setEventSink(EventSink sink) override;
+    Delivery request(const std::string& request, std::string& answer,
+                     std::chrono::milliseconds timeout) override;
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, std::chrono::milliseconds timeout) override;
+    Delivery post(const std::string& message) override;
+    Delivery control(const std::string& command, std::string& answer,
+                     std::chrono::milliseconds timeout) override;
+    std::string description() const override;
+
+private:
+    class Faults;
+    // The events' side may outlive this object for as long as the connection does.
+    std::shared_ptr<Faults> faults_;
+    std::unique_ptr<Connection> connection_;
+};
+
+}  // namespace kit
+
+#endif
