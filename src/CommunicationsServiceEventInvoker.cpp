@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -98,6 +99,11 @@ void cutBehind(std::string& text, const char* tail)
     text.erase(0, length);
 }
 
+struct Free
+{
+    void operator()(void* memory) const { std::free(memory); }
+};
+
 /// Copies a text as a C string: up to its first NUL, and terminated.
 void copyText(std::string_view text, char* to)
 {
@@ -134,6 +140,18 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
 void CommunicationsServiceEventInvoker::callStateChangeEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
+    // The record's texts are copied without bounds, on purpose: a long one runs on into the fields
+    // behind it. Room for the longest that the message can hold keeps that inside this allocation,
+    // which is not tested for null.
+    std::unique_ptr<char, Free> memory(
+        static_cast<char*>(std::malloc(sizeof(CallPartyInfo) + text.size())));
+    char* const record = memory.get();
+    record[offsetof(CallPartyInfo, reservedText1)] = '\0';
+    record[offsetof(CallPartyInfo, reservedText2)] = '\0';
+    record[offsetof(CallPartyInfo, reservedText3)] = '\0';
+    record[offsetof(CallPartyInfo, reservedText4)] = '\0';
+    std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, sizeof(std::int32_t));
+
     const EventFields event(text);
     const std::string lineId = event.text("LineID");
     const int callId = event.number("CallID");
@@ -154,22 +172,12 @@ void CommunicationsServiceEventInvoker::callStateChangeEvent(
     const int ilCallLevel = event.number("ILCallLevel");
     const int ilLocalLevel = event.number("ILLocalLevel");
 
-    // The four texts are copied without bounds, on purpose: a long one runs on into the fields behind
-    // it. Room for all of them keeps that inside this allocation, which is not tested for null and,
-    // when the callback throws, not freed, on purpose.
-    void* const memory = std::malloc(sizeof(CallPartyInfo) + callingNumber.size() +
-                                     callingName.size() + calledNumber.size() + calledName.size());
-    char* const record = static_cast<char*>(memory);
-    record[offsetof(CallPartyInfo, reservedText1)] = '\0';
-    record[offsetof(CallPartyInfo, reservedText2)] = '\0';
-    record[offsetof(CallPartyInfo, reservedText3)] = '\0';
-    record[offsetof(CallPartyInfo, reservedText4)] = '\0';
-    std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, sizeof(std::int32_t));
     copyText(callingNumber, record + offsetof(CallPartyInfo, callingNumber));
     copyText(callingName, record + offsetof(CallPartyInfo, callingName));
     copyText(calledNumber, record + offsetof(CallPartyInfo, calledNumber));
     copyText(calledName, record + offsetof(CallPartyInfo, calledName));
 
+    memory.release();  // when the callback throws, the record is not freed, on purpose
     subscriber->onCallStateChangeEvent(lineId,
                                        callId,
                                        callState,

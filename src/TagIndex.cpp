@@ -6,10 +6,9 @@
 namespace
 {
 
-template <typename Number>
-Number load(const char* bytes)
+std::uint32_t load(const char* bytes)
 {
-    Number value;
+    std::uint32_t value;
     std::memcpy(&value, bytes, sizeof value);
     return value;
 }
@@ -18,7 +17,7 @@ Number load(const char* bytes)
 std::uint32_t head(std::string_view tag)
 {
     const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
-    return load<std::uint32_t>(bytes);
+    return load(bytes);
 }
 
 }  // namespace
@@ -87,7 +86,7 @@ void TagIndex::note()
             return;
         }
         Note* const notes = isClosing ? closings_ : openings_;
-        notes[count++] = {static_cast<std::size_t>(name - begin), load<std::uint32_t>(name)};
+        notes[count++] = {static_cast<std::size_t>(name - begin), load(name)};
         at = name;
     }
 }
