@@ -1,0 +1,560 @@
+// The protocol is written twice: in the library, and in the kit's table. Here each is held against
+// the other, for every operation and every event.
+#include "kit/framework/Caller.h"
+#include "kit/protocol/Lists.h"
+#include "kit/protocol/Protocol.h"
+#include "kit/testing/EventInjector.h"
+#include "kit/testing/EventRecorder.h"
+#include "kit/testing/RecordingChannel.h"
+
+#include <gmock/gmock.h>
+#include <set>
+#include <stdexcept>
+
+namespace
+{
+
+using kit::Answer;
+using kit::Field;
+using kit::Kind;
+using kit::Operation;
+using kit::Outcome;
+using kit::Sending;
+using kit::Values;
+using testing::ElementsAre;
+
+/// A value that no other field of the message has; flags are as told.
+std::string sample(const Field& field, std::size_t index, bool flag)
+{
+    if (kit::isFlag(field.kind))
+        return flag ? "true" : "false";
+    if (kit::isNumber(field.kind))
+        return std::to_string(1000 + index);
+    if (field.kind == Kind::state)
+        return "sfiServiceDoNotDisturb";
+    if (field.kind == Kind::ints)
+        return std::to_string(2000 + index) + "," + std::to_string(3000 + index);
+    if (field.kind == Kind::texts)
+        return "sip:a" + std::to_string(index) + ",sip:b" + std::to_string(index);
+    return "text " + std::to_string(index) + " & <more>";
+}
+
+Values samples(const std::vector<Field>& fields, bool flags)
+{
+    Values values;
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        if (fields[i].kind != Kind::subscriber)
+            values.emplace_back(fields[i].argument, sample(fields[i], i, flags));
+    return values;
+}
+
+/// All flags off, all on, and each one alone on and alone off.
+std::vector<Values> flagsOneByOne(const std::vector<Field>& fields)
+{
+    std::vector<Values> all;
+    for (const bool flags : {false, true})
+    {
+        all.push_back(samples(fields, flags));
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            if (kit::isFlag(fields[i].kind))
+            {
+                all.push_back(samples(fields, flags));
+                all.back()[i].second = flags ? "false" : "true";
+            }
+    }
+    return all;
+}
+
+/// Numbers at their limits, texts empty or with tags inside.
+std::vector<Values> extremes(const std::vector<Field>& fields)
+{
+    std::vector<Values> all;
+    for (const std::string number : {"-2147483648", "2147483647", "0", "-1"})
+        for (const std::string text : {"", "</Line><CallID>", "\xff\x01 \n"})
+        {
+            Values values = samples(fields, false);
+            for (std::size_t i = 0; i < values.size(); ++i)
+            {
+                if (fields[i].kind == Kind::text || fields[i].kind == Kind::cString ||
+                    fields[i].kind == Kind::raw || fields[i].kind == Kind::payload)
+                    values[i].second = text;
+                else if (kit::isNumber(fields[i].kind) && fields[i].kind != Kind::count)
+                    values[i].second = number;
+            }
+            all.push_back(values);
+        }
+    return all;
+}
+
+class Wire : public testing::Test
+{
+protected:
+    Outcome call(const Operation& operation, const Values& values,
+                 const std::vector<std::string>& nulls = {})
+    {
+        channel_.forget();
+        return kit::call(channel_.service(), operation, values, &subscriber_, nulls);
+    }
+
+    kit::RecordingChannel channel_;
+    kit::EventRecorder subscriber_;
+};
+
+TEST_F(Wire, EachOperationSendsWhatTheTableSays)
+{
+    std::size_t sent = 0;
+    for (const Operation& operation : kit::operations())
+    {
+        SCOPED_TRACE(operation.name);
+        std::vector<Values> cases = flagsOneByOne(operation.arguments);
+        for (const Values& values : extremes(operation.arguments))
+            cases.push_back(values);
+        for (const Values& values : cases)
+        {
+            call(operation, values);
+            if (operation.sending == Sending::nothing)
+            {
+                EXPECT_TRUE(channel_.requests().empty());
+                continue;
+            }
+            ASSERT_EQ(channel_.requests().size(), 1u);
+            const kit::RecordingChannel::Record record = channel_.requests().front();
+            EXPECT_EQ(record.text, kit::requestText(operation, values));
+            EXPECT_EQ(record.sending, operation.sending);
+        }
+        sent += operation.sending != Sending::nothing ? 1 : 0;
+    }
+    EXPECT_EQ(kit::operations().size(), 48u);
+    EXPECT_EQ(sent, 46u);
+}
+
+TEST_F(Wire, ANullCStringCutsTheRequestBehindItsTag)
+{
+    int cut = 0;
+    for (const Operation& operation : kit::operations())
+        for (const Field& field : operation.arguments)
+        {
+            if (field.kind != Kind::cString || operation.sending == Sending::nothing)
+                continue;
+            SCOPED_TRACE(std::string(operation.name) + " " + field.argument);
+            const Values values = samples(operation.arguments, true);
+            const std::string whole = kit::requestText(operation, values);
+            const std::string tag = std::string("<") + field.tag + ">";
+            call(operation, values, {field.argument});
+            // Behind the method's own element: one operation has a field of the same name.
+            const std::size_t from = std::string("<Method></Method>").size();
+            ASSERT_EQ(channel_.requests().size(), 1u);
+            EXPECT_EQ(channel_.requests().front().text,
+                      whole.substr(0, whole.find(tag, from) + tag.size()));
+            ++cut;
+        }
+    EXPECT_EQ(cut, 7);
+}
+
+TEST_F(Wire, EachStateTravelsByName)
+{
+    for (const kit::NumberName& state : kit::namesOf(kit::Meaning::serviceState))
+    {
+        call(*kit::findOperation("setServiceState"), {{"state", state.name}});
+        EXPECT_EQ(channel_.requests().front().field("state"), state.name);
+    }
+}
+
+TEST_F(Wire, TimeOutsAndResponsesAsHandedToTheChannel)
+{
+    for (const Operation& operation : kit::operations())
+    {
+        SCOPED_TRACE(operation.name);
+        call(operation, {});
+        if (operation.sending == Sending::nothing)
+            continue;
+        const kit::RecordingChannel::Record record = channel_.requests().front();
+        const bool hasTimeout =
+            operation.sending == Sending::timed || operation.sending == Sending::subscribe;
+        EXPECT_EQ(record.timeout, hasTimeout ? 100000 : 0);
+        EXPECT_EQ(record.channel, operation.sending == Sending::subscribe ? "recorded" : "");
+        const bool presetToFalse =
+            record.method == "GetServiceState" || record.method == "GetDoNotDisturb";
+        EXPECT_EQ(record.before, presetToFalse ? "false" : "");
+    }
+}
+
+/// Answers, and what each kind of answer makes of them: the returned number and the one output.
+struct AnswerCase
+{
+    const char* answer;
+    int number;
+    const char* output;
+};
+
+void check(const Outcome& outcome, const AnswerCase& expected, bool hasOutput)
+{
+    SCOPED_TRACE(expected.answer);
+    EXPECT_EQ(outcome.number, expected.number);
+    if (hasOutput)
+    {
+        EXPECT_THAT(outcome.outputs, ElementsAre(expected.output));
+    }
+}
+
+TEST_F(Wire, EachAnswerIsReadAsTheTableSays)
+{
+    const std::vector<AnswerCase> results = {
+        {"sfiSuccess", 5, ""},
+        {"sfiFailure", 0, ""},
+        {"sfiFailureCallBackInvalidState", 1, ""},
+        {"sfiFailureCallBackNoCallInfo", 2, ""},
+        {"sfiFailureCallBackToMany", 3, ""},
+        {"sfiFailureCallBackAllreadyExists", 4, ""},
+        {"sfiSuccess ", 0, ""},
+        {"", 0, ""},
+        {"<sfiResult>sfiSuccess</sfiResult>", 0, ""},
+    };
+    const std::vector<AnswerCase> words = {
+        {"true", 5, "1"},
+        {"is true.", 5, "1"},
+        {"false", 5, "0"},
+        {"", 5, "0"},
+        {"sfiFailure: true", 0, "1"},  // left as it was, which is true
+    };
+    const std::vector<AnswerCase> states = {
+        {"sfiServiceInService", 5, "sfiServiceInService"},
+        {"<sfiServiceOutOfService>", 5, "sfiServiceOutOfService"},
+        {"falsesfiServiceDoNotDisturb", 5, "sfiServiceDoNotDisturb"},
+        {"sfiServiceDoNotDisturb sfiServiceInService", 5, "sfiServiceInService"},
+        {"sfiFailure sfiServiceInService", 0, ""},
+        {"", 0, ""},
+    };
+    const std::vector<AnswerCase> wholes = {{"true", 1, ""},
+                                            {"true ", 0, ""},
+                                            {"false", 0, ""},
+                                            {"", 0, ""},
+                                            {"sfiSuccess", 0, ""}};
+    const std::vector<AnswerCase> items = {{"<1001><1002>", 5, "1001,1002,"},
+                                           {"", 5, ""},
+                                           {"sfiFailure", 0, ""},
+                                           {"<>", 5, ","}};
+
+    for (const Operation& operation : kit::operations())
+    {
+        SCOPED_TRACE(operation.name);
+        const std::vector<AnswerCase>* cases = nullptr;
+        switch (operation.answer)
+        {
+        case Answer::result:
+            cases = &results;
+            break;
+        case Answer::contains:
+            cases = &words;
+            break;
+        case Answer::stateName:
+            cases = &states;
+            break;
+        case Answer::whole:
+            cases = &wholes;
+            break;
+        case Answer::items:
+            cases = &items;
+            break;
+        case Answer::fields:
+            continue;  // below
+        case Answer::none:
+            EXPECT_NE(call(operation, {}).returned, Outcome::Returned::result);
+            continue;
+        }
+        for (const AnswerCase& expected : *cases)
+        {
+            channel_.answer(operation.method, expected.answer);
+            check(call(operation, {}), expected, !operation.outputs.empty());
+        }
+    }
+}
+
+TEST_F(Wire, FieldsOfAnAnswerReachTheirOutputs)
+{
+    int answered = 0;
+    for (const Operation& operation : kit::operations())
+    {
+        if (operation.answer != Answer::fields)
+            continue;
+        SCOPED_TRACE(operation.name);
+        for (const Values& values : flagsOneByOne(operation.outputs))
+        {
+            std::string answer;
+            std::vector<std::string> expected;
+            for (std::size_t i = 0; i < values.size(); ++i)
+            {
+                expected.push_back(kit::toWire(operation.outputs[i], values[i].second));
+                answer += kit::element(operation.outputs[i].tag, expected.back());
+            }
+            for (const auto& [word, number] : {std::pair("sfiSuccess", 5), std::pair("", 0)})
+            {
+                channel_.answer(operation.method, answer + kit::element(operation.resultTag, word));
+                const Outcome outcome = call(operation, {});
+                EXPECT_EQ(outcome.number, number);
+                EXPECT_EQ(outcome.outputs, expected);
+            }
+            ++answered;
+        }
+    }
+    EXPECT_EQ(answered, 2 + 4);
+}
+
+class Events : public testing::Test
+{
+protected:
+    /// The one event that came; fails when it is none or several.
+    kit::ReceivedEvent only()
+    {
+        const std::vector<kit::ReceivedEvent> all = recorder_.events();
+        recorder_.forget();
+        EXPECT_EQ(all.size(), 1u);
+        return all.empty() ? kit::ReceivedEvent{&kit::events().front(), {}} : all.front();
+    }
+
+    kit::EventRecorder recorder_;
+    kit::EventInjector injector_{recorder_};
+};
+
+std::vector<std::string> onTheWire(const kit::Event& event, const Values& values)
+{
+    std::vector<std::string> wire;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        wire.push_back(kit::toWire(event.arguments[i], values[i].second));
+    return wire;
+}
+
+TEST_F(Events, EachReachesItsCallbackWithTheValuesOfTheTable)
+{
+    for (const kit::Event& event : kit::events())
+    {
+        SCOPED_TRACE(event.method);
+        std::vector<Values> cases = flagsOneByOne(event.arguments);
+        if (!event.arguments.empty())
+            for (const char* number : {"-2147483648", "2147483647"})
+            {
+                cases.push_back(samples(event.arguments, false));
+                for (std::size_t i = 0; i < event.arguments.size(); ++i)
+                    if (event.arguments[i].kind == Kind::number)
+                        cases.back()[i].second = number;
+            }
+        for (const Values& values : cases)
+        {
+            injector_.inject(event.method, values);
+            const kit::ReceivedEvent received = only();
+            EXPECT_EQ(received.method(), event.method);
+            EXPECT_EQ(received.values, onTheWire(event, values));
+        }
+    }
+    EXPECT_EQ(kit::events().size(), 28u);
+}
+
+std::string whenAbsent(const Field& field)
+{
+    if (kit::isFlag(field.kind))
+        return "1";
+    if (field.kind == Kind::count)
+        return "4294967295";
+    return kit::isNumber(field.kind) ? "-1" : "";
+}
+
+TEST_F(Events, EachFieldMayBeLeftOut)
+{
+    for (const kit::Event& event : kit::events())
+        for (std::size_t left = 0; left < event.arguments.size(); ++left)
+        {
+            const Field& missing = event.arguments[left];
+            SCOPED_TRACE(std::string(event.method) + " without " + missing.argument);
+            Values values = samples(event.arguments, false);
+            std::vector<std::string> expected = onTheWire(event, values);
+            expected[left] = whenAbsent(missing);
+            values.erase(values.begin() + static_cast<std::ptrdiff_t>(left));
+            // The payload is what follows the field before it: without that, all but 8 characters.
+            if (left + 1 < expected.size() && event.arguments[left + 1].kind == Kind::payload)
+                expected[left + 1] = kit::eventText(event, values).substr(8);
+            injector_.injectWithout({missing.argument}, event.method, values);
+            EXPECT_EQ(only().values, expected);
+        }
+}
+
+TEST_F(Events, OnlyOneMustMatchWhole)
+{
+    for (const kit::Event& event : kit::events())
+    {
+        SCOPED_TRACE(event.method);
+        injector_.raw(kit::element("Method", std::string(event.method) + "2"));
+        EXPECT_EQ(recorder_.events().size(), event.exact ? 0u : 1u);
+        recorder_.forget();
+        injector_.raw(kit::element("Method", std::string("x") + event.method));
+        EXPECT_TRUE(recorder_.events().empty());
+    }
+}
+
+TEST(Parsing, TakesMessagesApart)
+{
+    struct Case
+    {
+        const char* text;
+        const char* method;
+        std::vector<std::pair<std::string, std::string>> elements;
+        const char* payload;
+    };
+    const Case cases[] = {
+        {"<Method>HoldCall</Method><Line>1001</Line><CallID>7</CallID>",
+         "HoldCall",
+         {{"Line", "1001"}, {"CallID", "7"}},
+         ""},
+        {"<Method>DevicesChangedEvent</Method>", "DevicesChangedEvent", {}, ""},
+        // Whole, though it looks like fields.
+        {"<Method>SendCSTARequest</Method><Line>1</Line><a>2</a>x",
+         "SendCSTARequest",
+         {{"Line", "1"}},
+         "<a>2</a>x"},
+        {"<Method>b2buaCSTAResponse</Method><lineURI>1</lineURI><success>0</success><a></a>",
+         "b2buaCSTAResponse",
+         {{"lineURI", "1"}, {"success", "0"}},
+         "<a></a>"},
+        // Cut off, as by a null text.
+        {"<Method>DeflectCall</Method><Line>1</Line><Destination>",
+         "DeflectCall",
+         {{"Line", "1"}},
+         "<Destination>"},
+        {"<status>1</status><uri></uri>", "", {{"status", "1"}, {"uri", ""}}, ""},
+        {"<1001><1002>", "", {}, "<1001><1002>"},
+        {"sfiSuccess", "", {}, "sfiSuccess"},
+        {"SigEvent:<Method>x</Method>", "", {}, "SigEvent:<Method>x</Method>"},
+        {"", "", {}, ""},
+        {"<", "", {}, "<"},
+        {"<Method>", "", {}, "<Method>"},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.text);
+        const kit::Message message = kit::parse(c.text);
+        EXPECT_EQ(message.method, c.method);
+        EXPECT_EQ(message.payload, c.payload);
+        ASSERT_EQ(message.elements.size(), c.elements.size());
+        for (std::size_t i = 0; i < c.elements.size(); ++i)
+        {
+            EXPECT_EQ(message.elements[i].tag, c.elements[i].first);
+            EXPECT_EQ(message.elements[i].value, c.elements[i].second);
+        }
+    }
+    const kit::Message twice = kit::parse("<a>1</a><a>2</a>");
+    EXPECT_EQ(*twice.find("a"), "1");
+    EXPECT_EQ(twice.find("b"), nullptr);
+}
+
+TEST(Nearest, FindsWhatWasMeant)
+{
+    const std::vector<std::string> tags = {"Line", "CallID", "HoldCallReason", "Manual"};
+    const std::pair<const char*, const char*> cases[] = {
+        {"CallId", "CallID"},
+        {"callid", "CallID"},
+        {"CalID", "CallID"},
+        {"ClalID", "CallID"},
+        {"Lin", "Line"},
+        {"HoldCall", "HoldCallReason"},
+        {"Manaul", "Manual"},
+        {"Destination", ""},
+        {"", ""},
+        {"x", ""},
+    };
+    for (const auto& [word, meant] : cases)
+        EXPECT_EQ(kit::nearest(word, tags), meant) << word;
+}
+
+/// The text of the std::invalid_argument that building throws.
+std::string complaint(const char* method, const Values& values)
+{
+    try
+    {
+        kit::eventText(*kit::findEvent(method), values);
+    }
+    catch (const std::invalid_argument& problem)
+    {
+        return problem.what();
+    }
+    return "nothing";
+}
+
+TEST(Building, TakesNamesAndNumbers)
+{
+    const kit::Event& event = *kit::findEvent("CallStateChangeEvent");
+    EXPECT_EQ(kit::eventText(event, {{"callState", "ringing"}, {"LineID", "1001"}}),
+              "<Method>CallStateChangeEvent</Method><LineID>1001</LineID><CallState>3</CallState>");
+    EXPECT_EQ(kit::eventText(event, {{"callBackFeatureAvailable", "off"}}),
+              "<Method>CallStateChangeEvent</Method>"
+              "<CallBackFearureAvailable>0</CallBackFearureAvailable>");
+    EXPECT_EQ(kit::requestText(*kit::findOperation("holdCall"), {{"line", "1001"}}),
+              "<Method>HoldCall</Method><Line>1001</Line><CallID>0</CallID>"
+              "<HoldCallReason>0</HoldCallReason><Manual>0</Manual>");
+}
+
+TEST(Building, SaysWhatIsWrong)
+{
+    EXPECT_EQ(complaint("CallHeldEvent", {{"callID", "7"}}),
+              "unknown field callID in CallHeldEvent, did you mean callId?");
+    EXPECT_EQ(complaint("CallHeldEvent", {{"banana", "7"}}),
+              "unknown field banana in CallHeldEvent");
+    EXPECT_EQ(complaint("CallHeldEvent", {{"callId", "seven"}}),
+              "callId is a number, not \"seven\"");
+    EXPECT_EQ(complaint("CallHeldEvent", {{"callId", "2147483648"}}),
+              "callId is a number, not \"2147483648\"");
+    EXPECT_EQ(complaint("CallStateChangeEvent", {{"callState", "rining"}}),
+              "callState is a number or one of its names, not \"rining\"; did you mean ringing?");
+    EXPECT_EQ(complaint("DoNotDisturbEvent", {{"doNotDisturbOn", "maybe"}}),
+              "doNotDisturbOn is a flag, true or false, not \"maybe\"");
+    EXPECT_EQ(complaint("messageWaitingEvent", {{"newMessages", "-1"}}),
+              "newMessages is a number from 0 to 4294967295, not \"-1\"");
+    EXPECT_EQ(complaint("securityStatusChanged", {{"callIdsRecorded", "1,x"}}),
+              "callIdsRecorded is a list of numbers, not \"1,x\"");
+}
+
+TEST(Lists, ComeBackAsTheyWere)
+{
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{}, ""},
+        {{""}, ","},
+        {{"", ""}, ",,"},
+        {{"1001", "1002"}, "1001,1002,"},
+        {{"a,b", "c\\d"}, "a\\,b,c\\\\d,"},
+    };
+    for (const auto& [items, text] : cases)
+    {
+        EXPECT_EQ(kit::encodeList(items), text);
+        EXPECT_EQ(kit::decodeTexts(text), items);
+    }
+    EXPECT_THAT(kit::decodeTexts("1001,1002"), ElementsAre("1001", "1002"));
+    EXPECT_THAT(kit::decodeTexts("a\\"), ElementsAre("a\\"));
+    EXPECT_THAT(kit::decodeNumbers("12,-7,x,99999999999,"), ElementsAre(12, -7, 0, 2147483647));
+    EXPECT_EQ(kit::encodeList(std::vector<int>{12, -7}), "12,-7,");
+}
+
+TEST(Numbers, NamesAndNumbersAreOneToOne)
+{
+    for (int meaning = 1; meaning <= static_cast<int>(kit::Meaning::recording); ++meaning)
+    {
+        const kit::Meaning each = static_cast<kit::Meaning>(meaning);
+        std::set<int> numbers;
+        ASSERT_FALSE(kit::namesOf(each).empty()) << meaning;
+        for (const kit::NumberName& entry : kit::namesOf(each))
+        {
+            int number = -1;
+            EXPECT_TRUE(kit::numberOf(each, entry.name, number)) << entry.name;
+            EXPECT_EQ(number, entry.number) << entry.name;
+            EXPECT_EQ(kit::nameOf(each, entry.number), entry.name);
+            EXPECT_TRUE(numbers.insert(entry.number).second) << entry.name;
+        }
+    }
+    int number = 0;
+    EXPECT_EQ(kit::nameOf(kit::Meaning::callState, 4711), "4711");
+    EXPECT_TRUE(kit::numberOf(kit::Meaning::callState, "-4711", number));
+    EXPECT_EQ(number, -4711);
+    EXPECT_FALSE(kit::numberOf(kit::Meaning::callState, "", number));
+    EXPECT_FALSE(kit::numberOf(kit::Meaning::callState, "4-", number));
+    EXPECT_EQ(kit::nameOf(kit::Meaning::callState, kit::numbers::callHeldByFarEnd), "heldByFarEnd");
+    EXPECT_EQ(kit::resultName(sfiSuccess), "sfiSuccess");
+}
+
+}  // namespace
