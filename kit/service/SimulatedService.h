@@ -5,15 +5,23 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kit
 {
 
 /// The communications service as a simulation: lines, calls, robots at the far end, a clock.
 ///
-/// Any number of threads may call. Events go to the sinks of all clients that have subscribed, in
-/// one order for all, on the thread whose call caused them and with no lock held that a sink could
-/// want; a sink must only take them in. Nothing here waits or sleeps: time passes in advance().
+/// Threads: any number may call. Events go to the sinks of all clients that have subscribed, in one
+/// order for all, with no lock held, on a thread that is inside a call of this class; what a call
+/// causes has been delivered when it returns. (From inside a sink it is delivered later, but sinks
+/// should only take events in; they must not throw.) Nothing here sleeps or has threads of its own:
+/// time passes in advance().
+///
+/// Ownership: sinks and the log are copied in, and let go when the client or the service goes.
+///
+/// Failures: whatever a request or a command holds, the answer is a text. What was wrong with it is
+/// told to the log, one line for each thing.
 class SimulatedService
 {
 public:
@@ -21,7 +29,17 @@ public:
     using EventSink = std::function<void(const std::string& channelName, const std::string& event)>;
     using Log = std::function<void(const std::string& line)>;
 
+    /// How a request went; everything but `answered` has been asked for by control().
+    enum class Reply
+    {
+        answered,
+        silent,  ///< no answer comes, the caller has to give up by itself
+        gone     ///< the service dropped this client: connect and subscribe again
+    };
+
+    /// A phone with the lines 1001, 1002 and 1003, or with others.
     SimulatedService();
+    explicit SimulatedService(const std::vector<std::string>& lines);
     ~SimulatedService();
 
     SimulatedService(const SimulatedService&) = delete;
@@ -35,15 +53,26 @@ public:
     /// Forgets the client and its subscriptions; its sink is not called any more on return.
     void disconnect(ClientId client);
 
-    /// Answers a request; always with a text, never with an exception.
+    /// False once the service has dropped the client.
+    bool connected(ClientId client) const;
+
+    /// Answers a request; `answer` is left alone unless there is one.
+    Reply exchange(ClientId client, const std::string& text, std::string& answer);
+    Reply exchangeSubscription(ClientId client, const std::string& text, std::string& answer,
+                               const std::string& channelName);
+
+    /// The same for those who do not care why there is no answer: it is "" then.
     std::string request(ClientId client, const std::string& text);
     std::string subscribe(ClientId client, const std::string& text, const std::string& channelName);
+
+    /// Takes a request that is not answered; one from a client that was dropped is lost.
     void post(ClientId client, const std::string& text);
 
     /// The simulation's own commands, as text ("help" lists all). A refusal starts with "error: ".
     std::string control(const std::string& command);
 
-    /// Lets time pass: rings, answers, time-outs, call-backs happen in their order.
+    /// Lets time pass on the simulated clock: rings, answers, time-outs, call-backs happen in their
+    /// order.
     void advance(std::chrono::milliseconds time);
 
 private:

@@ -1,0 +1,35 @@
+#include "kit/service/Model.h"
+
+namespace kit::service
+{
+
+std::string Party::uri() const
+{
+    return number.empty() ? std::string() : "sip:" + number;
+}
+
+std::string Party::fullPai() const
+{
+    if (number.empty())
+        return std::string();
+    return name.empty() ? "<" + uri() + ">" : "\"" + name + "\" <" + uri() + ">";
+}
+
+bool Call::active() const
+{
+    return state == numbers::callDelivered || state == numbers::callConnected ||
+           state == numbers::callConferenced || state == numbers::callHeldByFarEnd;
+}
+
+bool Call::waiting() const
+{
+    return state == numbers::callOffered || state == numbers::callRinging;
+}
+
+bool Call::callBackPossible() const
+{
+    return !incoming && (state == numbers::callDelivered ||
+                         (state == numbers::callFailed && reason == numbers::reasonBusy));
+}
+
+}  // namespace kit::service
