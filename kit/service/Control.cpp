@@ -128,8 +128,10 @@ constexpr NamedValue namedValues[] = {
 
 Time parseTime(const std::string& text)
 {
-    static const std::pair<const char*, long long> units[] = {
-        {"ms", 1}, {"s", 1000}, {"min", 60000}, {"h", 3600000}};
+    static const std::pair<const char*, long long> units[] = {{"ms", 1},
+                                                              {"s", 1000},
+                                                              {"min", 60000},
+                                                              {"h", 3600000}};
     const std::size_t digits = text.find_first_not_of("0123456789");
     if (digits != 0 && digits != std::string::npos && digits <= 9)
         for (const auto& [unit, factor] : units)
@@ -351,10 +353,9 @@ struct Commands
 
     static std::string registerLine(Commands& with)
     {
-        with.s.registerLine(
-            with.line(),
-            true,
-            with.a.number("result", Meaning::registrationResult, registrationDone));
+        with.s.registerLine(with.line(),
+                            true,
+                            with.a.number("result", Meaning::registrationResult, registrationDone));
         return with.done();
     }
 
@@ -434,10 +435,9 @@ struct Commands
     {
         Line& line = with.line();
         line.serverFeatures = with.a.on("ON", true);
-        with.s.emit(
-            events::serverFeatureStatus(line.name,
-                                        line.serverFeatures ? words::serverFeaturesOn
-                                                            : words::serverFeaturesOff));
+        with.s.emit(events::serverFeatureStatus(line.name,
+                                                line.serverFeatures ? words::serverFeaturesOn
+                                                                    : words::serverFeaturesOff));
         return with.done();
     }
 
@@ -539,15 +539,9 @@ struct Commands
         return with.done();
     }
 
-    static std::string fail(Commands& with)
-    {
-        return addFault(with, false);
-    }
+    static std::string fail(Commands& with) { return addFault(with, false); }
 
-    static std::string silence(Commands& with)
-    {
-        return addFault(with, true);
-    }
+    static std::string silence(Commands& with) { return addFault(with, true); }
 
     static std::string heal(Commands& with)
     {
@@ -753,8 +747,8 @@ std::string Commands::showCalls() const
         text += call.conference == 0 ? "" : ", conference " + std::to_string(call.conference);
         text += call.peer == 0 ? "" : ", with call " + std::to_string(call.peer);
         text += call.recorded ? ", recorded" : "";
-        text += call.security == securityOpen ? ""
-                                              : ", " + nameOf(Meaning::security, call.security);
+        text +=
+            call.security == securityOpen ? "" : ", " + nameOf(Meaning::security, call.security);
         text += call.digits.empty() ? "" : ", digits " + call.digits;
         text += "\n";
     }
@@ -786,11 +780,10 @@ std::string Commands::showCallBacks() const
 {
     std::string text;
     for (const CallBack& callBack : s.callBacks_)
-        text += std::to_string(callBack.id) + " " + callBack.line + " for " +
-                callBack.destination.number + " " +
-                nameOf(Meaning::completionState, callBack.state) +
-                (callBack.featureCall.empty() ? "" : ", feature call " + callBack.featureCall) +
-                "\n";
+        text +=
+            std::to_string(callBack.id) + " " + callBack.line + " for " +
+            callBack.destination.number + " " + nameOf(Meaning::completionState, callBack.state) +
+            (callBack.featureCall.empty() ? "" : ", feature call " + callBack.featureCall) + "\n";
     return text.empty() ? "no call-backs" : text;
 }
 
@@ -807,8 +800,8 @@ std::string Commands::showFaults() const
 {
     std::string text;
     for (const Fault& fault : c.faults_)
-        text += fault.method + ", " + std::to_string(fault.times) + " times: " +
-                (fault.silent ? "no answer" : fault.text) + "\n";
+        text += fault.method + ", " + std::to_string(fault.times) +
+                " times: " + (fault.silent ? "no answer" : fault.text) + "\n";
     return text.empty() ? "no faults" : text;
 }
 
@@ -823,9 +816,9 @@ std::string Commands::showRobots() const
 
 std::string Commands::showSystem() const
 {
-    return nameOf(Meaning::serviceState, s.serviceState_) + ", system status " +
-           s.systemStatus_ + (s.systemStatusInfo_.empty() ? "" : " (" + s.systemStatusInfo_ + ")") +
-           ", microphone " + (s.muted_ ? "mute" : "on") + ", associated calls " +
+    return nameOf(Meaning::serviceState, s.serviceState_) + ", system status " + s.systemStatus_ +
+           (s.systemStatusInfo_.empty() ? "" : " (" + s.systemStatusInfo_ + ")") + ", microphone " +
+           (s.muted_ ? "mute" : "on") + ", associated calls " +
            (s.associatedCalls_ ? "on" : "off") + ", signalling data of " +
            std::to_string(s.lastSignalling_.size()) + " bytes, clock at " + seconds(s.now_);
 }
@@ -955,15 +948,15 @@ void Commands::read(const Row& row, const std::string& command, const std::vecto
                     std::size_t first)
 {
     const std::vector<Slot> slots = slotsOf(row.usage);
-    const std::string usage =
-        std::string(row.name) + (*row.usage == '\0' ? " stands alone" : std::string(" ") + row.usage);
+    const std::string usage = std::string(row.name) +
+                              (*row.usage == '\0' ? " stands alone" : std::string(" ") + row.usage);
     const auto isKeyword = [&](const Word& word)
     {
-        return !word.quoted && std::any_of(slots.begin(),
-                                           slots.end(),
-                                           [&](const Slot& slot)
-                                           { return !slot.keyword.empty() &&
-                                                    slot.keyword == word.text; });
+        return !word.quoted &&
+               std::any_of(slots.begin(),
+                           slots.end(),
+                           [&](const Slot& slot)
+                           { return !slot.keyword.empty() && slot.keyword == word.text; });
     };
     std::size_t at = first;
     // What is known by its place comes first.
@@ -984,8 +977,8 @@ void Commands::read(const Row& row, const std::string& command, const std::vecto
         else if (slot.optional && slot.value == "CALL")
             a.values[slot.value] = std::to_string(onlyCall(row));
         else if (!slot.optional)
-            throw Refusal(std::string(row.name) + ": " + slot.value + " is missing, usage: " +
-                          usage);
+            throw Refusal(std::string(row.name) + ": " + slot.value +
+                          " is missing, usage: " + usage);
     }
     while (at < words.size())
     {

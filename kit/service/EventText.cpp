@@ -226,10 +226,7 @@ std::string messageWaiting(const std::string& line, const Mailbox& mailbox)
 
 std::string doNotDisturb(const std::string& device, bool on)
 {
-    return EventText("DoNotDisturbEvent")
-        .text("deviceId", device)
-        .flag("doNotDisturbOn", on)
-        .str();
+    return EventText("DoNotDisturbEvent").text("deviceId", device).flag("doNotDisturbOn", on).str();
 }
 
 std::string agentState(const std::string& device, const std::string& state)

@@ -154,8 +154,7 @@ struct Handlers
     {
         const std::string& line = r.text("Line");
         const Call* const other =
-            s.findCall(line,
-                       [&](const Call& any) { return any.active() && any.id != exceptCall; });
+            s.findCall(line, [&](const Call& any) { return any.active() && any.id != exceptCall; });
         if (other == nullptr)
             return true;
         s.featureFailure(r,
@@ -200,10 +199,7 @@ struct Handlers
         return success;
     }
 
-    static std::string subscribe(Simulation&, const Request&)
-    {
-        return success;
-    }
+    static std::string subscribe(Simulation&, const Request&) { return success; }
 
     // --- calls ---
 
@@ -282,7 +278,9 @@ struct Handlers
                     callBack.state = completionRinging;
                     made->callBack = callBack.id;
                     s.setState(*made, callDelivered, reasonCallBack);
-                    s.afterIfStill(*made, callBackRings, [&s](Call& still) { s.farEndAnswers(still); });
+                    s.afterIfStill(*made,
+                                   callBackRings,
+                                   [&s](Call& still) { s.farEndAnswers(still); });
                     return success;
                 }
         s.dial(*made, number);
@@ -444,10 +442,10 @@ struct Handlers
         const Line* const line = readyLine(s, r);
         if (line == nullptr)
             return failed;
-        Call* const active = s.findCall(
-            line->name,
-            [](const Call& any)
-            { return any.state == callConnected || any.state == callHeldByFarEnd; });
+        Call* const active =
+            s.findCall(line->name,
+                       [](const Call& any)
+                       { return any.state == callConnected || any.state == callHeldByFarEnd; });
         Call* const held =
             s.findCall(line->name, [](const Call& any) { return any.state == callHeld; });
         if (active == nullptr || held == nullptr)
@@ -455,8 +453,7 @@ struct Handlers
                                     0,
                                     featureAlternate,
                                     failureWrongState,
-                                    "line " + line->name +
-                                        " needs a connected and a held call");
+                                    "line " + line->name + " needs a connected and a held call");
         s.holdHere(*active, false);
         s.retrieveHere(*held);
         return s.featureSuccess(r, held->id, featureAlternate);
@@ -513,10 +510,10 @@ struct Handlers
         if (line == nullptr || !lineFree(s, r, feature, r.number("CallID")))
             return failed;
         const int wanted = r.number("CallID");
-        const auto atColleague = std::find_if(s.pickups_.begin(),
-                                              s.pickups_.end(),
-                                              [&](const PickupCall& pickup)
-                                              { return member.empty() || pickup.member == member; });
+        const auto atColleague = std::find_if(
+            s.pickups_.begin(),
+            s.pickups_.end(),
+            [&](const PickupCall& pickup) { return member.empty() || pickup.member == member; });
         Arrival remote;
         int caller = 0;
         if (atColleague != s.pickups_.end())
@@ -766,8 +763,7 @@ struct Handlers
     static std::string getMessageWaiting(Simulation& s, const Request&)
     {
         const Mailbox& mailbox = s.mailbox_;
-        return element("func_return_val", success) +
-               element("Type", std::to_string(messageVoice)) +
+        return element("func_return_val", success) + element("Type", std::to_string(messageVoice)) +
                element("newMsgs", std::to_string(mailbox.newMessages)) +
                element("oldMsgs", std::to_string(mailbox.oldMessages)) +
                element("newUrgMsgs", std::to_string(mailbox.newUrgentMessages)) +
@@ -794,8 +790,7 @@ struct Handlers
             return failed;
         const Call* const talking =
             s.findCall(line->name,
-                       [](const Call& any)
-                       { return any.active() && any.state != callDelivered; });
+                       [](const Call& any) { return any.active() && any.state != callDelivered; });
         return talking != nullptr ? "true" : "false";
     }
 
@@ -1108,19 +1103,18 @@ std::string Simulation::request(const std::string& text)
     const Operation* const operation =
         message.method.size() > longestName ? nullptr : findRequest(message.method);
     const std::vector<Handlers::Row>& rows = Handlers::table();
-    const auto row = std::find_if(rows.begin(),
-                                  rows.end(),
-                                  [&](const Handlers::Row& any)
-                                  { return any.method == message.method; });
+    const auto row =
+        std::find_if(rows.begin(),
+                     rows.end(),
+                     [&](const Handlers::Row& any) { return any.method == message.method; });
     if (operation == nullptr || row == rows.end())
     {
         std::vector<std::string> methods;
         for (const Handlers::Row& any : rows)
             methods.push_back(any.method);
-        complain(message.method.empty()
-                     ? "no method in " + quoted(text)
-                     : "unknown method " + quoted(message.method) +
-                           suggestion(message.method, methods, "", ""));
+        complain(message.method.empty() ? "no method in " + quoted(text)
+                                        : "unknown method " + quoted(message.method) +
+                                              suggestion(message.method, methods, "", ""));
         return failed;
     }
     if (!checkFields(*operation, message))

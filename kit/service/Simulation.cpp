@@ -295,10 +295,9 @@ Simulation::Outcome Simulation::arrive(const std::string& lineName, const Arriva
         emit(events::incomingCallMissed(notYet, reasonDoNotDisturb));
         return {Outcome::failed, 0, reasonDoNotDisturb, ""};
     }
-    Call* const weaker =
-        findCall(lineName,
-                 [&](const Call& call)
-                 { return call.active() && call.remote.priority < arrival.priority; });
+    Call* const weaker = findCall(
+        lineName,
+        [&](const Call& call) { return call.active() && call.remote.priority < arrival.priority; });
     if (weaker != nullptr && arrival.priority >= priorityImmediate)
         preempt(*weaker, arrival.priority, preemptionHigherPriority, "a call of higher priority");
     if (callsOf(lineName).size() >= maximumCallsPerLine)
