@@ -110,6 +110,12 @@ install(
   FILES_MATCHING
   PATTERN "*.md"
   PATTERN "*.svg")
+if(TARGET documentation)
+  install(
+    DIRECTORY ${PROJECT_BINARY_DIR}/documentation/html
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT Documentation)
+endif()
 
 if(COMMUNICATIONS_SERVICE_PACKAGES)
   include(${CMAKE_CURRENT_LIST_DIR}/Packages.cmake)
