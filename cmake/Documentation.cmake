@@ -9,7 +9,7 @@ set(documentation_input
     ${PROJECT_SOURCE_DIR}/include
     ${PROJECT_SOURCE_DIR}/kit/framework
     ${PROJECT_SOURCE_DIR}/kit/protocol
-    ${PROJECT_SOURCE_DIR}/kit/service
+    ${PROJECT_SOURCE_DIR}/kit/service/SimulatedService.h
     ${PROJECT_SOURCE_DIR}/kit/testing)
 list(TRANSFORM documentation_input REPLACE "(.+)" "\"\\1\"")
 list(JOIN documentation_input " " documentation_input)

@@ -94,22 +94,42 @@ endif()
 if(TARGET CommunicationsServiceKit)
   install_library(CommunicationsServiceKit Kit Kit)
   install_pkgconfig(communications-service-kit Kit)
+  # Of the service, its face alone: what it is made of is nobody's business.
   install(
     DIRECTORY ${PROJECT_SOURCE_DIR}/kit/framework ${PROJECT_SOURCE_DIR}/kit/protocol
-              ${PROJECT_SOURCE_DIR}/kit/service ${PROJECT_SOURCE_DIR}/kit/testing
+              ${PROJECT_SOURCE_DIR}/kit/testing
     DESTINATION ${include_dir}/kit
     COMPONENT Kit
     FILES_MATCHING
-    PATTERN "*.h")
+    PATTERN "*.h"
+    PATTERN "Frame.h" EXCLUDE)
+  install(
+    FILES ${PROJECT_SOURCE_DIR}/kit/service/SimulatedService.h
+    DESTINATION ${include_dir}/kit/service
+    COMPONENT Kit)
+  file(RELATIVE_PATH libdir_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  foreach(program IN ITEMS communications-phone communications-service-sim)
+    if(TARGET ${program})
+      set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")
+      install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Kit)
+    endif()
+  endforeach()
 endif()
 
+# The documentation, laid out as in the repository, so that links from page to page hold.
 install(
-  DIRECTORY ${PROJECT_SOURCE_DIR}/docs/
+  DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT Documentation
   FILES_MATCHING
   PATTERN "*.md"
-  PATTERN "*.svg")
+  PATTERN "*.svg"
+  PATTERN "*.cpp"
+  PATTERN "*.h")
+install(
+  FILES ${PROJECT_SOURCE_DIR}/README.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT Documentation)
 if(TARGET documentation)
   install(
     DIRECTORY ${PROJECT_BINARY_DIR}/documentation/html
