@@ -6,8 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <clocale>
-#include <locale>
 
 using namespace std::string_literals;
 using support::Channel;
@@ -428,26 +426,14 @@ TEST_F(RequestTest, AnotherMayBeMadeFromInsideTheChannel)
     }
 }
 
-/// Separates thousands and spells flags, as a global locale may.
-class Separating : public std::numpunct<char>
-{
-    std::string do_grouping() const override { return "\1"; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_truename() const override { return "yes"; }
-};
-
 TEST_F(RequestTest, DoesNotDependOnTheLocale)
 {
-    const std::locale before = std::locale::global(std::locale(std::locale(), new Separating));
-    const char* const spelled = std::setlocale(LC_ALL, "C.UTF-8");
-    EXPECT_NE(spelled, nullptr);
+    const support::ForeignLocale foreign;
     for (const Request& request : requests)
     {
         request.call(service);
         EXPECT_EQ(line(), request.expected);
     }
-    std::locale::global(before);
-    std::setlocale(LC_ALL, "C");
 }
 
 /// Texts of every length around the sizes where a buffer could end.

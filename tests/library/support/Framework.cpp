@@ -4,6 +4,7 @@
 #include "framework/Logging.h"
 #include "framework/Serializer.h"
 
+#include <clocale>
 #include <cstdlib>
 #include <sstream>
 
@@ -33,7 +34,26 @@ std::string showList(const Values& values)
     return "[" + list + "]";
 }
 
+class Separating : public std::numpunct<char>
+{
+    std::string do_grouping() const override { return "\1"; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_truename() const override { return "yes"; }
+};
+
 }  // namespace
+
+ForeignLocale::ForeignLocale()
+    : before_(std::locale::global(std::locale(std::locale("C.UTF-8"), new Separating)))
+{
+    // A locale with a name sets the C library's, the mixed one above has none.
+    std::setlocale(LC_ALL, "C.UTF-8");
+}
+
+ForeignLocale::~ForeignLocale()
+{
+    std::locale::global(before_);
+}
 
 Lines takeTrace()
 {

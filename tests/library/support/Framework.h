@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <functional>
+#include <locale>
 #include <string>
 #include <vector>
 
@@ -102,6 +103,19 @@ class Bystander : public Executable
 public:
     void init(Context&) override {}
     void shutdown() override {}
+};
+
+/// A global locale that separates digits and spells flags, for as long as this lives.
+class ForeignLocale
+{
+public:
+    ForeignLocale();
+    ForeignLocale(const ForeignLocale&) = delete;
+    ForeignLocale& operator=(const ForeignLocale&) = delete;
+    ~ForeignLocale();
+
+private:
+    std::locale before_;
 };
 
 std::string show(const std::string& text);

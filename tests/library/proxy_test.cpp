@@ -1,0 +1,271 @@
+// The proxy's life, subscriptions, result words, field readers, and the framework's default bodies.
+
+#include "CommunicationsServiceEventInvoker.h"
+#include "CommunicationsServiceProxy.h"
+#include "support/Framework.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+using support::Exception;
+using support::Lines;
+
+namespace
+{
+
+const std::string askLogging = "loggingOnAppOxa 'SIP Communications Service' 5";
+const std::string logFront =
+    "logAppOxa 'SIP Communications Service' './src/CommunicationsServiceProxy.cpp' 5 ";
+const std::string sent = "sendSubscribe <Method>Subscribe</Method> channel-7 100000";
+
+class ProxyTest : public testing::Test
+{
+protected:
+    ProxyTest()
+    {
+        channel.context = &context;
+        proxy.initProxy(channel);
+        support::takeTrace();
+        Exception::copies = 0;
+    }
+    ~ProxyTest() override { support::loggingOn = 0; }
+
+    support::NamingContext context;
+    support::Channel channel;
+    support::Subscriber subscriber;
+    CommunicationsServiceProxy proxy;
+};
+
+TEST_F(ProxyTest, IsBoundToEachChannelThatItIsGiven)
+{
+    support::Channel other;
+    proxy.initProxy(other);
+    EXPECT_EQ(support::takeTrace(), Lines{"setProtocol CommunicationsServiceProtocol"});
+    other.answer = "sfiSuccess";
+    EXPECT_EQ(proxy.activate(), 5);
+    Proxy& base = proxy;
+    base.shutdown();
+    base.timerEvent(3);
+    EXPECT_EQ(proxy.activate(), 5);
+    support::takeTrace();
+}
+
+TEST_F(ProxyTest, SubscribesTheChannelThatTheContextNames)
+{
+    channel.answer = "sfiSuccess";
+    EXPECT_EQ(proxy.subscribe(&subscriber), 5);
+    EXPECT_EQ(context.asked, &subscriber);
+    EXPECT_EQ(support::takeTrace(), (Lines{askLogging, "findChannel", sent, askLogging}));
+
+    for (const int on : {1, -1, 256})
+    {
+        support::loggingOn = on;
+        channel.answer = "sfiFailureCallBackToMany";
+        EXPECT_EQ(proxy.subscribe(&subscriber), 3);
+        EXPECT_EQ(support::takeTrace(),
+                  (Lines{askLogging,
+                         logFront + "277 'subscribe start'",
+                         "findChannel",
+                         sent,
+                         askLogging,
+                         logFront + "302 'subscribe end'"}));
+    }
+    channel.answer = "";
+    EXPECT_EQ(proxy.subscribe(&subscriber), 0);
+    support::takeTrace();
+}
+
+TEST_F(ProxyTest, SubscribesNobodyWithoutSending)
+{
+    channel.answer = "sfiSuccess";
+    EXPECT_EQ(proxy.subscribe(nullptr), 0);
+    EXPECT_EQ(support::takeTrace(), Lines{askLogging});
+    support::loggingOn = 1;
+    EXPECT_EQ(proxy.subscribe(nullptr), 0);
+    EXPECT_EQ(support::takeTrace(), (Lines{askLogging, logFront + "277 'subscribe start'"}));
+}
+
+TEST_F(ProxyTest, ThrowsACopyOfTheChannelsException)
+{
+    channel.inRequest = [] { throw Exception(4711); };
+    for (const int on : {0, 1})
+    {
+        support::loggingOn = on;
+        Exception::copies = 0;
+        try
+        {
+            proxy.subscribe(&subscriber);
+            ADD_FAILURE() << "nothing thrown";
+        }
+        catch (const MarloException& caught)
+        {
+            EXPECT_EQ(Exception::numberOf(caught), 4711);
+            EXPECT_EQ(Exception::copies, 1);
+            EXPECT_TRUE(typeid(caught) == typeid(MarloException)) << "not the object itself";
+            EXPECT_EQ(Exception::living, 1) << "the first one is gone";
+        }
+        EXPECT_EQ(Exception::living, 0);
+        const Lines lines = support::takeTrace();
+        EXPECT_EQ(lines,
+                  on == 0 ? (Lines{askLogging, "findChannel", sent, askLogging})
+                          : (Lines{askLogging,
+                                   logFront + "277 'subscribe start'",
+                                   "findChannel",
+                                   sent,
+                                   askLogging,
+                                   logFront + "298 'subscribe exception caught:'"}));
+    }
+}
+
+TEST_F(ProxyTest, LetsEveryOtherExceptionOfASubscriptionPassUnlogged)
+{
+    support::loggingOn = 1;
+    const Lines start{askLogging, logFront + "277 'subscribe start'", "findChannel"};
+
+    channel.inRequest = [] { throw std::string("other"); };
+    EXPECT_THROW(proxy.subscribe(&subscriber), std::string);
+    Lines sentToo = start;
+    sentToo.push_back(sent);
+    EXPECT_EQ(support::takeTrace(), sentToo);
+
+    context.inFindChannel = [] { throw Exception(12); };
+    try
+    {
+        proxy.subscribe(&subscriber);
+        ADD_FAILURE() << "nothing thrown";
+    }
+    catch (const MarloException& caught)
+    {
+        EXPECT_EQ(Exception::copies, 0);
+        EXPECT_TRUE(typeid(caught) == typeid(Exception)) << "the object itself";
+    }
+    EXPECT_EQ(support::takeTrace(), start);
+
+    // Of other operations it is the object itself, too.
+    channel.inRequest = [] { throw Exception(13); };
+    EXPECT_THROW(proxy.activate(), Exception);
+    EXPECT_EQ(Exception::copies, 0);
+    support::takeTrace();
+}
+
+TEST_F(ProxyTest, SubscribesFromInsideASubscription)
+{
+    channel.answer = "sfiSuccess";
+    channel.inRequest = [this]
+    {
+        channel.inRequest = nullptr;
+        EXPECT_EQ(proxy.subscribe(&subscriber), 5);
+    };
+    EXPECT_EQ(proxy.subscribe(&subscriber), 5);
+    EXPECT_EQ(support::takeTrace(),
+              (Lines{askLogging,
+                     "findChannel",
+                     sent,
+                     askLogging,
+                     "findChannel",
+                     sent,
+                     askLogging,
+                     askLogging}));
+}
+
+TEST(Defaults, DoNothing)
+{
+    class PlainContext final : public FrameworkContext
+    {
+    } context;
+    support::Bystander executable;
+    EXPECT_EQ(context.findChannel(&executable), "");
+    executable.timerEvent(1);
+    CommunicationsServiceEventInvoker invoker;
+    Invoker& base = invoker;
+    base.initInvoker(&context);
+    support::Channel channel;
+    EXPECT_EQ(channel.context, nullptr);
+    EXPECT_EQ(support::takeTrace(), Lines());
+}
+
+TEST(ServiceStates, HaveNames)
+{
+    EXPECT_EQ(serialize(sfiServiceInService), "sfiServiceInService");
+    EXPECT_EQ(serialize(sfiServiceOutOfService), "sfiServiceOutOfService");
+    EXPECT_EQ(serialize(sfiServiceDoNotDisturb), "sfiServiceDoNotDisturb");
+    for (const int other : {3, -1, INT_MAX, INT_MIN})
+        EXPECT_EQ(serialize(static_cast<sfiServiceState>(other)), "");
+}
+
+TEST(Enumerations, HaveTheirValues)
+{
+    EXPECT_EQ(int(sfiSuccess), 5);
+    EXPECT_EQ(int(sfiFailure), 0);
+    EXPECT_EQ(int(sfiFailureCallBackInvalidState), 1);
+    EXPECT_EQ(int(sfiFailureCallBackAllreadyExists), 4);
+    EXPECT_EQ(int(sfiServiceInService), 0);
+    EXPECT_EQ(int(sfiServiceDoNotDisturb), 2);
+    for (const std::size_t size : {sizeof(sfiResult),
+                                   sizeof(sfiServiceState),
+                                   sizeof(sfiFeature),
+                                   sizeof(sfiRefuseCall),
+                                   sizeof(sfiCancelCallBackType),
+                                   sizeof(sfiForwardingType),
+                                   sizeof(CSTAEventCause)})
+        EXPECT_EQ(size, 4U);
+    EXPECT_EQ(int(CSTAEventCause::activeParticipation), 1);
+    EXPECT_EQ(int(CSTAEventCause::trunksBusy), 33);
+    EXPECT_EQ(int(CSTAEventCause::blocked), 35);
+    EXPECT_EQ(int(CSTAEventCause::unauthorisedBearerService), 87);
+}
+
+TEST(Readers, OfAnswersAndEventsDifferInHowTheyFindTheEnd)
+{
+    using Answer = CommunicationsServiceProxy;
+    using Event = CommunicationsServiceEventInvoker;
+    using namespace std::string_literals;
+    const struct
+    {
+        std::string message;
+        std::string answerText;
+        long answerNumber;
+        std::string eventText;
+        long eventNumber;
+    } rows[] = {
+        {"<b>2</b>", "2", 2, "2", 2},
+        {"", "", -1, "", -1},
+        {"2</b>", "", -1, "", -1},
+        {"<b>2", "2", 2, "", -1},
+        {"</b><b>2x", "2x", 2, "", -1},
+        {"<a>1</a><b>2</b>", "2", 2, "2", 2},
+        {"</b><b>2</b>", "2</b>", 2, "2", 2},
+        {"</b>1<b>", "", 0, "", -1},
+        {"<b></b>", "", 0, "", 0},
+        {"<b>x</b>", "x", 0, "x", 0},
+        {"<b> 42abc</b>", " 42abc", 42, " 42abc", 42},
+        {"<b>1</b><b>2</b>", "1", 1, "1", 1},
+        {"<b><b>3</b></b>", "<b>3", 0, "<b>3", 0},
+        {"x<b>4</b>", "4", 4, "4", 4},
+        {"<b>\0005</b>"s, "\0005"s, 0, "\0005"s, 0},
+        {"<b>6\0007</b>"s, "6\0007"s, 6, "6\0007"s, 6},
+        {"<b>2147483648</b>", "2147483648", 2147483647, "2147483648", 2147483647},
+        {"<b>-2147483649</b>", "-2147483649", -2147483647 - 1, "-2147483649", -2147483647 - 1},
+        {"<B>1</B>", "", -1, "", -1},
+    };
+    for (const auto& row : rows)
+    {
+        EXPECT_EQ(Answer::getParamAsString("<b>", row.message, "</b>"), row.answerText)
+            << row.message;
+        EXPECT_EQ(Answer::getParamAsLong("<b>", row.message, "</b>"), row.answerNumber)
+            << row.message;
+        EXPECT_EQ(Event::getParamAsString("<b>", row.message, "</b>"), row.eventText)
+            << row.message;
+        EXPECT_EQ(Event::getParamAsLong("<b>", row.message, "</b>"), row.eventNumber)
+            << row.message;
+    }
+    // Any two texts serve as tags.
+    EXPECT_EQ(Answer::getParamAsString("<a>", "<a>1</a><b>2</b>", "</b>"), "1</a><b>2");
+    EXPECT_EQ(Event::getParamAsString("<b>", "<a>1</a><b>2</b>", "</a>"), "");
+    EXPECT_EQ(Answer::getParamAsString("<b>", "<a>1</a><b>2</b>", "</a>"), "2</b>");
+    EXPECT_EQ(Event::getParamAsString("aba", "xababa!", "ba"), "");
+    EXPECT_EQ(Event::getParamAsString("ab", "xababa!", "ba"), "a");
+}
+
+}  // namespace
