@@ -447,7 +447,7 @@ std::string filled(std::size_t length, char first)
 
 TEST_F(RequestTest, LongTextsAreSentWhole)
 {
-    for (const std::size_t other : {0, 1, 380, 460, 511, 512, 513, 1100, 70000})
+    for (const std::size_t other : {0U, 1U, 380U, 460U, 511U, 512U, 513U, 1100U, 70000U})
         for (std::size_t length = 0; length < 600; ++length)
         {
             const std::string rest = filled(other, 'r');
