@@ -1,1 +1,568 @@
+// The stand-in framework over a connection that does what the test tells it.
+#include "kit/framework/Framework.h"
 
+#include "framework/Logging.h"
+#include "framework/Serializer.h"
+#include "kit/framework/Exception.h"
+#include "kit/framework/Log.h"
+#include "kit/testing/EventRecorder.h"
+
+#include <condition_variable>
+#include <future>
+#include <gmock/gmock.h>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace
+{
+
+using kit::Delivery;
+using kit::EventRecorder;
+using kit::Framework;
+using kit::Passage;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// What the connection's service is like, shared with the test because the framework owns the
+/// connection.
+struct FakeService
+{
+    std::mutex mutex;
+    kit::Connection::EventSink sink;
+    Delivery delivery = Delivery::done;
+    std::string answer = "sfiSuccess";
+    std::vector<std::string> received;
+    std::vector<milliseconds> timeouts;
+    std::string channel;  ///< of the last subscription
+
+    Delivery take(const std::string& text, milliseconds timeout, std::string* answerTo)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        received.push_back(text);
+        timeouts.push_back(timeout);
+        if (delivery == Delivery::done && answerTo != nullptr)
+            *answerTo = answer;
+        return delivery;
+    }
+
+    void send(const std::string& event) { sink(channel, event); }
+
+    void sendHeld(int callId)
+    {
+        send(
+            kit::eventText(*kit::findEvent("CallHeldEvent"), {{"callId", std::to_string(callId)}}));
+    }
+};
+
+class FakeConnection : public kit::Connection
+{
+public:
+    explicit FakeConnection(FakeService& service) : service_(service) {}
+
+    void setEventSink(EventSink sink) override { service_.sink = std::move(sink); }
+
+    Delivery request(const std::string& request, std::string& answer, milliseconds timeout) override
+    {
+        return service_.take(request, timeout, &answer);
+    }
+
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, milliseconds timeout) override
+    {
+        service_.channel = channelName;
+        return service_.take(request, timeout, &answer);
+    }
+
+    Delivery post(const std::string& message) override
+    {
+        return service_.take(message, milliseconds(0), nullptr);
+    }
+
+    Delivery control(const std::string&, std::string&, milliseconds) override
+    {
+        return Delivery::done;
+    }
+
+    std::string description() const override { return "the fake service"; }
+
+private:
+    FakeService& service_;
+};
+
+class FrameworkTest : public testing::Test
+{
+protected:
+    std::unique_ptr<Framework> make(Framework::Options options = {})
+    {
+        options.problems = [this](const std::string& problem)
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            problems_.push_back(problem);
+        };
+        return std::make_unique<Framework>(std::make_unique<FakeConnection>(service_), options);
+    }
+
+    std::unique_ptr<Framework> makePumped()
+    {
+        Framework::Options options;
+        options.events = Framework::Events::onPump;
+        return make(options);
+    }
+
+    std::vector<std::string> problems()
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return problems_;
+    }
+
+    FakeService service_;
+    EventRecorder recorder_;
+
+private:
+    std::mutex mutex_;
+    std::vector<std::string> problems_;
+};
+
+TEST_F(FrameworkTest, TimeOutsReachTheConnection)
+{
+    Framework::Options options;
+    options.requestTimeout = milliseconds(70);
+    options.timeoutUnit = std::chrono::microseconds(20);
+    const std::unique_ptr<Framework> framework = make(options);
+    framework->service().answerCall("1001", 7);
+    framework->service().activate();
+    framework->service().subscribe(&recorder_);
+    EXPECT_THAT(service_.timeouts,
+                ElementsAre(milliseconds(70), milliseconds(2000), milliseconds(2000)));
+}
+
+TEST_F(FrameworkTest, WhoDoesNotAnswerIsReportedByNameAndNotAskedAgain)
+{
+    const std::unique_ptr<Framework> framework = make();
+    service_.delivery = Delivery::timedOut;
+    EXPECT_EQ(framework->service().answerCall("1001", 7), sfiFailure);
+    EXPECT_EQ(framework->service().activate(), sfiFailure);
+    service_.delivery = Delivery::gone;
+    EXPECT_EQ(framework->service().deactivate(true), sfiFailure);
+    framework->service().setIsInServiceInitiatedState("1001", true);
+    framework->service().processSignallingComponentEvent("x", 1);
+    EXPECT_THAT(problems(),
+                ElementsAre("AnswerCall has no answer: the fake service did not answer within 5 s",
+                            "Activate has no answer: the fake service did not answer within 100 s",
+                            "Deactivate has no answer: the fake service is gone",
+                            "setIsInServiceInitiatedState was not sent: the fake service is gone",
+                            "signalling data was not sent: the fake service is gone"));
+    EXPECT_EQ(service_.received.size(), 5u);
+}
+
+TEST_F(FrameworkTest, ASubscriptionThatCannotBeMadeThrows)
+{
+    const std::unique_ptr<Framework> framework = make();
+    for (const auto& [delivery, text] :
+         {std::pair(Delivery::gone, "Subscribe has no answer: the fake service is gone"),
+          std::pair(Delivery::timedOut,
+                    "Subscribe has no answer: the fake service did not answer within 100 s")})
+    {
+        service_.delivery = delivery;
+        try
+        {
+            framework->service().subscribe(&recorder_);
+            ADD_FAILURE() << "nothing thrown";
+        }
+        catch (const MarloException& exception)
+        {
+            EXPECT_EQ(kit::textOf(exception), text);
+        }
+    }
+    EXPECT_EQ(service_.received.size(), 2u);
+}
+
+TEST_F(FrameworkTest, WhatIsLeftInTheResponseCanBeChosen)
+{
+    Framework::Options options;
+    std::vector<std::string> devices;
+    service_.delivery = Delivery::gone;
+    EXPECT_EQ(make(options)->service().getDevices(devices), sfiSuccess);
+    options.unanswered = "sfiFailure";
+    EXPECT_EQ(make(options)->service().getDevices(devices), sfiFailure);
+    EXPECT_TRUE(devices.empty());
+}
+
+TEST_F(FrameworkTest, EventsComeInOrderOnAThreadOfTheirOwn)
+{
+    const std::unique_ptr<Framework> framework = make();
+    std::set<std::thread::id> threads;
+    recorder_.onEach([&](const kit::ReceivedEvent&)
+                     { threads.insert(std::this_thread::get_id()); });
+    framework->service().subscribe(&recorder_);
+    for (int i = 0; i < 100; ++i)
+        service_.sendHeld(i);
+    ASSERT_TRUE(framework->settle(seconds(10)));
+    const std::vector<kit::ReceivedEvent> events = recorder_.events();
+    ASSERT_EQ(events.size(), 100u);
+    for (std::size_t i = 0; i < events.size(); ++i)
+        EXPECT_EQ(events[i].value("callId"), std::to_string(i));
+    EXPECT_EQ(threads.size(), 1u);
+    EXPECT_EQ(threads.count(std::this_thread::get_id()), 0u);
+}
+
+TEST_F(FrameworkTest, EachSubscriberGetsTheEventsOfItsChannel)
+{
+    const std::unique_ptr<Framework> framework = makePumped();
+    EventRecorder other;
+    framework->service().subscribe(&recorder_);
+    const std::string first = service_.channel;
+    framework->service().subscribe(&other);
+    EXPECT_NE(service_.channel, first);
+    EXPECT_EQ(framework->channelOf(recorder_), first);
+    service_.sendHeld(2);
+    service_.sink(first, "<Method>CallHeldEvent</Method><CallID>1</CallID>");
+    service_.sink("nobody's", "<Method>CallHeldEvent</Method><CallID>3</CallID>");
+    EXPECT_EQ(framework->pump(), 2u);
+    ASSERT_EQ(recorder_.events().size(), 1u);
+    ASSERT_EQ(other.events().size(), 1u);
+    EXPECT_EQ(recorder_.events().front().value("callId"), "1");
+    EXPECT_EQ(other.events().front().value("callId"), "2");
+}
+
+TEST_F(FrameworkTest, PumpDeliversOnTheCallersThreadAndWaits)
+{
+    const std::unique_ptr<Framework> framework = makePumped();
+    framework->service().subscribe(&recorder_);
+    std::size_t nested = 1;
+    std::thread::id thread;
+    recorder_.onEach(
+        [&](const kit::ReceivedEvent&)
+        {
+            thread = std::this_thread::get_id();
+            nested = framework->pump();
+        });
+    EXPECT_EQ(framework->pump(), 0u);
+    EXPECT_TRUE(framework->settle(milliseconds(0)));
+    std::thread sender([&] { service_.sendHeld(1); });
+    EXPECT_EQ(framework->pump(seconds(10)), 1u);
+    sender.join();
+    EXPECT_EQ(nested, 0u);
+    EXPECT_EQ(thread, std::this_thread::get_id());
+    service_.sendHeld(2);
+    EXPECT_FALSE(framework->settle(milliseconds(0)));
+    EXPECT_EQ(make()->pump(), 0u);
+}
+
+TEST_F(FrameworkTest, OperationsWorkInsideACallback)
+{
+    const std::unique_ptr<Framework> framework = make();
+    std::vector<int> results;
+    recorder_.onEach(
+        [&](const kit::ReceivedEvent& event)
+        {
+            if (event.value("callId") != "1")
+                return;
+            results.push_back(framework->service().answerCall("1001", 1));
+            results.push_back(framework->service().subscribe(&recorder_));
+            service_.sendHeld(2);  // caused by the operation: comes after this callback
+            EXPECT_EQ(recorder_.events().size(), 0u);
+        });
+    framework->service().subscribe(&recorder_);
+    service_.sendHeld(1);
+    EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "1"}}));
+    EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "2"}}));
+    EXPECT_THAT(results, ElementsAre(sfiSuccess, sfiSuccess));
+}
+
+TEST_F(FrameworkTest, ACallbackThatThrowsIsReportedAndTheNextEventComes)
+{
+    const std::unique_ptr<Framework> framework = make();
+    recorder_.onEach(
+        [](const kit::ReceivedEvent& event)
+        {
+            const std::string call = event.value("callId");
+            if (call == "1")
+                throw std::runtime_error("one");
+            if (call == "2")
+                throw kit::ChannelException("two");
+            if (call == "3")
+                throw 3;
+        });
+    framework->service().subscribe(&recorder_);
+    for (const int call : {1, 2, 3, 4})
+        service_.sendHeld(call);
+    EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "4"}}));
+    EXPECT_EQ(recorder_.events().size(), 1u);
+    EXPECT_THAT(problems(),
+                ElementsAre("the callback of CallHeldEvent threw: one",
+                            "the callback of CallHeldEvent threw: two",
+                            "the callback of CallHeldEvent threw"));
+}
+
+TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsReported)
+{
+    struct Plain : Executable
+    {
+        void init(Context&) override {}
+        void shutdown() override {}
+    } plain;
+    const std::unique_ptr<Framework> framework = makePumped();
+    framework->service().subscribe(&plain);
+    service_.sendHeld(1);
+    framework->pump();
+    EXPECT_THAT(problems(),
+                ElementsAre(HasSubstr("does not implement "
+                                      "CommunicationsServiceEventIfc")));
+}
+
+/// Lets a callback be held where it is.
+class Gate
+{
+public:
+    void pass()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        entered_ = true;
+        changed_.notify_all();
+        changed_.wait(lock, [&] { return open_; });
+    }
+
+    void awaitEntered()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [&] { return entered_; });
+    }
+
+    void open()
+    {
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            open_ = true;
+        }
+        changed_.notify_all();
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool entered_ = false;
+    bool open_ = false;
+};
+
+TEST_F(FrameworkTest, RequestsOfOtherThreadsDoNotWaitForACallback)
+{
+    const std::unique_ptr<Framework> framework = make();
+    Gate gate;
+    recorder_.onEach([&](const kit::ReceivedEvent&) { gate.pass(); });
+    framework->service().subscribe(&recorder_);
+    service_.sendHeld(1);
+    gate.awaitEntered();
+    EXPECT_EQ(framework->service().answerCall("1001", 1), sfiSuccess);
+    EXPECT_FALSE(framework->settle(milliseconds(1)));
+    gate.open();
+    EXPECT_TRUE(framework->settle(seconds(10)));
+}
+
+TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
+{
+    const std::unique_ptr<Framework> framework = make();
+    Gate gate;
+    recorder_.onEach([&](const kit::ReceivedEvent&) { gate.pass(); });
+    framework->service().subscribe(&recorder_);
+    service_.sendHeld(1);
+    service_.sendHeld(2);
+    gate.awaitEntered();
+    std::size_t seenOnReturn = 0;
+    std::promise<void> removing;
+    std::thread remover(
+        [&]
+        {
+            removing.set_value();
+            EXPECT_TRUE(framework->remove(recorder_));
+            seenOnReturn = recorder_.events().size();
+        });
+    removing.get_future().wait();
+    gate.open();
+    remover.join();
+    EXPECT_EQ(seenOnReturn, 1u) << "the callback had not ended";
+    EXPECT_TRUE(framework->settle(seconds(10)));
+    EXPECT_EQ(recorder_.events().size(), 1u) << "an event came after the subscriber was removed";
+    EXPECT_FALSE(framework->remove(recorder_));
+}
+
+TEST_F(FrameworkTest, ASubscriberMayRemoveItselfInItsCallback)
+{
+    const std::unique_ptr<Framework> framework = make();
+    recorder_.onEach([&](const kit::ReceivedEvent&) { EXPECT_TRUE(framework->remove(recorder_)); });
+    framework->service().subscribe(&recorder_);
+    service_.sendHeld(1);
+    service_.sendHeld(2);
+    ASSERT_TRUE(framework->settle(seconds(10)));
+    EXPECT_EQ(recorder_.events().size(), 1u);
+}
+
+TEST_F(FrameworkTest, AfterReconnectingOnlyTheNewServiceIsHeard)
+{
+    const std::unique_ptr<Framework> framework = makePumped();
+    framework->service().subscribe(&recorder_);
+    service_.sendHeld(1);
+    const kit::Connection::EventSink oldSink = service_.sink;
+    service_.delivery = Delivery::gone;
+
+    FakeService next;
+    framework->reconnect(std::make_unique<FakeConnection>(next));
+    EXPECT_TRUE(next.received.empty()) << "something was sent again";
+    oldSink(service_.channel, "<Method>CallHeldEvent</Method><CallID>2</CallID>");
+    EXPECT_EQ(framework->pump(), 0u);
+
+    EXPECT_EQ(framework->service().subscribe(&recorder_), sfiSuccess);
+    next.sendHeld(3);
+    EXPECT_EQ(framework->pump(), 1u);
+    EXPECT_EQ(recorder_.events().front().value("callId"), "3");
+    EXPECT_THAT(next.received, ElementsAre("<Method>Subscribe</Method>"));
+}
+
+TEST_F(FrameworkTest, AConnectionMayOutliveTheFramework)
+{
+    std::unique_ptr<Framework> framework = make();
+    framework->service().subscribe(&recorder_);
+    const std::shared_ptr<kit::Connection> held = framework->connection();
+    framework.reset();
+    service_.sendHeld(1);
+    EXPECT_TRUE(recorder_.events().empty());
+}
+
+TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
+{
+    std::vector<std::string> seen;
+    Framework::Options options;
+    options.events = Framework::Events::onPump;
+    options.observer = [&](const Passage& passage)
+    {
+        static const char* const what[] = {"request", "answer", "message", "event"};
+        EXPECT_NE(passage.time, std::chrono::system_clock::time_point());
+        seen.push_back(std::string(what[static_cast<int>(passage.what)]) + " " +
+                       std::to_string(passage.number) + " " +
+                       std::to_string(static_cast<int>(passage.delivery)) + " " + passage.channel +
+                       " " + passage.text);
+    };
+    const std::unique_ptr<Framework> framework = make(options);
+    framework->service().subscribe(&recorder_);
+    framework->service().InitializeOrFinalizeServerFeatures("1", true);
+    service_.sendHeld(7);
+    framework->pump();
+    service_.delivery = Delivery::gone;
+    framework->service().alternateCalls("1");
+    EXPECT_THAT(seen,
+                ElementsAre("request 1 0 subscriber-1 <Method>Subscribe</Method>",
+                            "answer 1 0 subscriber-1 sfiSuccess",
+                            "message 0 0  <Method>InitializeOrFinalizeServerFeatures</Method>"
+                            "<Line>1</Line><initialize>1</initialize>",
+                            "event 0 0 subscriber-1 <Method>CallHeldEvent</Method>"
+                            "<CallID>7</CallID>",
+                            "request 2 0  <Method>AlternateCalls</Method><Line>1</Line>",
+                            "answer 2 2  "));
+}
+
+TEST_F(FrameworkTest, ManyThreadsMayCallWhileEventsArrive)
+{
+    const std::unique_ptr<Framework> framework = make();
+    framework->service().subscribe(&recorder_);
+    constexpr int each = 500;
+    std::vector<std::thread> threads;
+    std::atomic<int> succeeded{0};
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back(
+            [&]
+            {
+                for (int i = 0; i < each; ++i)
+                {
+                    succeeded += framework->service().answerCall("1001", i) == sfiSuccess ? 1 : 0;
+                    service_.sendHeld(i);
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(succeeded, 4 * each);
+    ASSERT_TRUE(framework->settle(seconds(30)));
+    EXPECT_EQ(recorder_.events().size(), 4u * each);
+}
+
+/// Why the library cannot be used.
+std::string refusal(const std::string& path)
+{
+    try
+    {
+        const kit::Library library(path);
+    }
+    catch (const kit::LibraryError& error)
+    {
+        return error.what();
+    }
+    return "nothing";
+}
+
+TEST(LibraryFile, SaysWhyItCannotBeUsed)
+{
+    const std::string noInvoker = NO_INVOKER_LIBRARY;
+    const std::string openSymbol = OPEN_SYMBOL_LIBRARY;
+    EXPECT_EQ(refusal("/nowhere/lib.so"), "there is no library /nowhere/lib.so");
+    EXPECT_THAT(refusal("libNobodyHas.so"),
+                HasSubstr("the library libNobodyHas.so cannot be opened: "));
+    EXPECT_THAT(refusal("/dev/null"), HasSubstr("the library /dev/null cannot be opened: "));
+    EXPECT_EQ(refusal(noInvoker),
+              "the library " + noInvoker + " has no createCommunicationsServiceEventInvoker");
+    EXPECT_THAT(refusal(openSymbol), HasSubstr("undefined symbol"));
+}
+
+TEST(LibraryFile, TheEnvironmentNamesAnother)
+{
+    const std::string usual = kit::Library().path();
+    setenv("COMMUNICATIONS_SERVICE_LIBRARY", "/nowhere/else.so", 1);
+    EXPECT_EQ(refusal(""), "there is no library /nowhere/else.so");
+    EXPECT_EQ(refusal(usual), "nothing") << "a path given goes first";
+    unsetenv("COMMUNICATIONS_SERVICE_LIBRARY");
+}
+
+TEST(ExceptionText, SurvivesACopyOfTheBase)
+{
+    for (const std::size_t length : {0, 1, 1023, 1024, 5000})
+    {
+        const std::string text(length, 'x');
+        const kit::ChannelException thrown(text);
+        const MarloException copy(thrown);
+        EXPECT_EQ(kit::textOf(copy), text.substr(0, 1023));
+    }
+}
+
+TEST(Logging, IsOffUntilASinkIsSet)
+{
+    std::vector<std::string> lines;
+    EXPECT_EQ(loggingOnAppOxa("x", 1), 0);
+    kit::setLogSink(
+        [&](const kit::LogLine& line)
+        {
+            lines.push_back(line.component + " " + line.sourceFile + " " +
+                            std::to_string(line.level) + " " + std::to_string(line.line) + " " +
+                            line.message);
+        },
+        5);
+    EXPECT_NE(loggingOnAppOxa("x", 5), 0);
+    EXPECT_EQ(loggingOnAppOxa("x", 6), 0);
+    logAppOxa("part", "file.cpp", 5, 12, "told");
+    logAppOxa("part", "file.cpp", 6, 13, "not told");
+    kit::log(1, "ours");
+    kit::setLogSink({});
+    EXPECT_EQ(loggingOnAppOxa("x", 1), 0);
+    kit::log(1, "nobody hears");
+    EXPECT_THAT(lines, ElementsAre("part file.cpp 5 12 told", "framework  1 0 ours"));
+}
+
+TEST(SerializerLists, NumbersAreAddedToTheVector)
+{
+    std::string text = "1,2,";
+    std::vector<int> numbers = {7};
+    Serializer::deserialize(text, numbers);
+    EXPECT_THAT(numbers, ElementsAre(7, 1, 2));
+}
+
+}  // namespace
