@@ -89,6 +89,7 @@ debian_package(
   "a console phone to drive it with, and helpers for the tests of applications.")
 set(CPACK_DEBIAN_KIT_PACKAGE_DEPENDS
     "${soname_package} ${exactly}, libcommunicationsserviceclient-dev ${exactly}")
+set(CPACK_DEBIAN_KIT_PACKAGE_SUGGESTS "libgmock-dev")
 set(CPACK_DEBIAN_KIT_PACKAGE_SHLIBDEPS ON)
 
 # A trigger lets ldconfig run. CPack would call it in scripts of its own, which Debian has given up:

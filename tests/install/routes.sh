@@ -92,25 +92,29 @@ pkg-config)
         "$here/outside/main.cpp" "$here/outside/framework.cpp" -o "$out" \
         $(pkg-config --libs communications-service-client)
     LD_LIBRARY_PATH=$moved/$LIBDIR "$out" || fail "the program failed"
+    # shellcheck disable=SC2046,SC2086  # lists of words
+    $CXX -std=c++17 $flags $(pkg-config --cflags communications-service-kit) \
+        "$here/outside/kit/main.cpp" -o "$out" $(pkg-config --libs communications-service-kit)
+    LD_LIBRARY_PATH=$moved/$LIBDIR "$out" >/dev/null || fail "the program with the kit failed"
     ;;
 add_subdirectory | fetch_content)
     build "$step" -DCLIENT_SOURCE_DIR="$SOURCE" -DCOMMUNICATIONS_SERVICE_SANITIZE="$SANITIZE"
     ;;
 kit)
-    STANDARD=17 build kit -DCMAKE_PREFIX_PATH="$moved" ;;
+    STANDARD=17 build kit -DCMAKE_PREFIX_PATH="$moved"
+    ;;
 headers)
     # Each header alone, in every language version from the oldest that it promises.
     cd "$moved/$INCLUDEDIR/communications-service"
+    # shellcheck disable=SC2016  # expanded by the inner shell
     find . -name '*.h' | LC_ALL=C sort | while read -r header; do
         standards="c++11 c++14 c++17 c++20 c++2b"
         case $header in ./kit/*) standards="c++17 c++20 c++2b" ;; esac
-        for standard in $standards; do
-            # shellcheck disable=SC2086  # a list of words
-            echo "#include \"${header#./}\"" |
-                $CXX -std=$standard $warnings -I. -x c++ -fsyntax-only - ||
-                fail "$header does not compile alone as $standard"
-        done
-    done
+        for standard in $standards; do echo "${header#./} $standard"; done
+    done | xargs -P "$(nproc)" -L 1 sh -c 'echo "#include \"$2\"" |
+        $0 -std=$3 $1 -I. -x c++ -fsyntax-only - ||
+        { echo "$2 does not compile alone as $3" >&2 && exit 255; }' "$CXX" "$warnings" ||
+        fail "the header above is at fault"
     ;;
 *)
     fail "no such step"
