@@ -32,6 +32,7 @@ public:
         std::string method;
         int times;
         std::chrono::milliseconds delay;
+        int cleared;  ///< how often the faults had been cleared when it was taken
     };
 
     void add(const Entry& entry)
@@ -72,15 +73,15 @@ public:
         if (found->times > 0)
             --found->times;
         ++happened_;
+        found->cleared = cleared_;
         return *found;
     }
 
-    /// False when the faults were cleared meanwhile.
-    bool wait(std::chrono::milliseconds time)
+    /// False when the faults were cleared since the entry was taken.
+    bool wait(const Entry& entry, std::chrono::milliseconds time)
     {
         std::unique_lock<std::mutex> lock(mutex_);
-        const int before = cleared_;
-        return !changed_.wait_for(lock, time, [&] { return cleared_ != before; });
+        return !changed_.wait_for(lock, time, [&] { return cleared_ != entry.cleared; });
     }
 
     Delivery exchange(const std::string& request, std::string& answer,
@@ -141,10 +142,10 @@ private:
         switch (entry.fault)
         {
         case Fault::noAnswer:
-            wait(timeout);
+            wait(entry, timeout);
             return Delivery::timedOut;
         case Fault::delay:
-            if (!wait(std::min(entry.delay, timeout)) || entry.delay >= timeout)
+            if (!wait(entry, std::min(entry.delay, timeout)) || entry.delay >= timeout)
                 return Delivery::timedOut;
             answer = real;
             break;
@@ -206,7 +207,7 @@ void FaultConnection::inject(Fault fault, const std::string& method, int times,
 {
     if (!method.empty() && findEvent(method) == nullptr)
         checkRequest(method);
-    faults_->add({fault, method, times, delay});
+    faults_->add({fault, method, times, delay, 0});
 }
 
 void FaultConnection::clear()

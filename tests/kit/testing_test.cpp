@@ -1,1 +1,510 @@
+// The helpers for applications' tests.
+#include "kit/framework/Exception.h"
+#include "kit/framework/Framework.h"
+#include "kit/testing/EventInjector.h"
+#include "kit/testing/EventRecorder.h"
+#include "kit/testing/FaultConnection.h"
+#include "kit/testing/Mocks.h"
+#include "kit/testing/RecordingChannel.h"
+#include "kit/testing/ServiceProcess.h"
 
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+
+using kit::Delivery;
+using kit::Fault;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::_;
+using testing::ElementsAre;
+using testing::Field;
+using testing::HasSubstr;
+using testing::Return;
+
+/// What an std::invalid_argument says that the action throws.
+template <typename Action>
+std::string complaint(Action action)
+{
+    try
+    {
+        action();
+    }
+    catch (const std::invalid_argument& problem)
+    {
+        return problem.what();
+    }
+    return "nothing";
+}
+
+TEST(RecordingChannelTest, AnswersAsScripted)
+{
+    kit::RecordingChannel channel;
+    CommunicationsServiceIfc& service = channel.service();
+    channel.answer("AnswerCall", "sfiFailure");
+    channel.answerOnce("AnswerCall", "sfiFailureCallBackToMany");
+    channel.answerOnce("AnswerCall", "sfiSuccess");
+    EXPECT_EQ(service.answerCall("1", 1), sfiFailureCallBackToMany);
+    EXPECT_EQ(service.answerCall("1", 2), sfiSuccess);
+    EXPECT_EQ(service.answerCall("1", 3), sfiFailure);
+    EXPECT_EQ(service.retrieveCall("1", 4), sfiSuccess) << "not scripted";
+    channel.answerAll("sfiFailureCallBackNoCallInfo");
+    EXPECT_EQ(service.retrieveCall("1", 5), sfiFailureCallBackNoCallInfo);
+    EXPECT_EQ(service.answerCall("1", 6), sfiFailure);
+    channel.answerWith("AnswerCall",
+                       [](const kit::RecordingChannel::Record& request)
+                       { return request.field("CallID") == "7" ? "sfiSuccess" : "sfiFailure"; });
+    EXPECT_EQ(service.answerCall("1", 7), sfiSuccess);
+    EXPECT_EQ(service.answerCall("1", 8), sfiFailure);
+    channel.throwOn("Subscribe", "no service");
+    kit::EventRecorder events;
+    try
+    {
+        service.subscribe(&events);
+        ADD_FAILURE() << "nothing thrown";
+    }
+    catch (const MarloException& exception)
+    {
+        EXPECT_EQ(kit::textOf(exception), "no service");
+    }
+}
+
+TEST(RecordingChannelTest, RecordsWhatIsSent)
+{
+    kit::RecordingChannel channel;
+    channel.service().answerCall("1001", 7);
+    channel.service().setIsInServiceInitiatedState("1001", false);
+    channel.service().answerCall("1002", 8);
+    EXPECT_EQ(channel.requests().size(), 3u);
+    const std::vector<kit::RecordingChannel::Record> answered = channel.requests("AnswerCall");
+    ASSERT_EQ(answered.size(), 2u);
+    EXPECT_EQ(answered[1].text, "<Method>AnswerCall</Method><Line>1002</Line><CallID>8</CallID>");
+    EXPECT_EQ(answered[1].field("Line"), "1002");
+    EXPECT_EQ(answered[1].field("line"), "");
+    EXPECT_EQ(channel.requests()[1].sending, kit::Sending::oneWay);
+    channel.forget();
+    EXPECT_TRUE(channel.requests().empty());
+}
+
+TEST(RecordingChannelTest, AMisspeltNameIsNotTaken)
+{
+    kit::RecordingChannel channel;
+    EXPECT_EQ(complaint([&] { channel.answer("answercall", ""); }),
+              "there is no request answercall, did you mean AnswerCall?");
+    EXPECT_EQ(complaint([&] { channel.requests("Bananas"); }), "there is no request Bananas");
+}
+
+TEST(EventInjectorTest, SendsFieldsAndTextsOfAnyKind)
+{
+    kit::EventRecorder events;
+    kit::EventInjector injector(events);
+    injector.inject("DoNotDisturbEvent", {{"deviceId", "1001"}});
+    injector.injectWithout({"doNotDisturbOn"}, "DoNotDisturbEvent", {{"deviceId", "1001"}});
+    injector.raw("<Method>DoNotDisturbEvent</Method><deviceId>1001</deviceId>"
+                 "<doNotDisturbOn>2x</doNotDisturbOn>");
+    injector.raw("no message at all");
+    ASSERT_EQ(events.events().size(), 3u);
+    EXPECT_THAT(events.events()[0].values, ElementsAre("1001", "0"));
+    EXPECT_THAT(events.events()[1].values, ElementsAre("1001", "1"));
+    EXPECT_THAT(events.events()[2].values, ElementsAre("1001", "1"));
+    EXPECT_EQ(injector.handled(), 4);
+}
+
+TEST(EventInjectorTest, PassesOnWhatACallbackThrows)
+{
+    kit::EventRecorder events;
+    events.onEach([](const kit::ReceivedEvent&) { throw std::runtime_error("from a callback"); });
+    kit::EventInjector injector(events);
+    EXPECT_THROW(injector.inject("DevicesChangedEvent"), std::runtime_error);
+    EXPECT_EQ(injector.handled(), 0);
+}
+
+TEST(EventInjectorTest, SaysWhatIsWrong)
+{
+    struct Plain : Executable
+    {
+        void init(Context&) override {}
+        void shutdown() override {}
+    } plain;
+    EXPECT_EQ(complaint([&] { kit::EventInjector injector(plain); }),
+              "the subscriber does not implement CommunicationsServiceEventIfc");
+    kit::EventRecorder events;
+    kit::EventInjector injector(events);
+    EXPECT_EQ(complaint([&] { injector.inject("CallHeldEvnt"); }),
+              "there is no event CallHeldEvnt, did you mean CallHeldEvent?");
+    EXPECT_EQ(complaint(
+                  [&] {
+                      injector.inject("CallHeldEvent", {{"calId", "1"}});
+                  }),
+              "unknown field calId in CallHeldEvent, did you mean callId?");
+    EXPECT_EQ(complaint([&] { injector.injectWithout({"line"}, "CallHeldEvent"); }),
+              "unknown field line in CallHeldEvent, did you mean lineId?");
+}
+
+TEST(EventRecorderTest, WaitsForWhatIsAskedAndCountsItOnce)
+{
+    kit::EventRecorder events;
+    kit::EventInjector injector(events);
+    injector.inject("CallHeldEvent", {{"lineId", "1001"}, {"callId", "1"}});
+    injector.inject("CallHeldEvent", {{"lineId", "1001"}, {"callId", "2"}});
+    // Out of the order in which they came.
+    EXPECT_TRUE(events.waitFor("CallHeldEvent", {{"callId", "2"}}, milliseconds(0)));
+    const auto first = events.waitFor("CallHeldEvent", {{"LineID", "1001"}}, milliseconds(0));
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first.event.value("callId"), "1");
+    EXPECT_FALSE(events.waitFor("CallHeldEvent", {}, milliseconds(0)));
+
+    std::thread later([&] { injector.inject("DevicesChangedEvent"); });
+    EXPECT_TRUE(events.waitFor("DevicesChangedEvent", {}, seconds(10)));
+    later.join();
+    EXPECT_EQ(events.count("CallHeldEvent"), 2u);
+    EXPECT_EQ(events.events().size(), 3u);
+    events.forget();
+    EXPECT_EQ(events.count("CallHeldEvent"), 0u);
+}
+
+TEST(EventRecorderTest, TellsTheNearestEventAndWhatDiffers)
+{
+    kit::EventRecorder events;
+    kit::EventInjector injector(events);
+    const kit::Values wanted = {{"lineId", "1001"}, {"feature", "hold"}};
+    EXPECT_EQ(events.waitFor("FeatureSuccessEvent", wanted, milliseconds(0)).problem,
+              "no FeatureSuccessEvent lineId=1001 feature=hold within 0 ms; nothing else came");
+    injector.inject("FeatureSuccessEvent", {{"lineId", "1001"}, {"feature", "retrieve"}});
+    injector.inject("FeatureSuccessEvent", {{"lineId", "1002"}, {"feature", "retrieve"}});
+    injector.inject("CallHeldEvent", {{"lineId", "1001"}});
+    EXPECT_EQ(events.waitFor("FeatureSuccessEvent", wanted, milliseconds(0)).problem,
+              "no FeatureSuccessEvent lineId=1001 feature=hold within 0 ms; nearest: "
+              "FeatureSuccessEvent lineId=1001 callId=0 feature=retrieve (feature is retrieve)");
+    EXPECT_THAT(events.waitFor("AgentStateEvent", {}, milliseconds(0)).problem,
+                HasSubstr("(it is CallHeldEvent)"));
+    EXPECT_EQ(complaint([&] { events.waitFor("CallHeld", {}); }),
+              "there is no event CallHeld, did you mean CallHeldEvent?");
+    EXPECT_EQ(complaint(
+                  [&] {
+                      events.waitFor("CallHeldEvent", {{"callId", "x"}});
+                  }),
+              "callId is a number, not \"x\"");
+}
+
+TEST(ReceivedEventTest, PrintsNamesForNumbers)
+{
+    kit::EventRecorder events;
+    kit::EventInjector injector(events);
+    injector.inject("securityStatusChanged",
+                    {{"lineURI", "sip:1"},
+                     {"callId", "7"},
+                     {"securityStatus", "encrypted"},
+                     {"callIdsRecorded", "7,8"}});
+    injector.inject("AgentStateEvent", {{"deviceId", "the desk"}});
+    EXPECT_EQ(events.events()[0].inWords(),
+              "securityStatusChanged lineURI=sip:1 callId=7 securityStatus=encrypted "
+              "callIdsRecorded=7,8 callLineURIsRecorded=\"\"");
+    EXPECT_EQ(events.events()[1].inWords(),
+              "AgentStateEvent deviceId=\"the desk\" agentState=\"\"");
+}
+
+TEST(MocksTest, RequestsSucceedUnlessToldOtherwise)
+{
+    testing::NiceMock<kit::MockCommunicationsService> service;
+    CommunicationsServiceIfc& ifc = service;
+    EXPECT_EQ(ifc.activate(), sfiSuccess);
+    EXPECT_EQ(ifc.setForwardingConfiguration("1", sfiForwardingType(), true, "2", 3, false),
+              sfiSuccess);
+    EXPECT_FALSE(ifc.isCallHoldPossible("1"));
+    EXPECT_CALL(service, answerCall("1001", 7)).WillOnce(Return(sfiFailure));
+    EXPECT_EQ(ifc.answerCall("1001", 7), sfiFailure);
+}
+
+TEST(MocksTest, EventsComeFromTheRealInvoker)
+{
+    testing::StrictMock<kit::MockCommunicationsServiceEvents> events;
+    kit::EventInjector injector(events);
+    EXPECT_CALL(events, onCallHeldEvent("1001", 7));
+    injector.inject("CallHeldEvent", {{"lineId", "1001"}, {"callId", "7"}});
+    EXPECT_CALL(events,
+                onIncomingCall(testing::AllOf(Field(&kit::IncomingCall::lineId, "1001"),
+                                              Field(&kit::IncomingCall::ilLocalLevel, 3),
+                                              Field(&kit::IncomingCall::isVideoCall, true))));
+    injector.inject("IncomingCallEvent",
+                    {{"lineId", "1001"}, {"ilLocalLevel", "high"}, {"isVideoCall", "on"}});
+}
+
+/// A service that answers everything at once and counts.
+class CountingConnection : public kit::Connection
+{
+public:
+    struct Counts
+    {
+        int requests = 0;
+        int posts = 0;
+        EventSink sink;
+    };
+
+    explicit CountingConnection(Counts& counts) : counts_(counts) {}
+
+    void setEventSink(EventSink sink) override { counts_.sink = std::move(sink); }
+
+    Delivery request(const std::string&, std::string& answer, milliseconds) override
+    {
+        ++counts_.requests;
+        answer = "sfiSuccess";
+        return Delivery::done;
+    }
+
+    Delivery subscribe(const std::string& request, std::string& answer, const std::string&,
+                       milliseconds timeout) override
+    {
+        return this->request(request, answer, timeout);
+    }
+
+    Delivery post(const std::string&) override
+    {
+        ++counts_.posts;
+        return Delivery::done;
+    }
+
+    Delivery control(const std::string& command, std::string& answer, milliseconds) override
+    {
+        answer = command;
+        return Delivery::done;
+    }
+
+    std::string description() const override { return "the counting service"; }
+
+private:
+    Counts& counts_;
+};
+
+class FaultTest : public testing::Test
+{
+protected:
+    FaultTest()
+    {
+        connection_.setEventSink([this](const std::string&, const std::string& event)
+                                 { events_.push_back(event); });
+    }
+
+    /// How a request ends, and what is in the answer.
+    std::string ask(milliseconds timeout = milliseconds(20))
+    {
+        std::string answer = "untouched";
+        switch (connection_.request("<Method>AnswerCall</Method>", answer, timeout))
+        {
+        case Delivery::done:
+            return answer;
+        case Delivery::timedOut:
+            return "timed out, " + answer;
+        case Delivery::gone:
+            break;
+        }
+        return "gone, " + answer;
+    }
+
+    CountingConnection::Counts counts_;
+    kit::FaultConnection connection_{std::make_unique<CountingConnection>(counts_)};
+    std::vector<std::string> events_;
+};
+
+TEST_F(FaultTest, EachFaultSpoilsARequest)
+{
+    struct Case
+    {
+        Fault fault;
+        const char* outcome;
+        int reached;  ///< how often the service got it
+    };
+    const Case cases[] = {
+        {Fault::noAnswer, "timed out, untouched", 1},
+        {Fault::failure, "sfiFailure", 0},
+        {Fault::empty, "", 1},
+        {Fault::truncated, "sfiSu", 1},
+        {Fault::duplicate, "sfiSuccess", 2},
+        {Fault::gone, "gone, untouched", 0},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(kit::faultNames()[static_cast<std::size_t>(c.fault)]);
+        counts_.requests = 0;
+        connection_.inject(c.fault, "AnswerCall", 1);
+        EXPECT_EQ(ask(), c.outcome);
+        EXPECT_EQ(counts_.requests, c.reached);
+        EXPECT_EQ(ask(), "sfiSuccess") << "once, and then no more";
+    }
+    connection_.inject(Fault::garbage, "", 1);
+    EXPECT_THAT(ask(), HasSubstr("garbage"));
+    connection_.inject(Fault::exception, "", 1);
+    EXPECT_THROW(ask(), MarloException);
+    EXPECT_EQ(connection_.happened(), 8);
+}
+
+TEST_F(FaultTest, ALateAnswerIsLate)
+{
+    connection_.inject(Fault::delay, "AnswerCall", 1, milliseconds(5));
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(ask(seconds(60)), "sfiSuccess");
+    EXPECT_GE(std::chrono::steady_clock::now() - before, milliseconds(5));
+    connection_.inject(Fault::delay, "AnswerCall", 1, seconds(3600));
+    EXPECT_EQ(ask(milliseconds(1)), "timed out, untouched");
+}
+
+TEST_F(FaultTest, FailsNTimesAndThenSucceeds)
+{
+    connection_.inject(Fault::failure, "AnswerCall", 2);
+    connection_.inject(Fault::empty, "AnswerCall", 1);
+    EXPECT_EQ(ask(), "sfiFailure");
+    EXPECT_EQ(ask(), "sfiFailure");
+    EXPECT_EQ(ask(), "");
+    EXPECT_EQ(ask(), "sfiSuccess");
+}
+
+TEST_F(FaultTest, ClearingEndsAWaitAtOnce)
+{
+    connection_.inject(Fault::noAnswer, "AnswerCall");
+    std::thread waiting([&] { EXPECT_EQ(ask(seconds(3600)), "timed out, untouched"); });
+    // Whether it waits already or will only begin to, clearing lets it through.
+    while (connection_.happened() == 0)
+        std::this_thread::yield();
+    connection_.clear();
+    waiting.join();
+    EXPECT_EQ(ask(), "sfiSuccess");
+}
+
+TEST_F(FaultTest, EventsAreSpoiltToo)
+{
+    const std::string event = "<Method>DevicesChangedEvent</Method>";
+    const std::pair<Fault, std::vector<std::string>> cases[] = {
+        {Fault::gone, {}},
+        {Fault::empty, {""}},
+        {Fault::truncated, {"<Method>DevicesCha"}},
+        {Fault::duplicate, {event, event}},
+    };
+    connection_.inject(Fault::duplicate, "", 1);  // of any request: no event takes it
+    for (const auto& [fault, expected] : cases)
+    {
+        connection_.inject(fault, "DevicesChangedEvent", 1);
+        counts_.sink("channel", event);
+        EXPECT_EQ(events_, expected);
+        events_.clear();
+    }
+    EXPECT_EQ(complaint([&] { connection_.inject(Fault::empty, "DeviceChangedRequest"); }),
+              "there is no request DeviceChangedRequest");
+}
+
+TEST_F(FaultTest, OneWayMessages)
+{
+    const std::string message = "<Method>setIsInServiceInitiatedState</Method>";
+    for (const auto& [fault, reached] : {std::pair(Fault::duplicate, 2), std::pair(Fault::gone, 0)})
+    {
+        counts_.posts = 0;
+        connection_.inject(fault, "setIsInServiceInitiatedState", 1);
+        EXPECT_EQ(connection_.post(message), reached != 0 ? Delivery::done : Delivery::gone);
+        EXPECT_EQ(counts_.posts, reached);
+    }
+    connection_.inject(Fault::exception, "", 1);
+    EXPECT_THROW(connection_.post("SigEvent:x"), MarloException);
+}
+
+TEST(FaultNames, EachHasItsOwn)
+{
+    Fault fault = Fault::delay;
+    for (std::size_t i = 0; i < kit::faultNames().size(); ++i)
+    {
+        EXPECT_TRUE(kit::faultOf(kit::faultNames()[i], fault));
+        EXPECT_EQ(static_cast<std::size_t>(fault), i);
+    }
+    EXPECT_EQ(fault, Fault::gone);
+    EXPECT_FALSE(kit::faultOf("Gone", fault));
+}
+
+/// A program that takes the place of the service, written as a shell script.
+class Script
+{
+public:
+    explicit Script(const std::string& body)
+    {
+        std::string folder = testing::TempDir() + "kit-script-XXXXXX";
+        EXPECT_NE(mkdtemp(folder.data()), nullptr);
+        folder_ = folder;
+        std::ofstream(path()) << "#!/bin/sh\n" << body << "\n";
+        chmod(path().c_str(), 0700);
+    }
+
+    ~Script()
+    {
+        unlink(path().c_str());
+        rmdir(folder_.c_str());
+    }
+
+    std::string path() const { return folder_ + "/script"; }
+
+private:
+    std::string folder_;
+};
+
+bool exists(const std::string& path)
+{
+    return access(path.c_str(), F_OK) == 0;
+}
+
+TEST(ServiceProcessTest, StartsKillsAndRestarts)
+{
+    const Script script(
+        "test ! -e \"$2\" || exit 1; : > \"$2\"; echo \"ready $2\"; exec sleep 600");
+    std::string socket;
+    {
+        kit::ServiceProcess process(script.path());
+        socket = process.socket();
+        const pid_t first = process.pid();
+        EXPECT_TRUE(exists(socket));
+        EXPECT_EQ(::kill(first, 0), 0);
+        process.freeze();
+        process.thaw();
+        process.kill();
+        EXPECT_FALSE(process.running());
+        EXPECT_NE(::kill(first, 0), 0);
+        process.restart();
+        EXPECT_TRUE(process.running());
+        EXPECT_EQ(process.socket(), socket);
+        process.restart();
+        kit::ServiceProcess another(script.path());
+        EXPECT_NE(another.socket(), socket);
+    }
+    EXPECT_FALSE(exists(socket));
+    EXPECT_FALSE(exists(socket.substr(0, socket.rfind('/'))));
+}
+
+std::string refusal(const std::string& program)
+{
+    try
+    {
+        const kit::ServiceProcess process(program, {}, seconds(10));
+    }
+    catch (const std::runtime_error& error)
+    {
+        return error.what();
+    }
+    return "nothing";
+}
+
+TEST(ServiceProcessTest, SaysWhyItDoesNotRun)
+{
+    EXPECT_EQ(refusal("/nowhere/service"),
+              "the service /nowhere/service cannot be started: No such file or directory");
+    const Script silent("exit 3");
+    EXPECT_THAT(refusal(silent.path()), HasSubstr("does not listen at "));
+    const Script talkative("echo no socket today; exec sleep 600");
+    EXPECT_THAT(refusal(talkative.path()), HasSubstr("; it said: no socket today"));
+    const Script dumb("exec sleep 600");
+    EXPECT_THROW(kit::ServiceProcess(dumb.path(), {}, milliseconds(20)), std::runtime_error);
+}
+
+}  // namespace
