@@ -10,12 +10,6 @@
 #include <array>
 #include <set>
 
-#if defined(__clang__)
-#define ANY_FUNCTION_TYPE __attribute__((no_sanitize("function")))
-#else
-#define ANY_FUNCTION_TYPE
-#endif
-
 extern "C"
 {
     CommunicationsServiceProxy* createCommunicationsServiceProxy();
@@ -41,7 +35,7 @@ struct Slot
     int number;
 
     template <class Result, class... Arguments>
-    ANY_FUNCTION_TYPE Result call(Arguments... arguments) const
+    SUPPORT_ANY_FUNCTION_TYPE Result call(Arguments... arguments) const
     {
         void* const entry = tableOf(object)[number - 1];
         return reinterpret_cast<Result (*)(void*, Arguments...)>(entry)(object, arguments...);

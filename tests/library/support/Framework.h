@@ -14,6 +14,13 @@
 #include <string>
 #include <vector>
 
+/// For callers that know less of a function's type than its definition does, as the framework may.
+#if defined(__clang__)
+#define SUPPORT_ANY_FUNCTION_TYPE __attribute__((no_sanitize("function")))
+#else
+#define SUPPORT_ANY_FUNCTION_TYPE
+#endif
+
 /// The framework as the library's tests need it: everything asked of it becomes a line of a trace.
 ///
 /// ClientUtils::itos(12) gives "itos(12)", so that its use shows on the wire. Serializer decodes
