@@ -366,26 +366,28 @@ TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
 {
     const std::unique_ptr<Framework> framework = make();
     Gate gate;
-    recorder_.onEach([&](const kit::ReceivedEvent&) { gate.pass(); });
+    std::atomic<std::size_t> begun{0};
+    recorder_.onEach(
+        [&](const kit::ReceivedEvent&)
+        {
+            ++begun;
+            gate.pass();
+        });
     framework->service().subscribe(&recorder_);
     service_.sendHeld(1);
     service_.sendHeld(2);
     gate.awaitEntered();
-    std::size_t seenOnReturn = 0;
-    std::promise<void> removing;
-    std::thread remover(
-        [&]
-        {
-            removing.set_value();
-            EXPECT_TRUE(framework->remove(recorder_));
-            seenOnReturn = recorder_.events().size();
-        });
-    removing.get_future().wait();
+    std::future<bool> removed =
+        std::async(std::launch::async, [&] { return framework->remove(recorder_); });
+    // The callback cannot end before the gate opens, however long this waits.
+    EXPECT_EQ(removed.wait_for(milliseconds(20)), std::future_status::timeout);
     gate.open();
-    remover.join();
-    EXPECT_EQ(seenOnReturn, 1u) << "the callback had not ended";
+    EXPECT_TRUE(removed.get());
+    const std::size_t ended = recorder_.events().size();
+    EXPECT_EQ(ended, begun) << "a callback was still running";
+    service_.sendHeld(3);
     EXPECT_TRUE(framework->settle(seconds(10)));
-    EXPECT_EQ(recorder_.events().size(), 1u) << "an event came after the subscriber was removed";
+    EXPECT_EQ(recorder_.events().size(), ended) << "an event came after the removal";
     EXPECT_FALSE(framework->remove(recorder_));
 }
 
