@@ -7,6 +7,25 @@
 namespace kit
 {
 
+namespace
+{
+
+/// A service that keeps silent costs no time here: nobody could answer meanwhile.
+Delivery deliveryOf(SimulatedService::Reply reply)
+{
+    switch (reply)
+    {
+    case SimulatedService::Reply::silent:
+        return Delivery::timedOut;
+    case SimulatedService::Reply::gone:
+        return Delivery::gone;
+    default:
+        return Delivery::done;
+    }
+}
+
+}  // namespace
+
 EmbeddedConnection::EmbeddedConnection() : EmbeddedConnection(std::make_shared<SimulatedService>())
 {
 }
@@ -36,19 +55,19 @@ void EmbeddedConnection::setEventSink(EventSink sink)
 Delivery EmbeddedConnection::request(const std::string& request, std::string& answer,
                                      std::chrono::milliseconds)
 {
-    answer = service_->request(client_, request);
-    return Delivery::done;
+    return deliveryOf(service_->exchange(client_, request, answer));
 }
 
 Delivery EmbeddedConnection::subscribe(const std::string& request, std::string& answer,
                                        const std::string& channelName, std::chrono::milliseconds)
 {
-    answer = service_->subscribe(client_, request, channelName);
-    return Delivery::done;
+    return deliveryOf(service_->exchangeSubscription(client_, request, answer, channelName));
 }
 
 Delivery EmbeddedConnection::post(const std::string& message)
 {
+    if (!service_->connected(client_))
+        return Delivery::gone;
     service_->post(client_, message);
     return Delivery::done;
 }

@@ -12,7 +12,7 @@ class SimulatedService;
 
 /// A connection to a simulated service in this process. Several may share one service, as several
 /// applications do; each sees the events of its own subscriptions. The service answers on the
-/// caller's thread and at once, so time-outs never run out here.
+/// caller's thread and at once: one that was told to keep silent is a time-out without the time.
 class EmbeddedConnection : public Connection
 {
 public:

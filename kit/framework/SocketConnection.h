@@ -1,0 +1,59 @@
+#ifndef KIT_FRAMEWORK_SOCKET_CONNECTION_H
+#define KIT_FRAMEWORK_SOCKET_CONNECTION_H
+
+#include "kit/framework/Connection.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace kit
+{
+
+/// No connection could be made. The text is one line for people.
+class ConnectionError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A connection to a service in another process, over a Unix socket.
+///
+/// Threads: any number may ask at once over the one socket; each waits for its own answer only.
+/// Events come on a thread of the connection's own. Not to be destroyed from inside the event sink,
+/// nor while a call is still inside.
+///
+/// Failures: a request whose time runs out is taken back when it has not been sent yet; otherwise
+/// the service may still carry it out, and its answer is thrown away. When the service goes, or
+/// sends what is no message, every waiting call returns `gone` at once, and so does every later one.
+class SocketConnection : public Connection
+{
+public:
+    /// Throws ConnectionError.
+    explicit SocketConnection(const std::string& path);
+    ~SocketConnection() override;
+
+    SocketConnection(const SocketConnection&) = delete;
+    SocketConnection& operator=(const SocketConnection&) = delete;
+
+    void setEventSink(EventSink sink) override;
+    Delivery request(const std::string& request, std::string& answer,
+                     std::chrono::milliseconds timeout) override;
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, std::chrono::milliseconds timeout) override;
+    Delivery post(const std::string& message) override;
+    Delivery control(const std::string& command, std::string& answer,
+                     std::chrono::milliseconds timeout) override;
+    std::string description() const override;
+
+    /// Why the connection is gone, in words; "" while it is there.
+    std::string complaint() const;
+
+private:
+    class Core;
+    std::unique_ptr<Core> core_;
+};
+
+}  // namespace kit
+
+#endif

@@ -1,0 +1,65 @@
+#ifndef KIT_SERVICE_SOCKET_SERVER_H
+#define KIT_SERVICE_SOCKET_SERVER_H
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace kit
+{
+
+class SimulatedService;
+
+/// The service cannot be offered there. The text is one line for people.
+class ListenError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Offers a simulated service to other processes on a Unix socket.
+///
+/// Threads: all work is done inside run(), on the thread that calls it; stop() may be called from
+/// any. The service may be used directly meanwhile.
+///
+/// Ownership: the service stays the caller's and has to outlive the server. The socket's file is the
+/// server's: a stale one of a dead process is replaced, and the destructor removes it.
+///
+/// Failures: a client that sends what is no message, or does not read what is sent to it, loses its
+/// connection, with a line in the log; the others notice nothing.
+class SocketServer
+{
+public:
+    struct Options
+    {
+        /// How fast the simulated clock runs against the one on the wall; 0 leaves it to "advance".
+        double speed = 0;
+        /// Told what the server itself complains of.
+        std::function<void(const std::string& line)> log;
+        /// Told each request, before it is carried out.
+        std::function<void(const std::string& text)> journal;
+        /// SIGINT and SIGTERM end run().
+        bool handleSignals = false;
+    };
+
+    /// Listens. Throws ListenError.
+    SocketServer(SimulatedService& service, const std::string& path, Options options);
+    SocketServer(SimulatedService& service, const std::string& path);
+    ~SocketServer();
+
+    SocketServer(const SocketServer&) = delete;
+    SocketServer& operator=(const SocketServer&) = delete;
+
+    /// Serves until stop() is called.
+    void run();
+    void stop();
+
+private:
+    class Core;
+    std::unique_ptr<Core> core_;
+};
+
+}  // namespace kit
+
+#endif
