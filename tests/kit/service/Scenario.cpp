@@ -1,0 +1,167 @@
+#include "Scenario.h"
+
+#include "kit/protocol/Protocol.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace
+{
+
+std::string trimmed(const std::string& text)
+{
+    const std::size_t begin = text.find_first_not_of(" \t");
+    if (begin == std::string::npos)
+        return std::string();
+    return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
+
+/// "name=value name="more words"" taken apart; "" as a name is the first word.
+kit::Values valuesOf(const std::string& text)
+{
+    kit::Values values;
+    std::size_t at = 0;
+    while (at < text.size())
+    {
+        std::string word;
+        bool quoted = false;
+        for (; at < text.size() && (quoted || text[at] != ' '); ++at)
+            if (text[at] == '"')
+                quoted = !quoted;
+            else
+                word += text[at];
+        ++at;
+        const std::size_t equal = word.find('=');
+        if (equal != std::string::npos)
+            values.emplace_back(word.substr(0, equal), word.substr(equal + 1));
+        else if (!word.empty())
+            values.emplace_back("", word);
+    }
+    return values;
+}
+
+}  // namespace
+
+Scenario::Scenario()
+    : client_(service_.connect([this](const std::string& channel, const std::string& event)
+                               {
+                                   EXPECT_EQ(channel, "channel");
+                                   events_.push_back(event);
+                               }))
+{
+    service_.setLog([this](const std::string& line) { complaints_.push_back(line); });
+    EXPECT_EQ(service_.subscribe(client_, "<Method>Subscribe</Method>", "channel"), "sfiSuccess");
+}
+
+void Scenario::run(const std::string& script)
+{
+    std::istringstream in(script);
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number)
+    {
+        line = trimmed(line);
+        if (line.empty() || line[0] == '#')
+            continue;
+        SCOPED_TRACE("line " + std::to_string(number) + ": " + line);
+        runLine(line);
+        if (testing::Test::HasFailure())
+            return;
+    }
+    SCOPED_TRACE("at the end");
+    expectQuiet();
+}
+
+void Scenario::runLine(const std::string& line)
+{
+    if (line[0] == ':')
+    {
+        expectEvent(trimmed(line.substr(1)));
+        return;
+    }
+    if (line[0] == '!')
+    {
+        ASSERT_FALSE(complaints_.empty()) << "no complaint";
+        EXPECT_EQ(complaints_.front(), trimmed(line.substr(1)));
+        complaints_.pop_front();
+        return;
+    }
+    expectQuiet();
+    const std::size_t arrow = line.find(" -> ");
+    const std::string command = trimmed(line.substr(0, arrow));
+    const std::string answer = arrow == std::string::npos ? "" : trimmed(line.substr(arrow + 4));
+    const std::string* const expected = arrow == std::string::npos ? nullptr : &answer;
+    if (command[0] == '*')
+    {
+        const std::string got = service_.control(trimmed(command.substr(1)));
+        if (expected != nullptr)
+            EXPECT_EQ(got, *expected);
+        else
+            EXPECT_EQ(got.rfind("error: ", 0), std::string::npos) << got;
+        return;
+    }
+    const std::size_t blank = command.find(' ');
+    const std::string word = command.substr(0, blank);
+    const std::string rest = blank == std::string::npos ? "" : trimmed(command.substr(blank));
+    if (word == "raw")
+    {
+        request(rest, true, expected);
+        return;
+    }
+    const kit::Operation* const operation = kit::findOperation(word);
+    ASSERT_NE(operation, nullptr) << "no operation";
+    request(kit::requestText(*operation, valuesOf(rest)),
+            operation->sending != kit::Sending::oneWay,
+            expected);
+}
+
+void Scenario::request(const std::string& text, bool answered, const std::string* expected)
+{
+    if (!answered)
+        service_.post(client_, text);
+    else
+        EXPECT_EQ(service_.request(client_, text), expected != nullptr ? *expected : "sfiSuccess");
+}
+
+void Scenario::expectEvent(const std::string& expected)
+{
+    ASSERT_FALSE(events_.empty()) << "no event";
+    const kit::Message message = kit::parse(events_.front());
+    events_.pop_front();
+    const std::size_t blank = expected.find(' ');
+    ASSERT_EQ(message.method, expected.substr(0, blank));
+    const kit::Event* const event = kit::findEvent(message.method);
+    ASSERT_NE(event, nullptr);
+    // Whatever a scenario looks at, no field is left out and none is added.
+    std::vector<std::string> tags;
+    std::vector<std::string> sent;
+    for (const kit::Field& field : event->arguments)
+        if (*field.tag != '\0')
+            tags.push_back(field.tag);
+    for (const kit::Message::Element& element : message.elements)
+        sent.push_back(element.tag);
+    EXPECT_EQ(sent, tags);
+    if (blank == std::string::npos)
+        return;
+    for (const auto& [name, value] : valuesOf(expected.substr(blank + 1)))
+    {
+        const kit::Field* found = nullptr;
+        for (const kit::Field& field : event->arguments)
+            if (name == field.argument || (*field.tag != '\0' && name == field.tag))
+                found = &field;
+        ASSERT_NE(found, nullptr) << "no field " << name;
+        const std::string* const got =
+            found->kind == kit::Kind::payload ? &message.payload : message.find(found->tag);
+        ASSERT_NE(got, nullptr) << name;
+        EXPECT_EQ(kit::toPeople(*found, *got), value) << name;
+    }
+}
+
+void Scenario::expectQuiet()
+{
+    for (const std::string& event : events_)
+        ADD_FAILURE() << "not expected: " << event;
+    for (const std::string& complaint : complaints_)
+        ADD_FAILURE() << "not expected: " << complaint;
+    events_.clear();
+    complaints_.clear();
+}
