@@ -111,7 +111,7 @@ std::string toJson(const Record& record)
         object["number"] = record.number;
     if (record.kind == Record::Kind::request || record.kind == Record::Kind::answer)
         object["sending"] = nameIn(sendings, record.sending);
-    if (record.kind != Record::Kind::event)
+    if (record.kind == Record::Kind::answer)
         object["delivery"] = nameIn(deliveries, record.delivery);
     if (!record.channel.empty())
         putText(object, "channel", record.channel);
@@ -122,8 +122,6 @@ std::string toJson(const Record& record)
             putText(object, "method", method);
     }
     putText(object, "text", record.text);
-    if (record.kind == Record::Kind::control)
-        putText(object, "answer", record.answer);
     return object.dump();
 }
 
@@ -146,8 +144,6 @@ Record fromJson(const std::string& line)
         if (object.contains("channel") || object.contains("channelHex"))
             record.channel = getText(object, "channel");
         record.text = getText(object, "text");
-        if (record.kind == Record::Kind::control)
-            record.answer = getText(object, "answer");
     }
     catch (const Json::parse_error& error)
     {
@@ -235,11 +231,8 @@ Delivery ObservedConnection::control(const std::string& command, std::string& an
     Record record;
     record.kind = Record::Kind::control;
     record.text = command;
-    record.delivery = connection_->control(command, answer, timeout);
-    if (record.delivery == Delivery::done)
-        record.answer = answer;
     tell(record);
-    return record.delivery;
+    return connection_->control(command, answer, timeout);
 }
 
 Delivery ObservedConnection::quietControl(const std::string& command, std::string& answer,

@@ -22,17 +22,16 @@ struct Record
         request,  ///< the application's; also one that is not answered
         answer,   ///< to the request of the same number
         event,
-        control  ///< a command to the simulation, which no real service has
+        control  ///< a command to the simulation, which a real service does not have
     };
 
     Kind kind = Kind::request;
     std::chrono::microseconds time{0};  ///< since the start of the trace
     int number = 0;                     ///< of the request, counted from 1; 0 for the others
     Sending sending = Sending::request;
-    Delivery delivery = Delivery::done;  ///< of an answer, or of a request without one
+    Delivery delivery = Delivery::done;  ///< of an answer
     std::string channel;                 ///< of a subscription or an event
     std::string text;                    ///< as it travelled; a control's command
-    std::string answer;                  ///< of a control
 };
 
 /// One JSON object without a line end: {"time":0.001,"kind":"request","number":1,...}.

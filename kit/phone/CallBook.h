@@ -1,0 +1,77 @@
+#ifndef KIT_PHONE_CALL_BOOK_H
+#define KIT_PHONE_CALL_BOOK_H
+
+#include "kit/protocol/Protocol.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kit::phone
+{
+
+/// An event as the application got it: the callback's arguments, each as it would travel.
+struct ReceivedEvent
+{
+    const Event* event = nullptr;
+    std::vector<std::string> values;  ///< in the order of event->arguments
+
+    /// "" when the event has no such argument.
+    std::string value(const std::string& argument) const;
+};
+
+/// What an application knows about its calls and lines: only what the events have told it.
+class CallBook
+{
+public:
+    struct Call
+    {
+        int id = 0;
+        std::string line;
+        int state = 0;
+        std::string farEnd;
+    };
+
+    void setLines(const std::vector<std::string>& lines);
+    void take(const ReceivedEvent& event);
+    void setLamp(const std::string& line, const std::string& lamp, const std::string& mode);
+
+    /// Forgets calls and lamps; the lines stay.
+    void clear();
+
+    const std::vector<std::string>& lines() const { return lines_; }
+    bool isLine(const std::string& word) const;
+
+    /// Calls that are not over, oldest first.
+    const std::vector<Call>& calls() const { return calls_; }
+    const Call* find(int id) const;
+
+    /// The one call that an operation's argument can mean, on `line` if that is not "". Raises
+    /// Mistake when there is none or more than one, and says which.
+    const Call& pick(const Operation& operation, const Field& argument,
+                     const std::string& line) const;
+
+    /// Everything about the lines: registration, do-not-disturb, agent, messages and so on.
+    const std::map<std::string, std::map<std::string, std::string>>& features() const
+    {
+        return features_;
+    }
+    const std::map<std::string, std::map<std::string, std::string>>& lamps() const
+    {
+        return lamps_;
+    }
+
+private:
+    Call& call(int id, const ReceivedEvent& event);
+    void drop(int id);
+    void takeFeature(const ReceivedEvent& event);
+
+    std::vector<std::string> lines_;
+    std::vector<Call> calls_;
+    std::map<std::string, std::map<std::string, std::string>> features_;
+    std::map<std::string, std::map<std::string, std::string>> lamps_;
+};
+
+}  // namespace kit::phone
+
+#endif

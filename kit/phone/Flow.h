@@ -1,0 +1,80 @@
+#ifndef KIT_PHONE_FLOW_H
+#define KIT_PHONE_FLOW_H
+
+#include "kit/phone/Trace.h"
+
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kit::phone
+{
+
+/// One row of a call-flow picture: up to two arrows, or a note.
+struct Step
+{
+    enum class Between
+    {
+        none,
+        toService,    ///< a request
+        fromService,  ///< an event
+        answer
+    };
+
+    Between application = Between::none;  ///< the arrow between application and service
+    std::string text;                     ///< what stands on it, or the note
+    Between farEnd = Between::none;       ///< the arrow between service and far end
+    std::string farEndText;
+    std::string farEndName;  ///< "2001"; "" when there is no such arrow
+
+    bool isNote() const { return application == Between::none && farEnd == Between::none; }
+};
+
+/// Turns the records of a trace into steps, and finds out who was at the far end.
+///
+/// The trace shows only what passed between application and service. What passed behind the service
+/// follows from it: a request that was carried out went on to the far end of its call; an event that
+/// came while no request was under way was caused by the far end.
+class Flow
+{
+public:
+    /// Steps that are complete now. A request waits for its answer, since only the answer tells
+    /// whether it went on to the far end; what came meanwhile waits behind it.
+    std::vector<Step> add(const Record& record);
+
+    /// The steps that still wait.
+    std::vector<Step> finish();
+
+private:
+    struct Waiting
+    {
+        Step step;
+        int request;  ///< 0 when it waits for no answer
+        std::string farEnd;
+        std::string farEndText;
+    };
+
+    void addRequest(const Record& record);
+    void addAnswer(const Record& record);
+    void addEvent(const Record& record);
+    void addControl(const Record& record);
+    void learn(const Message& message);
+    std::string farEndOf(const Message& message) const;
+    std::vector<Step> takeReady();
+
+    std::deque<Waiting> waiting_;
+    std::set<int> open_;  ///< requests that have not been answered yet
+    std::map<std::string, std::string> farEnds_;  ///< by call identifier
+};
+
+/// "2001" of "sip:2001@example.com".
+std::string shortNumber(const std::string& uri);
+
+/// Name of a method and those of its fields that tell something.
+std::string messageLabel(const std::string& text);
+
+}  // namespace kit::phone
+
+#endif
