@@ -44,18 +44,37 @@ const Default defaults[] = {
     {"setForwardingConfiguration", "cfnrRingCount", "3"},
     {"setForwardingConfiguration", "forceTKVSUpdate", "false"},
     {"csCommunicationsService", "name", ""},
-    {"subscribe", "subscriber", ""},
 };
 
 bool canBeLeftOut(const Operation& operation, const Field& argument)
 {
-    return isLineArgument(argument) || isCallArgument(argument) ||
-           defaultOf(operation, argument) != nullptr;
+    return argument.kind == Kind::subscriber || isLineArgument(argument) ||
+           isCallArgument(argument) || defaultOf(operation, argument) != nullptr;
+}
+
+/// The argument's own name or its tag; the subscriber cannot be given.
+bool isCalled(const Field& argument, const std::string& name)
+{
+    return argument.kind != Kind::subscriber && !name.empty() &&
+           (name == argument.argument || name == argument.tag);
 }
 
 bool isNumberWord(const std::string& text)
 {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+bool isNull(const Field& field, const Word& word)
+{
+    return field.kind == Kind::cString && !word.quoted && word.text == "null";
+}
+
+std::string joined(const std::vector<std::string>& words)
+{
+    std::string text;
+    for (const std::string& word : words)
+        text += (text.empty() ? "" : ", ") + word;
+    return text;
 }
 
 std::vector<std::string> argumentNames(const Operation& operation)
@@ -67,22 +86,9 @@ std::vector<std::string> argumentNames(const Operation& operation)
     return names;
 }
 
-std::string usage(const Operation& operation)
-{
-    std::string text = operation.name;
-    for (const Field& argument : operation.arguments)
-    {
-        if (argument.kind == Kind::subscriber)
-            continue;
-        text += canBeLeftOut(operation, argument) ? " [" + std::string(argument.argument) + "]"
-                                                  : " " + std::string(argument.argument);
-    }
-    return text;
-}
-
 /// Puts each word to its argument; what is not given stays null.
 std::vector<const Word*> distribute(const Operation& operation, const std::vector<Word>& words,
-                                    const CallBook* book)
+                                    const CallBook& book)
 {
     const std::vector<Field>& arguments = operation.arguments;
     std::vector<const Word*> given(arguments.size(), nullptr);
@@ -95,8 +101,7 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             continue;
         }
         std::size_t i = 0;
-        while (i < arguments.size() && word.name != arguments[i].argument &&
-               (*arguments[i].tag == '\0' || word.name != arguments[i].tag))
+        while (i < arguments.size() && !isCalled(arguments[i], word.name))
             ++i;
         if (i == arguments.size())
         {
@@ -104,7 +109,7 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             const std::string near = nearest(word.name, names);
             throw Mistake(std::string(operation.name) + " has no argument " + word.name +
                               (near.empty() ? "" : ", did you mean " + near + "?") + " (" +
-                              usage(operation) + ")",
+                              usageOf(operation) + ")",
                           word.column);
         }
         if (given[i] != nullptr)
@@ -124,12 +129,9 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             continue;
         const bool optional = canBeLeftOut(operation, arguments[i]);
         const std::string& text = (*next)->text;
-        // Without a book a line cannot be told from anything else; the number of words decides.
-        const bool isLine = book != nullptr ? book->isLine(text)
-                                            : left >= arguments.size() - i;
         const bool taken = !optional                     ? true
                            : left <= needed              ? false
-                           : isLineArgument(arguments[i]) ? isLine
+                           : isLineArgument(arguments[i]) ? book.isLine(text)
                            : isCallArgument(arguments[i]) ? isNumberWord(text)
                                                           : true;
         if (!taken)
@@ -141,68 +143,87 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
     }
     if (left > 0)
         throw Mistake("there is nothing left for " + quote(printable((*next)->text, 40)) + " (" +
-                          usage(operation) + ")",
+                          usageOf(operation) + ")",
                       (*next)->column);
     return given;
 }
 
 }  // namespace
 
-std::vector<Value> bind(const Operation& operation, const std::vector<Word>& words,
-                        const CallBook* book)
+std::string usageOf(const Operation& operation)
+{
+    std::string text = operation.name;
+    for (const Field& argument : operation.arguments)
+    {
+        if (argument.kind == Kind::subscriber)
+            continue;
+        text += canBeLeftOut(operation, argument) ? " [" + std::string(argument.argument) + "]"
+                                                  : " " + std::string(argument.argument);
+    }
+    return text;
+}
+
+Binding bind(const Operation& operation, const std::vector<Word>& words, const CallBook& book,
+             Purpose purpose)
 {
     const std::vector<Field>& arguments = operation.arguments;
     const std::vector<const Word*> given = distribute(operation, words, book);
-    std::vector<Value> values(arguments.size());
+    std::vector<std::string> texts(arguments.size());
+    Binding binding;
     std::string line;
     for (std::size_t i = 0; i < arguments.size(); ++i)
         if (given[i] != nullptr)
         {
-            values[i] = readValue(arguments[i], *given[i]);
+            texts[i] = readValue(arguments[i], *given[i]);
+            if (isNull(arguments[i], *given[i]))
+                binding.nulls.push_back(arguments[i].argument);
             if (isLineArgument(arguments[i]))
-                line = values[i].text;
+                line = texts[i];
         }
+
     const CallBook::Call* call = nullptr;
     for (std::size_t i = 0; i < arguments.size(); ++i)
     {
         const Field& argument = arguments[i];
         const char* const otherwise = defaultOf(operation, argument);
+        if (argument.kind == Kind::subscriber)
+            continue;
         if (given[i] != nullptr)
         {
             int id = 0;
-            if (book != nullptr && isCallArgument(argument) &&
-                numberOf(Meaning::none, values[i].text, id) && book->find(id) != nullptr)
-                call = book->find(id);
+            if (isCallArgument(argument) && numberOf(Meaning::none, texts[i], id) &&
+                book.find(id) != nullptr)
+                call = book.find(id);
         }
         else if (otherwise != nullptr)
         {
-            Word word;
-            word.text = otherwise;
-            values[i] = readValue(argument, word);
+            texts[i] = toWire(argument, otherwise);
         }
         else if (isCallArgument(argument))
         {
-            if (book != nullptr)
-                call = &book->pick(operation, argument, line);
-            values[i].text = call != nullptr ? std::to_string(call->id) : "0";
+            if (purpose == Purpose::calling)
+                call = &book.pick(operation, argument, line);
+            texts[i] = call != nullptr ? std::to_string(call->id) : "0";
         }
         else if (!isLineArgument(argument))
             throw Mistake(std::string(operation.name) + " needs " + argument.argument + ": " +
-                          argument.meaning + " (" + usage(operation) + ")");
+                          argument.meaning + " (" + usageOf(operation) + ")");
     }
+
     for (std::size_t i = 0; i < arguments.size(); ++i)
     {
-        if (given[i] != nullptr || !isLineArgument(arguments[i]) || book == nullptr)
-            continue;
-        if (call != nullptr && !call->line.empty())
-            values[i].text = call->line;
-        else if (!book->lines().empty())
-            values[i].text = book->lines().front();
-        else
-            throw Mistake(std::string(operation.name) + " needs " + arguments[i].argument +
-                          ": the phone has no lines");
+        if (given[i] == nullptr && isLineArgument(arguments[i]) &&
+            purpose == Purpose::calling)
+        {
+            if (call == nullptr && book.lines().empty())
+                throw Mistake(std::string(operation.name) + " needs " + arguments[i].argument +
+                              ": the phone has no lines");
+            texts[i] = call != nullptr && !call->line.empty() ? call->line : book.lines().front();
+        }
+        if (arguments[i].kind != Kind::subscriber)
+            binding.values.emplace_back(arguments[i].argument, texts[i]);
     }
-    return values;
+    return binding;
 }
 
 const char* defaultOf(const Operation& operation, const Field& argument)
@@ -227,45 +248,30 @@ bool isCallArgument(const Field& argument)
                                              std::strcmp(argument.argument, "heldCall") == 0);
 }
 
-Value readValue(const Field& field, const Word& word)
+std::string readValue(const Field& field, const Word& word)
 {
-    Value value;
-    if (field.kind == Kind::cString && !word.quoted && word.text == "null")
-    {
-        value.null = true;
-        return value;
-    }
-    if (field.kind == Kind::subscriber)
-    {
-        if (!word.text.empty())
-            throw Mistake("the subscriber is the phone itself and cannot be given", word.column);
-        return value;
-    }
+    if (isNull(field, word))
+        return "";
     if (field.kind == Kind::state)
     {
         // Any number passes, so that a value without a name can be tried.
         int number = 0;
-        if (!numberOf(field.names, word.text, number))
-        {
-            const std::string near = nearest(word.text, namesFor(field));
-            throw Mistake(std::string(field.argument) + " is one of sfiServiceInService, "
-                          "sfiServiceOutOfService, sfiServiceDoNotDisturb, not " +
-                              quote(printable(word.text, 40)) +
-                              (near.empty() ? "" : "; did you mean " + near + "?"),
-                          word.column);
-        }
-        value.text = std::to_string(number);
-        return value;
+        if (numberOf(field.names, word.text, number))
+            return nameOf(field.names, number);
+        const std::string near = nearest(word.text, namesFor(field));
+        throw Mistake(std::string(field.argument) + " is one of " + joined(namesFor(field)) +
+                          ", not " + quote(printable(word.text, 40)) +
+                          (near.empty() ? "" : "; did you mean " + near + "?"),
+                      word.column);
     }
     try
     {
-        value.text = toWire(field, word.text);
+        return toWire(field, word.text);
     }
     catch (const std::invalid_argument& error)
     {
         throw Mistake(printable(error.what(), 200), word.column);
     }
-    return value;
 }
 
 std::vector<std::string> namesFor(const Field& field)
@@ -342,10 +348,9 @@ std::vector<Word> expand(const ShortWord& shortWord, const std::vector<Word>& wo
             std::string takes;
             for (const char* argument : shortWord.positional)
                 takes += std::string(" ") + argument;
-            throw Mistake(std::string(shortWord.word) + " takes " +
-                              (takes.empty() ? "no words" : "no more than" + takes) +
-                              "; what is " + quote(printable(word.text, 40)) +
-                              "? (\"help " + shortWord.operation + "\" shows the operation)",
+            throw Mistake(std::string(shortWord.word) +
+                              (takes.empty() ? " takes no words" : " takes no more than" + takes) +
+                              "; what is " + quote(printable(word.text, 40)) + "?",
                           word.column);
         }
         word.name = shortWord.positional[next++];

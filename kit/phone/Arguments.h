@@ -11,11 +11,11 @@
 namespace kit::phone
 {
 
-/// One argument, ready to be passed: as it would travel, or null.
-struct Value
+/// The arguments of one call, as the framework's caller takes them.
+struct Binding
 {
-    std::string text;
-    bool null = false;
+    Values values;
+    std::vector<std::string> nulls;
 };
 
 /// Finds a value for each argument of an operation, from named and positional words.
@@ -25,9 +25,14 @@ struct Value
 /// cases only when enough words are left for the arguments that cannot be left out. What is not given
 /// follows from the calls in the book, or is what defaultOf() says.
 ///
-/// Without a book nothing can follow, and the values are only good for finding mistakes.
-std::vector<Value> bind(const Operation& operation, const std::vector<Word>& words,
-                        const CallBook* book);
+/// When only looking for mistakes, no call has to follow, and the values are good for nothing else.
+enum class Purpose
+{
+    calling,
+    looking
+};
+Binding bind(const Operation& operation, const std::vector<Word>& words, const CallBook& book,
+             Purpose purpose = Purpose::calling);
 
 /// What an argument is when it is not given; null when it has to be given.
 const char* defaultOf(const Operation& operation, const Field& argument);
@@ -36,8 +41,11 @@ const char* defaultOf(const Operation& operation, const Field& argument);
 bool isLineArgument(const Field& argument);
 bool isCallArgument(const Field& argument);
 
-/// One value as it travels; the error, with its column, is a Mistake.
-Value readValue(const Field& field, const Word& word);
+/// One value as it travels; what cannot be meant is a Mistake.
+std::string readValue(const Field& field, const Word& word);
+
+/// "holdCall [line] [callId] [holdCallReason] [manual]"
+std::string usageOf(const Operation& operation);
 
 /// Names that a value can have, for completion and help; empty where anything goes.
 std::vector<std::string> namesFor(const Field& field);

@@ -75,14 +75,6 @@ int number(const std::string& text)
 
 }  // namespace
 
-std::string ReceivedEvent::value(const std::string& argument) const
-{
-    for (std::size_t i = 0; i < event->arguments.size(); ++i)
-        if (argument == event->arguments[i].argument)
-            return values[i];
-    return "";
-}
-
 void CallBook::setLines(const std::vector<std::string>& lines)
 {
     lines_ = lines;

@@ -1,6 +1,7 @@
 #ifndef KIT_PHONE_CALL_BOOK_H
 #define KIT_PHONE_CALL_BOOK_H
 
+#include "kit/framework/Subscriber.h"
 #include "kit/protocol/Protocol.h"
 
 #include <map>
@@ -9,16 +10,6 @@
 
 namespace kit::phone
 {
-
-/// An event as the application got it: the callback's arguments, each as it would travel.
-struct ReceivedEvent
-{
-    const Event* event = nullptr;
-    std::vector<std::string> values;  ///< in the order of event->arguments
-
-    /// "" when the event has no such argument.
-    std::string value(const std::string& argument) const;
-};
 
 /// What an application knows about its calls and lines: only what the events have told it.
 class CallBook

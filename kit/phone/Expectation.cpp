@@ -1,6 +1,7 @@
 #include "kit/phone/Expectation.h"
 
 #include "kit/phone/Arguments.h"
+#include "kit/phone/Labels.h"
 
 #include <algorithm>
 
@@ -73,7 +74,7 @@ Expectation Expectation::parse(const std::vector<Word>& words)
             const Field& field = expectation.event->arguments[argument];
             const bool pattern = isText(field.kind) && !current.quoted &&
                                  current.text.find('*') != std::string::npos;
-            expectation.wanted.push_back({argument, readValue(field, current).text, pattern});
+            expectation.wanted.push_back({argument, readValue(field, current), pattern});
             continue;
         }
         const bool keyword = current.text == "within" || current.text == "as";
@@ -150,7 +151,7 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
     std::vector<std::string> lines;
     if (nearestEvent != nullptr)
     {
-        lines.push_back("nearest: " + eventLabel(*nearestEvent));
+        lines.push_back("nearest: " + fullEventLabel(*nearestEvent));
         for (const std::size_t i : fewest)
             lines.push_back("differs: " + shown(wanted[i].argument, wanted[i].value) +
                             " was awaited, " +
@@ -168,20 +169,6 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
         }
     lines.push_back(others.empty() ? "no event came" : "events that came: " + others);
     return lines;
-}
-
-std::string eventLabel(const ReceivedEvent& received, bool all)
-{
-    std::string text = received.event->method;
-    for (std::size_t i = 0; i < received.values.size(); ++i)
-    {
-        const Field& field = received.event->arguments[i];
-        const std::string& value = received.values[i];
-        if (!all && (value.empty() || value == "-1"))
-            continue;
-        text += std::string(" ") + field.argument + "=" + quote(printable(toPeople(field, value), 200));
-    }
-    return text;
 }
 
 bool matchesPattern(const std::string& pattern, const std::string& text)

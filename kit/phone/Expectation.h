@@ -45,9 +45,6 @@ private:
     std::string shown(std::size_t argument, const std::string& value) const;
 };
 
-/// "CallHeldEvent lineId=1001 callId=12"; what is empty or absent is left out unless `all`.
-std::string eventLabel(const ReceivedEvent& received, bool all = false);
-
 /// "*" in the pattern stands for any text.
 bool matchesPattern(const std::string& pattern, const std::string& text);
 

@@ -1,5 +1,6 @@
 #include "kit/phone/Flow.h"
 
+#include "kit/phone/Labels.h"
 #include "kit/phone/Language.h"
 
 #include <algorithm>
@@ -70,33 +71,6 @@ bool isCsta(const std::string& method)
            method == "SendCSTARequest" || method == "SendUACSTAServerMessage";
 }
 
-const std::vector<Field>* fieldsOf(const std::string& method)
-{
-    if (const Operation* operation = findRequest(method))
-        return &operation->arguments;
-    if (const Event* event = findEvent(method))
-        return &event->arguments;
-    return nullptr;
-}
-
-/// Nothing that helps a reader: the line, what is absent, off, zero or empty.
-bool saysNothing(const Field* field, const std::string& tag, const std::string& value)
-{
-    if (tag == "Line" || tag == "LineID" || tag == "lineURI" || value.empty() || value == "-1")
-        return true;
-    // The far end's name and identity say no more than its number.
-    if (tag == "Name" || tag == "FullPAI" || tag.compare(0, 3, "GPU") == 0)
-        return true;
-    // A flag or number that is what the message is about is shown even when it is 0.
-    const bool rare = tag == "DSSDirectCall" || tag == "BridgeCall" || tag == "IsVideoCall" ||
-                      tag == "CallCompletionCall" || tag == "AICSZIPAutoAnswer" ||
-                      tag == "AlertInformation_AutoAnswer" || tag == "SendOptions" ||
-                      tag == "Reason" || tag == "DiversionReason" || tag == "ResourcePriority" ||
-                      tag == "PreemptionCause" || tag == "ILCallLevel" ||
-                      tag == "ILLocalLevel" || tag == "CallBackFearureAvailable";
-    return field != nullptr && rare && value == "0";
-}
-
 std::string firstOf(const Message& message, const char* const* begin, const char* const* end)
 {
     for (const char* const* tag = begin; tag != end; ++tag)
@@ -106,44 +80,6 @@ std::string firstOf(const Message& message, const char* const* begin, const char
 }
 
 }  // namespace
-
-std::string shortNumber(const std::string& uri)
-{
-    std::string number = uri;
-    const std::size_t scheme = number.find(':');
-    if (scheme != std::string::npos)
-        number.erase(0, scheme + 1);
-    number.erase(std::min(number.size(), number.find_first_of("@;")));
-    return number;
-}
-
-std::string messageLabel(const std::string& text)
-{
-    const Message message = parse(text);
-    if (message.method.empty())
-        return printable(text, 60);
-    std::string label = message.method;
-    const std::vector<Field>* const fields = fieldsOf(message.method);
-    for (const Message::Element& element : message.elements)
-    {
-        const Field* field = nullptr;
-        if (fields != nullptr)
-            for (const Field& candidate : *fields)
-                if (element.tag == candidate.tag)
-                    field = &candidate;
-        if (saysNothing(field, element.tag, element.value))
-            continue;
-        const bool far = std::find(std::begin(farEndTags), std::end(farEndTags), element.tag) !=
-                         std::end(farEndTags);
-        label += " " + element.tag + "=" +
-                 (far                ? shortNumber(element.value)
-                  : field != nullptr ? toPeople(*field, element.value)
-                                     : element.value);
-    }
-    if (!message.payload.empty())
-        label += " + " + std::to_string(message.payload.size()) + " bytes";
-    return printable(label, 200);
-}
 
 std::vector<Step> Flow::add(const Record& record)
 {

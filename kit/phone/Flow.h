@@ -69,12 +69,6 @@ private:
     std::map<std::string, std::string> farEnds_;  ///< by call identifier
 };
 
-/// "2001" of "sip:2001@example.com".
-std::string shortNumber(const std::string& uri);
-
-/// Name of a method and those of its fields that tell something.
-std::string messageLabel(const std::string& text);
-
 }  // namespace kit::phone
 
 #endif

@@ -187,17 +187,20 @@ ObservedConnection::ObservedConnection(std::unique_ptr<Connection> connection, O
 
 void ObservedConnection::setEventSink(EventSink sink)
 {
-    connection_->setEventSink(
-        [this, sink](const std::string& channelName, const std::string& event)
-        {
-            Record record;
-            record.kind = Record::Kind::event;
-            record.channel = channelName;
-            record.text = event;
-            // Handed on first: who is woken by the record finds the event.
-            sink(channelName, event);
-            tell(record);
-        });
+    sink_ = std::move(sink);
+    connection_->setEventSink([this](const std::string& channelName, const std::string& event)
+                              { inject(channelName, event); });
+}
+
+void ObservedConnection::inject(const std::string& channelName, const std::string& event)
+{
+    Record record;
+    record.kind = Record::Kind::event;
+    record.channel = channelName;
+    record.text = event;
+    // Handed on first: who is woken by the record finds the event.
+    sink_(channelName, event);
+    tell(record);
 }
 
 Delivery ObservedConnection::request(const std::string& request, std::string& answer,
@@ -233,6 +236,12 @@ Delivery ObservedConnection::control(const std::string& command, std::string& an
     record.text = command;
     tell(record);
     return connection_->control(command, answer, timeout);
+}
+
+Delivery ObservedConnection::quietRequest(const std::string& request, std::string& answer,
+                                          std::chrono::milliseconds timeout)
+{
+    return connection_->request(request, answer, timeout);
 }
 
 Delivery ObservedConnection::quietControl(const std::string& command, std::string& answer,

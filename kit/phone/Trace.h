@@ -62,9 +62,14 @@ public:
                      std::chrono::milliseconds timeout) override;
     std::string description() const override;
 
-    /// Asks the simulation without telling the observer.
+    /// Asks without telling the observer: for what the phone, not the application, wants to know.
+    Delivery quietRequest(const std::string& request, std::string& answer,
+                          std::chrono::milliseconds timeout);
     Delivery quietControl(const std::string& command, std::string& answer,
                           std::chrono::milliseconds timeout);
+
+    /// Lets an event come in as if the service had sent it.
+    void inject(const std::string& channelName, const std::string& event);
 
 private:
     int tellRequest(Sending sending, const std::string& text, const std::string& channel);
@@ -72,6 +77,7 @@ private:
     void tell(Record record);
 
     const std::unique_ptr<Connection> connection_;
+    EventSink sink_;
     const Observer observer_;
     const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::mutex mutex_;

@@ -1,0 +1,99 @@
+#include "kit/phone/Display.h"
+
+#include <cstdlib>
+#include <ostream>
+#include <unistd.h>
+#include <utility>
+
+namespace kit::phone
+{
+
+namespace
+{
+
+const char* colourOf(Display::Style style)
+{
+    switch (style)
+    {
+    case Display::Style::echo:
+    case Display::Style::heading:
+        return "\033[1m";
+    case Display::Style::good:
+        return "\033[32m";
+    case Display::Style::bad:
+        return "\033[31m";
+    case Display::Style::event:
+        return "\033[36m";
+    case Display::Style::outgoing:
+    case Display::Style::incoming:
+    case Display::Style::faint:
+        return "\033[2m";
+    case Display::Style::plain:
+        break;
+    }
+    return "";
+}
+
+}  // namespace
+
+Display::Display(std::ostream& out, std::ostream& errors, bool colours)
+    : out_(out), errors_(errors), colours_(colours)
+{
+}
+
+void Display::print(const std::string& text, Style style)
+{
+    endProgress();
+    if (before_)
+        before_();
+    out_ << styled(text, style) << '\n' << std::flush;
+    if (after_)
+        after_();
+}
+
+void Display::complain(const std::string& text)
+{
+    endProgress();
+    if (before_)
+        before_();
+    // What was printed so far stands before it, also when both go to one file.
+    out_ << std::flush;
+    errors_ << styled(text, Style::bad) << '\n' << std::flush;
+    if (after_)
+        after_();
+}
+
+void Display::progress(const std::string& text)
+{
+    errors_ << "\r\033[K" << text << std::flush;
+    progressShown_ = true;
+}
+
+void Display::endProgress()
+{
+    if (progressShown_)
+        errors_ << "\r\033[K" << std::flush;
+    progressShown_ = false;
+}
+
+void Display::setSurroundings(std::function<void()> before, std::function<void()> after)
+{
+    before_ = std::move(before);
+    after_ = std::move(after);
+}
+
+std::string Display::styled(const std::string& text, Style style) const
+{
+    const std::string colour = colours_ ? colourOf(style) : "";
+    return colour.empty() ? text : colour + text + "\033[0m";
+}
+
+bool coloursWanted()
+{
+    const char* const forbidden = std::getenv("NO_COLOR");
+    const char* const terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && (forbidden == nullptr || *forbidden == '\0') &&
+           (terminal == nullptr || std::string(terminal) != "dumb");
+}
+
+}  // namespace kit::phone

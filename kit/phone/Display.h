@@ -1,0 +1,58 @@
+#ifndef KIT_PHONE_DISPLAY_H
+#define KIT_PHONE_DISPLAY_H
+
+#include <functional>
+#include <iosfwd>
+#include <string>
+
+namespace kit::phone
+{
+
+/// What the phone prints, line by line.
+class Display
+{
+public:
+    enum class Style
+    {
+        plain,
+        echo,      ///< a command of a script
+        good,      ///< a result that is a success
+        bad,       ///< a result that is none
+        event,
+        outgoing,  ///< raw text to the service
+        incoming,  ///< raw text from the service
+        faint,
+        heading
+    };
+
+    Display(std::ostream& out, std::ostream& errors, bool colours);
+
+    void print(const std::string& text, Style style = Style::plain);
+
+    /// For what is wrong; goes to the error stream.
+    void complain(const std::string& text);
+
+    /// Shows a line that the next print overwrites. Only for terminals.
+    void progress(const std::string& text);
+    void endProgress();
+
+    /// What to do around each line while a line is being typed below.
+    void setSurroundings(std::function<void()> before, std::function<void()> after);
+
+    std::string styled(const std::string& text, Style style) const;
+
+private:
+    std::ostream& out_;
+    std::ostream& errors_;
+    const bool colours_;
+    bool progressShown_ = false;
+    std::function<void()> before_;
+    std::function<void()> after_;
+};
+
+/// Colours are for terminals, and for those who do not forbid them with NO_COLOR.
+bool coloursWanted();
+
+}  // namespace kit::phone
+
+#endif

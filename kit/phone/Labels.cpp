@@ -1,0 +1,133 @@
+#include "kit/phone/Labels.h"
+
+#include "kit/phone/Language.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kit::phone
+{
+
+namespace
+{
+
+bool isOneOf(const char* name, const char* const* begin, const char* const* end)
+{
+    return std::any_of(begin, end, [&](const char* other) { return std::strcmp(name, other) == 0; });
+}
+
+/// Said by another field already.
+bool isRepetition(const Field& field)
+{
+    static const char* const names[] = {"fullPai", "callingPartyFullPai", "diversionName"};
+    return field.kind == Kind::party ||
+           isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+/// Worth telling only when it is not 0, which is the usual.
+bool isUsuallyZero(const Field& field)
+{
+    static const char* const names[] = {
+        "dssDirectCall",   "bridgeCall",       "callCompletionCall",
+        "sendOptions",     "reason",           "diversionReason",
+        "ilCallLevel",     "ilLocalLevel",     "callBackFeatureAvailable",
+        "alertAutoAnswer", "zipAutoAnswer",    "isVideoCall",
+        "exitConf",        "jointCall",        "connectedToMediaServer",
+        "autoAnswer",      "blfPickup",        "forceTKVSUpdate",
+        "preemptionCause", "resourcePriority", "displayOutcomeCallUI"};
+    return isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+bool isLine(const Field& field)
+{
+    static const char* const names[] = {"line", "lineId", "lineURI", "deviceId"};
+    return isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+bool isAbsent(const std::string& value)
+{
+    return value.empty() || value == "-1";
+}
+
+bool saysNothing(const Field& field, const std::string& value)
+{
+    return isAbsent(value) || isRepetition(field) || (value == "0" && isUsuallyZero(field));
+}
+
+std::string named(const Field& field, const std::string& value)
+{
+    return std::string(" ") + field.argument + "=" + quote(printable(toPeople(field, value), 200));
+}
+
+const std::vector<Field>* fieldsOf(const std::string& method)
+{
+    if (const Operation* operation = findRequest(method))
+        return &operation->arguments;
+    if (const Event* event = findEvent(method))
+        return &event->arguments;
+    return nullptr;
+}
+
+const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& tag)
+{
+    if (fields != nullptr)
+        for (const Field& field : *fields)
+            if (tag == field.tag)
+                return &field;
+    return nullptr;
+}
+
+}  // namespace
+
+std::string eventLabel(const ReceivedEvent& received)
+{
+    std::string text = received.event->method;
+    for (std::size_t i = 0; i < received.values.size(); ++i)
+        if (!saysNothing(received.event->arguments[i], received.values[i]))
+            text += named(received.event->arguments[i], received.values[i]);
+    return text;
+}
+
+std::string fullEventLabel(const ReceivedEvent& received)
+{
+    std::string text = received.event->method;
+    for (std::size_t i = 0; i < received.values.size(); ++i)
+        if (!isAbsent(received.values[i]))
+            text += named(received.event->arguments[i], received.values[i]);
+    return text;
+}
+
+std::string messageLabel(const std::string& text)
+{
+    const Message message = parse(text);
+    if (message.method.empty() && message.elements.empty())
+        return printable(text, 60);
+    std::string label = message.method;  // an answer has fields only
+    const std::vector<Field>* const fields = fieldsOf(message.method);
+    for (const Message::Element& element : message.elements)
+    {
+        const Field* const field = fieldWithTag(fields, element.tag);
+        if (field != nullptr && (isLine(*field) || saysNothing(*field, element.value)))
+            continue;
+        const bool farEnd = element.tag == "URI" || element.tag == "CallingParty";
+        const std::string value = field == nullptr ? element.value
+                                  : farEnd         ? shortNumber(element.value)
+                                                   : toPeople(*field, element.value);
+        label += (label.empty() ? "" : " ") + element.tag + "=" + value;
+    }
+    if (!message.payload.empty())
+        label += " + " + std::to_string(message.payload.size()) + " bytes";
+    return printable(label, 200);
+}
+
+std::string shortNumber(const std::string& uri)
+{
+    std::string number = uri;
+    const std::size_t scheme = number.find(':');
+    if (scheme != std::string::npos)
+        number.erase(0, scheme + 1);
+    number.erase(std::min(number.size(), number.find_first_of("@;")));
+    return number;
+}
+
+}  // namespace kit::phone

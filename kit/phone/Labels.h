@@ -1,0 +1,25 @@
+#ifndef KIT_PHONE_LABELS_H
+#define KIT_PHONE_LABELS_H
+
+#include "kit/framework/Subscriber.h"
+
+#include <string>
+
+namespace kit::phone
+{
+
+/// "CallHeldEvent lineId=1001 callId=12": what a person wants to know of an event.
+std::string eventLabel(const ReceivedEvent& received);
+
+/// The same with every field that is not absent.
+std::string fullEventLabel(const ReceivedEvent& received);
+
+/// A message on the wire in short, "CallHeldEvent CallID=12".
+std::string messageLabel(const std::string& text);
+
+/// "2001" of "sip:2001@example.com".
+std::string shortNumber(const std::string& uri);
+
+}  // namespace kit::phone
+
+#endif
