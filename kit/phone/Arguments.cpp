@@ -129,8 +129,8 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             continue;
         const bool optional = canBeLeftOut(operation, arguments[i]);
         const std::string& text = (*next)->text;
-        const bool taken = !optional                     ? true
-                           : left <= needed              ? false
+        const bool taken = !optional                      ? true
+                           : left <= needed               ? false
                            : isLineArgument(arguments[i]) ? book.isLine(text)
                            : isCallArgument(arguments[i]) ? isNumberWord(text)
                                                           : true;
@@ -163,8 +163,8 @@ std::string usageOf(const Operation& operation)
     return text;
 }
 
-Binding bind(const Operation& operation, const std::vector<Word>& words, const CallBook& book,
-             Purpose purpose)
+Binding bindArguments(const Operation& operation, const std::vector<Word>& words,
+                      const CallBook& book, Purpose purpose)
 {
     const std::vector<Field>& arguments = operation.arguments;
     const std::vector<const Word*> given = distribute(operation, words, book);
@@ -212,8 +212,7 @@ Binding bind(const Operation& operation, const std::vector<Word>& words, const C
 
     for (std::size_t i = 0; i < arguments.size(); ++i)
     {
-        if (given[i] == nullptr && isLineArgument(arguments[i]) &&
-            purpose == Purpose::calling)
+        if (given[i] == nullptr && isLineArgument(arguments[i]) && purpose == Purpose::calling)
         {
             if (call == nullptr && book.lines().empty())
                 throw Mistake(std::string(operation.name) + " needs " + arguments[i].argument +

@@ -31,8 +31,8 @@ enum class Purpose
     calling,
     looking
 };
-Binding bind(const Operation& operation, const std::vector<Word>& words, const CallBook& book,
-             Purpose purpose = Purpose::calling);
+Binding bindArguments(const Operation& operation, const std::vector<Word>& words,
+                      const CallBook& book, Purpose purpose = Purpose::calling);
 
 /// What an argument is when it is not given; null when it has to be given.
 const char* defaultOf(const Operation& operation, const Field& argument);

@@ -26,8 +26,8 @@ Word onlyWord(const Statement& statement, const std::string& what)
     if (words.empty())
         throw Mistake(needs);
     if (words.size() > 1)
-        throw Mistake(needs + " and nothing else; what is " +
-                          quote(printable(words[1].text, 40)) + "?",
+        throw Mistake(needs + " and nothing else; what is " + quote(printable(words[1].text, 40)) +
+                          "?",
                       words[1].column);
     // What looks like name=value is one word here.
     Word word = words[0];
@@ -351,7 +351,11 @@ const std::vector<Command>& commands()
 {
     using C = Commands;
     static const std::vector<Command> table = {
-        {"help", "[OPERATION|EVENT|COMMAND]", "explains; alone, lists everything", C::help, nullptr},
+        {"help",
+         "[OPERATION|EVENT|COMMAND]",
+         "explains; alone, lists everything",
+         C::help,
+         nullptr},
         {"lines", "", "the lines, and what the events have told about them", C::lines, checkAlone},
         {"calls", "", "the calls, as the events have told them", C::calls, checkAlone},
         {"lamps", "", "the lamps that were set in this session", C::lamps, checkAlone},
@@ -382,7 +386,10 @@ const std::vector<Command>& commands()
         {"wire", "on|off", "shows what goes over the channel", C::wire, checkOnOff},
         {"ladder", "on|off", "draws what happens as a call flow", C::ladder, checkOnOff},
         {"say", "TEXT", "prints the text", C::say, nullptr},
-        {"echo", "on|off", "prints each line of a script before it is carried out", C::echo,
+        {"echo",
+         "on|off",
+         "prints each line of a script before it is carried out",
+         C::echo,
          checkOnOff},
         {"run", "FILE", "carries out a script", C::run, checkRun},
         {"reconnect", "", "connects anew, after the service went away", C::reconnect, checkAlone},

@@ -15,9 +15,9 @@ public:
     enum class Style
     {
         plain,
-        echo,      ///< a command of a script
-        good,      ///< a result that is a success
-        bad,       ///< a result that is none
+        echo,  ///< a command of a script
+        good,  ///< a result that is a success
+        bad,   ///< a result that is none
         event,
         outgoing,  ///< raw text to the service
         incoming,  ///< raw text from the service

@@ -23,10 +23,10 @@ const Event& eventNamed(const Word& word)
     if (const Event* event = findCallback(word.text))
         return *event;
     const std::string near = nearest(word.text, eventNames());
-    throw Mistake("there is no event " + quote(printable(word.text, 40)) +
-                      (near.empty() ? " (\"help events\" lists them)"
-                                    : ", did you mean " + near + "?"),
-                  word.column);
+    throw Mistake(
+        "there is no event " + quote(printable(word.text, 40)) +
+            (near.empty() ? " (\"help events\" lists them)" : ", did you mean " + near + "?"),
+        word.column);
 }
 
 std::size_t argumentNamed(const Event& event, const Word& word)
@@ -135,9 +135,9 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
     {
         if (events[i].event != event)
         {
-            const std::string name = events[i].event->method;
-            if (others.find(name) == std::string::npos)
-                others += (others.empty() ? "" : ", ") + name;
+            const std::string method = events[i].method();
+            if (others.find(method) == std::string::npos)
+                others += (others.empty() ? "" : ", ") + method;
             continue;
         }
         const std::vector<std::size_t> different = differences(events[i]);
@@ -151,13 +151,11 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
     std::vector<std::string> lines;
     if (nearestEvent != nullptr)
     {
-        lines.push_back("nearest: " + fullEventLabel(*nearestEvent));
+        lines.push_back("nearest: " + eventLabel(*nearestEvent));
         for (const std::size_t i : fewest)
-            lines.push_back("differs: " + shown(wanted[i].argument, wanted[i].value) +
-                            " was awaited, " +
-                            shown(wanted[i].argument,
-                                  nearestEvent->values[wanted[i].argument]) +
-                            " came");
+            lines.push_back(
+                "differs: " + shown(wanted[i].argument, wanted[i].value) + " was awaited, " +
+                shown(wanted[i].argument, nearestEvent->values[wanted[i].argument]) + " came");
         return lines;
     }
     for (std::size_t i = begin; i-- > 0;)

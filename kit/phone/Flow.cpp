@@ -144,8 +144,8 @@ void Flow::addRequest(const Record& record)
 void Flow::addAnswer(const Record& record)
 {
     open_.erase(record.number);
-    const bool carriedOut = record.delivery == Delivery::done &&
-                            record.text == resultName(sfiSuccess);
+    const bool carriedOut =
+        record.delivery == Delivery::done && record.text == resultName(sfiSuccess);
     for (Waiting& waiting : waiting_)
     {
         if (waiting.request != record.number)
@@ -211,8 +211,7 @@ std::string Flow::farEndOf(const Message& message) const
     const std::string named = firstOf(message, std::begin(farEndTags), std::end(farEndTags));
     if (!named.empty())
         return shortNumber(named);
-    const auto known =
-        farEnds_.find(firstOf(message, std::begin(callTags), std::end(callTags)));
+    const auto known = farEnds_.find(firstOf(message, std::begin(callTags), std::end(callTags)));
     return known != farEnds_.end() ? known->second : "";
 }
 

@@ -65,7 +65,7 @@ private:
     std::vector<Step> takeReady();
 
     std::deque<Waiting> waiting_;
-    std::set<int> open_;  ///< requests that have not been answered yet
+    std::set<int> open_;                          ///< requests that have not been answered yet
     std::map<std::string, std::string> farEnds_;  ///< by call identifier
 };
 

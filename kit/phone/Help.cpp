@@ -41,7 +41,7 @@ std::string paragraph(const std::vector<std::string>& words)
     return text + line;
 }
 
-std::string usageOf(const ShortWord& shortWord)
+std::string wordUsage(const ShortWord& shortWord)
 {
     std::string text = shortWord.word;
     for (const char* argument : shortWord.positional)
@@ -55,7 +55,7 @@ std::string shortWordList()
     for (const ShortWord& shortWord : shortWords())
     {
         const Operation& operation = *findOperation(shortWord.operation);
-        text += "  " + padded(usageOf(shortWord), 30) + " " + padded(operation.name, 27) + " " +
+        text += "  " + padded(wordUsage(shortWord), 30) + " " + padded(operation.name, 27) + " " +
                 operation.summary + "\n";
     }
     return text;
@@ -99,7 +99,10 @@ std::string wireText(const std::string& method, const std::vector<Field>& fields
         if (field.kind == Kind::payload)
             text += std::string("...") + field.argument + "...";
         else if (field.kind != Kind::subscriber)
-            text += element(field.tag, isFlag(field.kind) ? "1" : isNumber(field.kind) ? "7" : "...");
+            text += element(field.tag,
+                            isFlag(field.kind)     ? "1"
+                            : isNumber(field.kind) ? "7"
+                                                   : "...");
     return text;
 }
 
@@ -152,7 +155,7 @@ std::string helpOnOperation(const Operation& operation)
     std::vector<std::string> words;
     for (const ShortWord& shortWord : shortWords())
         if (operation.name == std::string(shortWord.operation))
-            words.push_back(usageOf(shortWord));
+            words.push_back(wordUsage(shortWord));
     if (!words.empty())
         text += "\n  short:  " + joined(words, ", ");
     return text;
@@ -160,8 +163,8 @@ std::string helpOnOperation(const Operation& operation)
 
 std::string helpOnEvent(const Event& event)
 {
-    std::string text = std::string(event.method) + ", callback " + event.callback + "\n  " +
-                       event.summary;
+    std::string text =
+        std::string(event.method) + ", callback " + event.callback + "\n  " + event.summary;
     for (const Field& argument : event.arguments)
         text += "\n" + fieldLine(argument, "");
     return text + "\n  wire: " + wireText(event.method, event.arguments);
@@ -179,8 +182,8 @@ std::string operationList()
 {
     std::string text;
     for (const Operation& operation : operations())
-        text += (text.empty() ? "  " : "\n  ") + padded(operation.name, 34) + " " +
-                operation.summary;
+        text +=
+            (text.empty() ? "  " : "\n  ") + padded(operation.name, 34) + " " + operation.summary;
     return text;
 }
 
@@ -200,7 +203,7 @@ std::string helpOn(const std::string& topic)
     std::string shorts;
     for (const ShortWord& shortWord : shortWords())
         if (topic == shortWord.word)
-            shorts += (shorts.empty() ? "" : "\n") + usageOf(shortWord) + ": short for\n" +
+            shorts += (shorts.empty() ? "" : "\n") + wordUsage(shortWord) + ": short for\n" +
                       helpOnOperation(*findOperation(shortWord.operation));
     if (!shorts.empty())
         return shorts;
@@ -216,9 +219,9 @@ std::string helpOn(const std::string& topic)
     for (const std::string& name : eventNames())
         topics.push_back(name);
     const std::string near = nearest(topic, topics);
-    throw Mistake("there is no help on " + quote(printable(topic, 40)) +
-                  (near.empty() ? "; \"help\" alone lists everything"
-                                : ", did you mean " + near + "?"));
+    throw Mistake(
+        "there is no help on " + quote(printable(topic, 40)) +
+        (near.empty() ? "; \"help\" alone lists everything" : ", did you mean " + near + "?"));
 }
 
 }  // namespace kit::phone

@@ -13,15 +13,16 @@ namespace
 
 bool isOneOf(const char* name, const char* const* begin, const char* const* end)
 {
-    return std::any_of(begin, end, [&](const char* other) { return std::strcmp(name, other) == 0; });
+    return std::any_of(begin,
+                       end,
+                       [&](const char* other) { return std::strcmp(name, other) == 0; });
 }
 
 /// Said by another field already.
 bool isRepetition(const Field& field)
 {
     static const char* const names[] = {"fullPai", "callingPartyFullPai", "diversionName"};
-    return field.kind == Kind::party ||
-           isOneOf(field.argument, std::begin(names), std::end(names));
+    return field.kind == Kind::party || isOneOf(field.argument, std::begin(names), std::end(names));
 }
 
 /// Worth telling only when it is not 0, which is the usual.
@@ -42,6 +43,14 @@ bool isLine(const Field& field)
 {
     static const char* const names[] = {"line", "lineId", "lineURI", "deviceId"};
     return isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+/// What a call flow shows by its columns and arrows, or what few would miss there.
+bool isDrawnOtherwise(const Field& field, const std::string& method)
+{
+    static const char* const names[] = {"uri", "name", "sendOptions", "callBackFeatureAvailable"};
+    return isLine(field) || (method.compare(0, 8, "Incoming") != 0 &&
+                             isOneOf(field.argument, std::begin(names), std::end(names)));
 }
 
 bool isAbsent(const std::string& value)
@@ -107,7 +116,8 @@ std::string messageLabel(const std::string& text)
     for (const Message::Element& element : message.elements)
     {
         const Field* const field = fieldWithTag(fields, element.tag);
-        if (field != nullptr && (isLine(*field) || saysNothing(*field, element.value)))
+        if (field != nullptr &&
+            (isDrawnOtherwise(*field, message.method) || saysNothing(*field, element.value)))
             continue;
         const bool farEnd = element.tag == "URI" || element.tag == "CallingParty";
         const std::string value = field == nullptr ? element.value

@@ -116,10 +116,8 @@ std::string TextLadder::add(const Step& step)
     const std::size_t target =
         step.farEnd == Step::Between::none ? serviceColumn : columnOf(step.farEndName);
     if (target > serviceColumn)
-        line += "|" + arrow(step.farEndText,
-                            target - serviceColumn - 1,
-                            toTheRight(step.farEnd),
-                            '-');
+        line +=
+            "|" + arrow(step.farEndText, target - serviceColumn - 1, toTheRight(step.farEnd), '-');
     const std::string behind = lifelines();
     return before + trimmed(line + behind.substr(target));
 }

@@ -236,8 +236,7 @@ void fillIn(std::vector<Word>& words, const Variables& variables)
             for (const auto& variable : variables)
                 known += (known.empty() ? "" : ", ") + ("$" + variable.first);
             throw Mistake(word.text + " has not been captured (expect ... as " +
-                              word.text.substr(1) + "); known: " +
-                              (known.empty() ? "none" : known),
+                              word.text.substr(1) + "); known: " + (known.empty() ? "none" : known),
                           word.column);
         }
         word.text = found->second;

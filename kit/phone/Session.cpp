@@ -49,8 +49,8 @@ std::string inWords(const Operation& operation, const Binding& binding)
     for (std::size_t i = 0; i < binding.values.size(); ++i)
     {
         const auto& [name, value] = binding.values[i];
-        const bool null = std::find(binding.nulls.begin(), binding.nulls.end(), name) !=
-                          binding.nulls.end();
+        const bool null =
+            std::find(binding.nulls.begin(), binding.nulls.end(), name) != binding.nulls.end();
         for (const Field& field : operation.arguments)
             if (name == field.argument)
                 text += " " + name + "=" +
@@ -207,9 +207,8 @@ const Operation& Session::resolve(const Statement& statement, std::vector<Word>&
     const std::string& word = statement.command.text;
     if (const Operation* operation = findOperation(word))
         return *operation;
-    const auto positionals = std::count_if(words.begin(),
-                                           words.end(),
-                                           [](const Word& w) { return w.name.empty(); });
+    const auto positionals =
+        std::count_if(words.begin(), words.end(), [](const Word& w) { return w.name.empty(); });
     const ShortWord* const shortWord = findShortWord(word, static_cast<std::size_t>(positionals));
     if (shortWord == nullptr)
     {
@@ -229,14 +228,14 @@ Verdict Session::carryOutOperation(const Operation& operation, const std::vector
     pump();
     if (linesAreStale_)
         learnLines();
-    const Binding binding = bind(operation, words, book_);
+    const Binding binding = bindArguments(operation, words, book_);
     lastOperation_ = &operation;
     lastOutcome_ = Outcome();
     std::string thrown;
     try
     {
-        lastOutcome_ = call(
-            framework_->service(), operation, binding.values, ear_.get(), binding.nulls);
+        lastOutcome_ =
+            call(framework_->service(), operation, binding.values, ear_.get(), binding.nulls);
     }
     catch (const MarloException& exception)
     {
@@ -400,16 +399,15 @@ Verdict Session::carryOutRaw(const std::string& text)
     if (sending == Sending::oneWay)
         delivery = channel->post(text);
     else if (sending == Sending::subscribe)
-        delivery = channel->subscribe(
-            text, answer, framework_->channelOf(*ear_), settings_.timeout);
+        delivery =
+            channel->subscribe(text, answer, framework_->channelOf(*ear_), settings_.timeout);
     else
         delivery = channel->request(text, answer, settings_.timeout);
     takeRecords();
     if (delivery != Delivery::done)
     {
-        explanation_ = {channel->description() + (delivery == Delivery::gone
-                                                      ? " is gone"
-                                                      : " did not answer in time")};
+        explanation_ = {channel->description() +
+                        (delivery == Delivery::gone ? " is gone" : " did not answer in time")};
         return Verdict::unreachable;
     }
     if (sending == Sending::oneWay)
@@ -480,9 +478,11 @@ void Session::record(const Record& record)
 void Session::takeRecords()
 {
     std::deque<Record> records;
+    std::vector<std::string> complaints;
     {
         const std::lock_guard<std::mutex> lock(recordsMutex_);
         records.swap(records_);
+        complaints.swap(complaints_);
     }
     for (const Record& record : records)
         if (picture_ != Picture::none)
@@ -495,6 +495,23 @@ void Session::takeRecords()
                 Display::Style::incoming);
         else if (record.kind == Record::Kind::event)
             say("  <= " + printable(record.text), Display::Style::incoming);
+    if (picture_ == Picture::none)
+        for (const std::string& complaint : complaints)
+            say("  service: " + printable(complaint, 400), Display::Style::faint);
+}
+
+void Session::addComplaint(const std::string& text)
+{
+    const std::lock_guard<std::mutex> lock(recordsMutex_);
+    complaints_.push_back(text);
+}
+
+Completions Session::completionsFor(const std::string& line)
+{
+    if (simulationHelp_.empty() &&
+        connection()->quietControl("help", simulationHelp_, settings_.timeout) != Delivery::done)
+        simulationHelp_.clear();
+    return complete(line, book_, variables_, simulationHelp_);
 }
 
 void Session::draw(const std::vector<Step>& steps)
@@ -558,7 +575,7 @@ bool Session::waitFor(milliseconds limit, const std::function<bool()>& done)
 
 void Session::showProgress()
 {
-    if (progressText_ && Clock::now() - started_ > std::chrono::seconds(2))
+    if (settings_.progress && progressText_ && Clock::now() - started_ > std::chrono::seconds(2))
         display_.progress(progressText_());
 }
 

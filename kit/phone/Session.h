@@ -4,6 +4,7 @@
 #include "kit/framework/Caller.h"
 #include "kit/framework/Framework.h"
 #include "kit/phone/CallBook.h"
+#include "kit/phone/Completion.h"
 #include "kit/phone/Display.h"
 #include "kit/phone/Expectation.h"
 #include "kit/phone/Ladder.h"
@@ -38,10 +39,7 @@ struct Place
     std::string file;
     int line = 0;
 
-    std::string text() const
-    {
-        return file.empty() ? "" : file + ":" + std::to_string(line);
-    }
+    std::string text() const { return file.empty() ? "" : file + ":" + std::to_string(line); }
 };
 
 /// The phone in use: carries out lines, one by one, and keeps what has come of them.
@@ -69,10 +67,11 @@ public:
         std::function<void(std::chrono::milliseconds time)> advance;
         /// Time passes as outside; else it passes only while something is waited for, and at once.
         bool realTime = true;
-        std::string traceFile;     ///< "" for none
+        std::string traceFile;  ///< "" for none
         Picture picture = Picture::none;
         bool echo = false;
         bool wire = false;
+        bool progress = false;  ///< the error stream is a terminal
     };
 
     /// Raises LibraryError, and std::runtime_error for a trace file that cannot be written.
@@ -110,11 +109,11 @@ public:
     /// `quit` was carried out.
     bool hasEnded() const { return ended_; }
 
-    const CallBook& book() const { return book_; }
-    const Variables& variables() const { return variables_; }
+    /// What could stand where the line ends.
+    Completions completionsFor(const std::string& line);
 
-    /// Shown while something takes its time.
-    void setProgress(std::function<std::string()> text) { progressText_ = std::move(text); }
+    /// Complaints of a service in this process; any thread.
+    void addComplaint(const std::string& text);
 
 private:
     class Ear;
@@ -152,7 +151,8 @@ private:
     int wake_[2] = {-1, -1};
 
     std::mutex recordsMutex_;
-    std::deque<Record> records_;  ///< told by the connection, not shown yet
+    std::deque<Record> records_;           ///< told by the connection, not shown yet
+    std::vector<std::string> complaints_;  ///< the service's, not shown yet
     std::ofstream trace_;
     Flow flow_;
     TextLadder textLadder_;
@@ -161,7 +161,7 @@ private:
     bool echo_;
     bool wire_;
 
-    std::unique_ptr<Ear> ear_;
+    std::unique_ptr<Subscriber> ear_;
     std::unique_ptr<Framework> framework_;
     std::vector<std::string> problems_;     ///< the framework's, since the line began
     std::vector<std::string> explanation_;  ///< why the line was not met
@@ -169,6 +169,7 @@ private:
 
     CallBook book_;
     bool linesAreStale_ = true;
+    std::string simulationHelp_;  ///< for completion
     std::deque<ReceivedEvent> log_;
     std::size_t next_ = 0;  ///< in the log: the first event that no expectation has passed
     Variables variables_;

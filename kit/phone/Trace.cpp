@@ -30,9 +30,8 @@ constexpr Name<Sending> sendings[] = {{Sending::request, "request"},
                                       {Sending::subscribe, "subscribe"},
                                       {Sending::oneWay, "oneWay"}};
 
-constexpr Name<Delivery> deliveries[] = {{Delivery::done, "done"},
-                                         {Delivery::timedOut, "timedOut"},
-                                         {Delivery::gone, "gone"}};
+constexpr Name<Delivery> deliveries[] = {
+    {Delivery::done, "done"}, {Delivery::timedOut, "timedOut"}, {Delivery::gone, "gone"}};
 
 template <typename Table, typename Value>
 const char* nameIn(const Table& table, Value value)

@@ -1,0 +1,260 @@
+#include "kit/framework/EmbeddedConnection.h"
+#include "kit/framework/Library.h"
+#if __has_include("kit/framework/SocketConnection.h")
+#include "kit/framework/SocketConnection.h"
+#define COMMUNICATIONS_PHONE_SOCKET
+#endif
+#include "kit/phone/Commands.h"
+#include "kit/phone/LineEditor.h"
+#include "kit/service/SimulatedService.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <unistd.h>
+
+// The console phone: options, and what is run with them.
+namespace kit::phone
+{
+
+namespace
+{
+
+struct Options
+{
+    std::string socket;
+    std::string library;
+    std::string script;
+    std::string trace;
+    std::string ladderFrom;
+    std::string history;
+    std::string timeout = "5s";
+    bool ladder = false;
+    bool mermaid = false;
+    bool echo = false;
+    bool wire = false;
+    bool realTime = false;
+};
+
+const char* const footer =
+    "Without --script, lines are typed at a prompt or read from standard input; \"help\" there "
+    "lists\n"
+    "the commands. At a prompt the phone activates and subscribes by itself.\n"
+    "\n"
+    "Exit status: 0 everything met, 1 an expectation or a request failed, 2 wrong usage or a "
+    "mistake\n"
+    "in a line, 3 the service is not reachable or did not answer in time, 130 interrupted.\n"
+    "\n"
+    "Environment: NO_COLOR switches colours off; COMMUNICATIONS_SERVICE_LIBRARY names the library.";
+
+void declare(CLI::App& app, Options& options)
+{
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.set_version_flag("--version",
+                         "communications-phone " COMMUNICATIONS_PHONE_VERSION,
+                         "Print the version and exit");
+    app.add_option("--socket", options.socket, "Use the service that listens at this path")
+        ->type_name("PATH");
+    app.add_option("--library", options.library, "Open this client library")->type_name("PATH");
+    app.add_option("--script", options.script, "Carry out the lines of this file, - for stdin")
+        ->type_name("FILE");
+    app.add_option("--timeout", options.timeout, "Longest wait for an answer")
+        ->type_name("TIME")
+        ->capture_default_str();
+    app.add_flag("--real-time",
+                 options.realTime,
+                 "In scripts, let time pass as outside and not at once");
+    app.add_flag("--echo", options.echo, "Print each line of a script before it is carried out");
+    app.add_flag("--wire", options.wire, "Show what goes over the channel");
+    app.add_option("--trace", options.trace, "Write what goes over the channel as JSON Lines")
+        ->type_name("FILE");
+    CLI::Option* const ladder =
+        app.add_flag("--ladder", options.ladder, "Draw what happens as a call flow");
+    app.add_flag("--mermaid", options.mermaid, "The same as a Mermaid sequence diagram");
+    app.add_option("--ladder-from",
+                   options.ladderFrom,
+                   "Draw the call flow of a trace, with --mermaid as such, and exit")
+        ->type_name("FILE")
+        ->excludes(ladder);
+    app.add_option("--history", options.history, "Keep the typed lines in this file")
+        ->type_name("FILE");
+    app.footer(footer);
+}
+
+/// One line for what is wrong with the options, with the option that was probably meant.
+std::string describe(const CLI::App& app, const CLI::ParseError& error)
+{
+    std::string text = error.what();
+    text.erase(std::min(text.size(), text.find('\n')));
+    const std::vector<std::string> left = app.remaining();
+    if (left.empty())
+        return text;
+    text = "there is no option " + quote(printable(left.front(), 60));
+    if (left.front()[0] != '-')
+        return "what is " + quote(printable(left.front(), 60)) +
+               "? A script is given with --script";
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    const std::string near = nearest(left.front().substr(0, left.front().find('=')), names);
+    return text + (near.empty() ? "; --help lists them" : ", did you mean " + near + "?");
+}
+
+int drawTrace(const Options& options)
+{
+    std::ifstream in(options.ladderFrom);
+    if (!in)
+        throw std::runtime_error("cannot read " + options.ladderFrom + ": " + std::strerror(errno));
+    const std::vector<Step> steps = stepsOf(readTrace(in, options.ladderFrom));
+    std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps));
+    return 0;
+}
+
+/// Cannot be reached, or is none.
+class Unreachable : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class Phone
+{
+public:
+    explicit Phone(const Options& options)
+        : options_(options), display_(std::cout, std::cerr, coloursWanted())
+    {
+    }
+
+    int run()
+    {
+        const bool typed = options_.script.empty() && isatty(STDIN_FILENO) != 0;
+        Word timeout;
+        timeout.text = options_.timeout;
+        Session::Settings settings;
+        settings.timeout = parseDuration(timeout);
+        if (settings.timeout.count() == 0)
+            throw Mistake("--timeout must be longer than 0");
+        settings.library = options_.library;
+        settings.traceFile = options_.trace;
+        settings.picture = options_.mermaid  ? Session::Picture::mermaid
+                           : options_.ladder ? Session::Picture::text
+                                             : Session::Picture::none;
+        settings.echo = options_.echo;
+        settings.wire = options_.wire;
+        settings.progress = !typed && isatty(STDERR_FILENO) != 0;
+        settings.realTime = typed || options_.realTime;
+        if (options_.socket.empty())
+            embed(settings);
+        else
+            settings.connect = [this] { return overSocket(); };
+
+        session_ = std::make_unique<Session>(std::move(settings), display_);
+        catchInterruptions();
+        const Verdict verdict = typed ? type()
+                                : options_.script.empty() || options_.script == "-"
+                                    ? session_->runLines(std::cin, "stdin")
+                                    : session_->runScript(options_.script);
+        session_->finish();
+        if (service_)
+            service_->setLog(nullptr);
+        return static_cast<int>(verdict);
+    }
+
+private:
+    void embed(Session::Settings& settings)
+    {
+        service_ = std::make_shared<SimulatedService>();
+        service_->setLog(
+            [this](const std::string& complaint)
+            {
+                if (session_)
+                    session_->addComplaint(complaint);
+            });
+        settings.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
+        settings.advance = [this](std::chrono::milliseconds time) { service_->advance(time); };
+    }
+
+    std::unique_ptr<Connection> overSocket() const
+    {
+#ifdef COMMUNICATIONS_PHONE_SOCKET
+        try
+        {
+            return std::make_unique<SocketConnection>(options_.socket);
+        }
+        catch (const std::exception& error)
+        {
+            throw Unreachable(error.what());
+        }
+#else
+        throw Unreachable("sockets are not there yet");
+#endif
+    }
+
+    Verdict type()
+    {
+        display_.print("communications-phone " COMMUNICATIONS_PHONE_VERSION
+                       ", \"help\" lists what can be typed, Ctrl-D ends");
+        for (const char* line : {"activate", "subscribe"})
+            session_->execute(line, {});
+        LineEditor editor(*session_, display_, options_.history);
+        std::string line;
+        while (!session_->hasEnded() && editor.read(line))
+            session_->execute(line, {});
+        return Verdict::met;
+    }
+
+    const Options& options_;
+    Display display_;
+    std::shared_ptr<SimulatedService> service_;
+    std::unique_ptr<Session> session_;
+};
+
+int run(int argc, char** argv)
+{
+    CLI::App app("A telephone for the console, over a simulated communications service or one at a "
+                 "socket.",
+                 "communications-phone");
+    Options options;
+    declare(app, options);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::Success& success)
+    {
+        return app.exit(success);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        std::cerr << "communications-phone: " << describe(app, error) << '\n';
+        return static_cast<int>(Verdict::mistake);
+    }
+    try
+    {
+        return options.ladderFrom.empty() ? Phone(options).run() : drawTrace(options);
+    }
+    catch (const Unreachable& error)
+    {
+        std::cerr << "communications-phone: " << error.what() << '\n';
+        return static_cast<int>(Verdict::unreachable);
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << "communications-phone: " << error.what() << '\n';
+        return static_cast<int>(Verdict::mistake);
+    }
+}
+
+}  // namespace
+
+}  // namespace kit::phone
+
+int main(int argc, char** argv)
+{
+    return kit::phone::run(argc, argv);
+}
