@@ -21,6 +21,9 @@ public:
     explicit EmbeddedConnection(std::shared_ptr<SimulatedService> service);
     ~EmbeddedConnection() override;
 
+    /// For further connections to the same service, and to let its time pass.
+    const std::shared_ptr<SimulatedService>& service() const { return service_; }
+
     EmbeddedConnection(const EmbeddedConnection&) = delete;
     EmbeddedConnection& operator=(const EmbeddedConnection&) = delete;
 

@@ -1,0 +1,264 @@
+// Writes the wire reference as Markdown from the table of the protocol.
+#include "kit/protocol/Protocol.h"
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace
+{
+
+using kit::Answer;
+using kit::Field;
+using kit::Kind;
+using kit::Meaning;
+using kit::Sending;
+
+const char* kindInWords(Kind kind)
+{
+    switch (kind)
+    {
+    case Kind::text:
+        return "text, byte for byte";
+    case Kind::cString:
+        return "text; null cuts the request off here";
+    case Kind::number:
+    case Kind::feature:
+    case Kind::refusal:
+    case Kind::cancelType:
+    case Kind::forwarding:
+        return "decimal number";
+    case Kind::cause:
+        return "decimal number of the CSTA cause";
+    case Kind::count:
+        return "decimal number without a sign";
+    case Kind::flag:
+        return "flag, `1` or `0`";
+    case Kind::word:
+        return "flag, `TRUE` or `FALSE`";
+    case Kind::state:
+        return "name of a service state";
+    case Kind::payload:
+        return "the rest of the message, without a tag";
+    case Kind::raw:
+        return "bytes, without a tag";
+    case Kind::subscriber:
+        return "does not travel";
+    case Kind::ints:
+        return "list of numbers";
+    case Kind::texts:
+        return "list of texts";
+    case Kind::party:
+        return "text; arrives in the record `CallPartyInfo`";
+    }
+    return "";
+}
+
+const char* answerInWords(Answer answer)
+{
+    switch (answer)
+    {
+    case Answer::none:
+        return "none is awaited";
+    case Answer::result:
+        return "a result word and nothing else; its code is returned";
+    case Answer::contains:
+        return "any text: with `sfiFailure` in it 0 is returned, else 5, and the output is whether "
+               "`true` is in it";
+    case Answer::stateName:
+        return "any text: with `sfiFailure` or no state's name in it 0 is returned, else 5";
+    case Answer::fields:
+        return "fields; all outputs are written whatever the result";
+    case Answer::items:
+        return "items, each in angle brackets; `sfiFailure` alone returns 0, anything else 5";
+    case Answer::whole:
+        return "`true` and nothing else returns true, anything else false";
+    }
+    return "";
+}
+
+const char* sendingInWords(Sending sending)
+{
+    switch (sending)
+    {
+    case Sending::request:
+        return "`sendRequest`";
+    case Sending::timed:
+        return "`sendRequestTimed`, time-out 100000";
+    case Sending::subscribe:
+        return "`sendSubscribe`, time-out 100000";
+    case Sending::oneWay:
+        return "`sendOneWay`";
+    case Sending::nothing:
+        return "not sent";
+    }
+    return "";
+}
+
+void fieldTable(std::ostream& out, const std::vector<Field>& fields, const char* first)
+{
+    out << "| " << first << " | Tag | Value | Meaning |\n|---|---|---|---|\n";
+    for (const Field& field : fields)
+        out << "| `" << field.argument << "` | "
+            << (*field.tag != '\0' ? "`" + std::string(field.tag) + "`" : std::string("none"))
+            << " | " << kindInWords(field.kind) << " | " << field.meaning << " |\n";
+    out << "\n";
+}
+
+std::string shape(const std::string& method, const std::vector<Field>& fields)
+{
+    std::string text = kit::element("Method", method);
+    for (const Field& field : fields)
+        if (field.kind == Kind::payload)
+            text += field.argument;
+        else if (field.kind != Kind::subscriber)
+            text += kit::element(field.tag, field.argument);
+    return text;
+}
+
+void writeOperation(std::ostream& out, const kit::Operation& operation)
+{
+    out << "### " << operation.name << "\n\n" << operation.summary << "\n\n";
+    if (operation.sending == Sending::nothing)
+    {
+        out << "Not sent.\n\n";
+        return;
+    }
+    out << "    "
+        << (*operation.method != '\0' ? shape(operation.method, operation.arguments)
+                                      : std::string("SigEvent:data"))
+        << "\n\n";
+    if (!operation.arguments.empty())
+        fieldTable(out, operation.arguments, "Argument");
+    out << "Sent with " << sendingInWords(operation.sending)
+        << ". Answer: " << answerInWords(operation.answer)
+        << (*operation.resultTag != '\0'
+                ? ", which comes from `" + std::string(operation.resultTag) + "`"
+                : std::string())
+        << ".\n\n";
+    if (!operation.outputs.empty())
+        fieldTable(out, operation.outputs, "Output");
+}
+
+void writeEvent(std::ostream& out, const kit::Event& event)
+{
+    out << "### " << event.method << "\n\n"
+        << event.summary << " Calls `" << event.callback << "`"
+        << (event.exact ? "; the name must match whole" : "") << ".\n\n    "
+        << shape(event.method, event.arguments) << "\n\n";
+    if (!event.arguments.empty())
+        fieldTable(out, event.arguments, "Argument");
+}
+
+/// The numbers that a group of fields shares, under the first field's name.
+void writeNumbers(std::ostream& out)
+{
+    std::vector<std::pair<Meaning, std::string>> seen;
+    const auto note = [&](const std::vector<Field>& fields)
+    {
+        for (const Field& field : fields)
+        {
+            bool known = field.names == Meaning::none;
+            for (const auto& entry : seen)
+                known = known || entry.first == field.names;
+            if (!known)
+                seen.emplace_back(field.names, field.argument);
+        }
+    };
+    for (const kit::Operation& operation : kit::operations())
+    {
+        note(operation.arguments);
+        note(operation.outputs);
+    }
+    for (const kit::Event& event : kit::events())
+        note(event.arguments);
+    for (const auto& [group, argument] : seen)
+    {
+        out << "- `" << argument << "`:";
+        // A word stands for itself; only numbers have a number.
+        const bool words = group == Meaning::agentState || group == Meaning::systemStatus ||
+                           group == Meaning::serverFeature || group == Meaning::recording ||
+                           group == Meaning::serviceState;
+        const char* separator = " ";
+        for (const kit::NumberName& entry : kit::namesOf(group))
+        {
+            out << separator << entry.name;
+            if (!words)
+                out << " " << entry.number;
+            separator = ", ";
+        }
+        out << "\n";
+    }
+}
+
+std::string reference()
+{
+    std::ostringstream out;
+    out << "# Wire reference\n\n"
+           "Written by the program `wire-reference` from the table in `kit/protocol`; do not edit, "
+           "build the target `update-wire-reference`.\n\n"
+           "Every message is a flat text: the method's element and then one element for each "
+           "field, "
+           "in this order and with nothing between them. Nothing is escaped. In events the order "
+           "is "
+           "free, and an absent text is empty, an absent number -1 (without a sign: 4294967295), "
+           "an "
+           "absent flag true.\n\n"
+           "Result words and their codes: `sfiSuccess` 5, `sfiFailureCallBackInvalidState` 1, "
+           "`sfiFailureCallBackNoCallInfo` 2, `sfiFailureCallBackToMany` 3, "
+           "`sfiFailureCallBackAllreadyExists` 4; every other text is 0.\n\n"
+           "## Operations\n\n";
+    for (const kit::Operation& operation : kit::operations())
+        writeOperation(out, operation);
+    out << "## Events\n\n";
+    for (const kit::Event& event : kit::events())
+        writeEvent(out, event);
+    out << "## Numbers and words of the simulator\n\n"
+           "The library carries them unread. Those of the service states and of the CSTA causes "
+           "are "
+           "fixed; all others are inventions of the simulator, and a phone's service has its "
+           "own.\n\n";
+    writeNumbers(out);
+    return out.str();
+}
+
+std::string contentsOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    return contents.str();
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.empty())
+    {
+        std::cout << reference();
+        return 0;
+    }
+    if (arguments.size() == 2 && arguments[0] == "--check")
+    {
+        if (contentsOf(arguments[1]) == reference())
+            return 0;
+        std::cerr << arguments[1] << " is not what the table says: build update-wire-reference\n";
+        return 1;
+    }
+    if (arguments.size() != 1 || arguments[0].rfind("-", 0) == 0)
+    {
+        std::cerr << "usage: wire-reference [[--check] FILE]\n";
+        return 2;
+    }
+    std::ofstream file(arguments[0], std::ios::binary);
+    file << reference();
+    file.close();
+    if (!file)
+    {
+        std::cerr << arguments[0] << " cannot be written\n";
+        return 1;
+    }
+    return 0;
+}
