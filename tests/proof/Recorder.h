@@ -83,6 +83,7 @@ public:
     void shutdown() override {}
 
     std::string said;
+    bool writes = true;
 
     /// Called at the end of every callback.
     virtual void told() {}
@@ -165,10 +166,13 @@ private:
     template <typename... Arguments>
     void say(const char* callback, const Arguments&... arguments)
     {
-        CallText call(said);
-        call.begin(callback);
-        (call.add(arguments), ...);
-        call.end();
+        if (writes)
+        {
+            CallText call(said);
+            call.begin(callback);
+            (call.add(arguments), ...);
+            call.end();
+        }
         told();
     }
 };
