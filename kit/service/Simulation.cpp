@@ -120,8 +120,8 @@ int Simulation::freeCallId(int wanted) const
 Call& Simulation::newCall(const std::string& line, bool incoming, int wantedId)
 {
     const int id = freeCallId(wantedId);
-    if (id != wantedId)
-        lastCallId_ = id;
+    // An application's own number is not given again soon either.
+    lastCallId_ = id == wantedId ? std::max(lastCallId_, id) : id;
     Call& call = calls_[id];
     call.id = id;
     call.line = line;

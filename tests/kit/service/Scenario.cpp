@@ -26,7 +26,9 @@ kit::Values valuesOf(const std::string& text)
         std::string word;
         bool quoted = false;
         for (; at < text.size() && (quoted || text[at] != ' '); ++at)
-            if (text[at] == '"')
+            if (text[at] == '\\' && at + 1 < text.size())
+                word += text[++at];
+            else if (text[at] == '"')
                 quoted = !quoted;
             else
                 word += text[at];
@@ -43,14 +45,21 @@ kit::Values valuesOf(const std::string& text)
 }  // namespace
 
 Scenario::Scenario()
-    : client_(service_.connect([this](const std::string& channel, const std::string& event)
-                               {
-                                   EXPECT_EQ(channel, "channel");
-                                   events_.push_back(event);
-                               }))
+    : client_(service_.connect(
+          [this](const std::string& channel, const std::string& event)
+          {
+              EXPECT_EQ(channel, "channel");
+              events_.push_back(event);
+          }))
 {
     service_.setLog([this](const std::string& line) { complaints_.push_back(line); });
     EXPECT_EQ(service_.subscribe(client_, "<Method>Subscribe</Method>", "channel"), "sfiSuccess");
+}
+
+void Scenario::activate()
+{
+    ASSERT_EQ(service_.request(client_, "<Method>Activate</Method>"), "sfiSuccess");
+    events_.clear();
 }
 
 void Scenario::run(const std::string& script)

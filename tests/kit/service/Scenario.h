@@ -5,7 +5,6 @@
 
 #include <deque>
 #include <string>
-#include <vector>
 
 /// Runs a script against the simulated service, strictly: whatever it says or does and the script
 /// does not expect is a failure. A line is one of
@@ -21,6 +20,9 @@ class Scenario
 {
 public:
     Scenario();
+
+    /// A phone whose lines are registered, with nothing of that left to expect.
+    void activate();
 
     void run(const std::string& script);
 
