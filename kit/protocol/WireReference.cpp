@@ -215,9 +215,9 @@ std::string reference()
         writeEvent(out, event);
     out << "## Numbers and words of the simulator\n\n"
            "The library carries them unread. Those of the service states and of the CSTA causes "
-           "are "
-           "fixed; all others are inventions of the simulator, and a phone's service has its "
-           "own.\n\n";
+           "are fixed; all others are inventions of the simulator, and a phone's service has its "
+           "own. So is the encoding of lists: each item is followed by a comma; a comma or a "
+           "backslash inside an item has a backslash before it.\n\n";
     writeNumbers(out);
     return out.str();
 }

@@ -1,0 +1,45 @@
+// Goes on after the service was restarted: nothing comes back by itself, and nothing is sent twice.
+#include "kit/framework/EmbeddedConnection.h"
+#include "kit/framework/Exception.h"
+#include "kit/framework/Framework.h"
+#include "kit/framework/QuietSubscriber.h"
+
+#include <iostream>
+
+struct Watcher : kit::QuietSubscriber
+{
+    void onDoNotDisturbEvent(const std::string& device, bool on) override
+    {
+        std::cout << device << (on ? " wants peace\n" : " can be disturbed\n");
+    }
+};
+
+int main()
+{
+    auto connection = std::make_unique<kit::EmbeddedConnection>();
+    const auto simulation = connection->service();
+    kit::Framework framework(std::move(connection));
+    CommunicationsServiceIfc& service = framework.service();
+    Watcher watcher;
+    service.activate();
+    service.subscribe(&watcher);
+
+    std::string answer;
+    framework.connection()->control("go away", answer, std::chrono::seconds(1));
+    try
+    {
+        service.subscribe(&watcher);
+    }
+    catch (const MarloException& exception)
+    {
+        std::cout << kit::textOf(exception) << "\n";
+    }
+    // A new connection, and everything from the beginning.
+    framework.reconnect(std::make_unique<kit::EmbeddedConnection>(simulation));
+    service.activate();
+    service.subscribe(&watcher);
+    const int result = service.setDoNotDisturb("1001", true);
+    framework.settle(std::chrono::seconds(10));
+    framework.remove(watcher);
+    return result == sfiSuccess ? 0 : 1;
+}
