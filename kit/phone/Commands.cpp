@@ -165,6 +165,12 @@ void checkRaw(const Statement& statement, Variables&)
     (void)rawText(statement, "the text of a request");
 }
 
+void checkSay(const Statement& statement, Variables&)
+{
+    if (!statement.rest.empty())
+        (void)rawText(statement, "a text");
+}
+
 std::string featuresText(const std::map<std::string, std::string>& features)
 {
     std::string text;
@@ -294,10 +300,11 @@ struct Commands
 
     static Verdict say(Session& session, const Statement& statement)
     {
+        const std::string text = statement.rest.empty() ? "" : rawText(statement, "a text");
         if (session.picture_ == Session::Picture::mermaid)
-            session.say("    %% " + statement.rest);
+            session.say("    %% " + printable(text));
         else if (session.picture_ == Session::Picture::none)
-            session.say(statement.rest, Display::Style::heading);
+            session.say(printable(text), Display::Style::heading);
         return Verdict::met;
     }
 
@@ -385,7 +392,7 @@ const std::vector<Command>& commands()
          checkEvent},
         {"wire", "on|off", "shows what goes over the channel", C::wire, checkOnOff},
         {"ladder", "on|off", "draws what happens as a call flow", C::ladder, checkOnOff},
-        {"say", "TEXT", "prints the text", C::say, nullptr},
+        {"say", "TEXT", "prints the text", C::say, checkSay},
         {"echo",
          "on|off",
          "prints each line of a script before it is carried out",

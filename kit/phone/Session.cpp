@@ -40,7 +40,8 @@ extern "C" void countInterruption(int)
 /// These print what they have to say.
 bool speaksForItself(const Statement& statement)
 {
-    return statement.command.text == "say" || statement.command.text == "echo";
+    return statement.command.text == "say" || statement.command.text == "echo" ||
+           statement.command.text == "wire";
 }
 
 std::string inWords(const Operation& operation, const Binding& binding)
@@ -153,7 +154,8 @@ Verdict Session::execute(const std::string& line, const Place& place)
         const Statement statement = parseStatement(line);
         if (!statement.empty())
         {
-            if (echo_ && !place.file.empty() && !speaksForItself(statement))
+            if (echo_ && picture_ == Picture::none && !place.file.empty() &&
+                !speaksForItself(statement))
                 say("> " + printable(line.substr(line.find_first_not_of(" \t"))),
                     Display::Style::echo);
             verdict = judge(statement, carryOut(statement));

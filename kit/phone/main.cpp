@@ -43,7 +43,7 @@ struct Options
 const char* const footer =
     "Without --script, lines are typed at a prompt or read from standard input; \"help\" there "
     "lists\n"
-    "the commands. At a prompt the phone activates and subscribes by itself.\n"
+    "the commands. At a prompt the phone subscribes and activates by itself.\n"
     "\n"
     "Exit status: 0 everything met, 1 an expectation or a request failed, 2 wrong usage or a "
     "mistake\n"
@@ -199,7 +199,7 @@ private:
     {
         display_.print("communications-phone " COMMUNICATIONS_PHONE_VERSION
                        ", \"help\" lists what can be typed, Ctrl-D ends");
-        for (const char* line : {"activate", "subscribe"})
+        for (const char* line : {"subscribe", "activate"})
             session_->execute(line, {});
         LineEditor editor(*session_, display_, options_.history);
         std::string line;
