@@ -32,7 +32,8 @@ files() {
 build() {
     local name=$1
     shift
-    local dir=$WORK/build-$name-$(basename "$CXX")
+    local dir
+    dir=$WORK/build-$name-$(basename "$CXX")
     rm -rf "$dir"
     "$CMAKE" -S "$here/outside/$name" -B "$dir" -DCMAKE_CXX_FLAGS="$flags" \
         -DCMAKE_CXX_STANDARD="${STANDARD:-11}" -DCMAKE_CXX_EXTENSIONS=OFF "$@" >"$dir.log" 2>&1 ||
