@@ -49,8 +49,26 @@ bool isLine(const Field& field)
 bool isDrawnOtherwise(const Field& field, const std::string& method)
 {
     static const char* const names[] = {"uri", "name", "sendOptions", "callBackFeatureAvailable"};
-    return isLine(field) || (method.compare(0, 8, "Incoming") != 0 &&
-                             isOneOf(field.argument, std::begin(names), std::end(names)));
+    return method.compare(0, 8, "Incoming") != 0 &&
+           isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+bool isCall(const Field& field)
+{
+    static const char* const names[] = {"callId", "activeCall", "currentCallId"};
+    return isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+/// A call tells its line.
+bool namesCall(const Message& message, const std::vector<Field>& fields)
+{
+    for (const Field& field : fields)
+    {
+        const std::string* const value = isCall(field) ? message.find(field.tag) : nullptr;
+        if (value != nullptr && *value != "0")
+            return true;
+    }
+    return false;
 }
 
 bool isAbsent(const std::string& value)
@@ -106,6 +124,22 @@ std::string fullEventLabel(const ReceivedEvent& received)
     return text;
 }
 
+std::string callLabel(const Operation& operation, const Values& values,
+                      const std::vector<std::string>& nulls)
+{
+    std::string text = operation.name;
+    for (const Field& argument : operation.arguments)
+    {
+        const std::string* const value = valueFor(argument, values);
+        const bool null = std::find(nulls.begin(), nulls.end(), argument.argument) != nulls.end();
+        if (null)
+            text += std::string(" ") + argument.argument + "=null";
+        else if (value != nullptr && !(*value == "0" && isUsuallyZero(argument)))
+            text += named(argument, *value);
+    }
+    return text;
+}
+
 std::string messageLabel(const std::string& text)
 {
     const Message message = parse(text);
@@ -113,11 +147,13 @@ std::string messageLabel(const std::string& text)
         return printable(text, 60);
     std::string label = message.method;  // an answer has fields only
     const std::vector<Field>* const fields = fieldsOf(message.method);
+    const bool lineIsTold = fields != nullptr && namesCall(message, *fields);
     for (const Message::Element& element : message.elements)
     {
         const Field* const field = fieldWithTag(fields, element.tag);
         if (field != nullptr &&
-            (isDrawnOtherwise(*field, message.method) || saysNothing(*field, element.value)))
+            (isDrawnOtherwise(*field, message.method) || saysNothing(*field, element.value) ||
+             (isLine(*field) && lineIsTold) || (isCall(*field) && element.value == "0")))
             continue;
         const bool farEnd = element.tag == "URI" || element.tag == "CallingParty";
         const std::string value = field == nullptr ? element.value

@@ -14,6 +14,11 @@ std::string eventLabel(const ReceivedEvent& received);
 /// The same with every field that is not absent.
 std::string fullEventLabel(const ReceivedEvent& received);
 
+/// "holdCall line=1001 callId=12 holdCallReason=hold manual=true"; flags that are usually off are
+/// left out where they are.
+std::string callLabel(const Operation& operation, const Values& values,
+                      const std::vector<std::string>& nulls);
+
 /// A message on the wire in short, "CallHeldEvent CallID=12".
 std::string messageLabel(const std::string& text);
 

@@ -44,22 +44,6 @@ bool speaksForItself(const Statement& statement)
            statement.command.text == "wire";
 }
 
-std::string inWords(const Operation& operation, const Binding& binding)
-{
-    std::string text = operation.name;
-    for (std::size_t i = 0; i < binding.values.size(); ++i)
-    {
-        const auto& [name, value] = binding.values[i];
-        const bool null =
-            std::find(binding.nulls.begin(), binding.nulls.end(), name) != binding.nulls.end();
-        for (const Field& field : operation.arguments)
-            if (name == field.argument)
-                text += " " + name + "=" +
-                        (null ? "null" : quote(printable(toPeople(field, value), 200)));
-    }
-    return text;
-}
-
 }  // namespace
 
 int interruptions()
@@ -245,7 +229,7 @@ Verdict Session::carryOutOperation(const Operation& operation, const std::vector
     }
     takeRecords();
     const bool failed = lastOutcome_.failed() || !thrown.empty() || !problems_.empty();
-    std::string line = inWords(operation, binding);
+    std::string line = callLabel(operation, binding.values, binding.nulls);
     if (lastOutcome_.returned != Outcome::Returned::nothing)
         line += ": " + (lastOutcome_.inWords().empty() ? "\"\"" : lastOutcome_.inWords());
     if (!failed)
@@ -506,6 +490,12 @@ void Session::addComplaint(const std::string& text)
 {
     const std::lock_guard<std::mutex> lock(recordsMutex_);
     complaints_.push_back(text);
+}
+
+void Session::drive(const std::string& command)
+{
+    std::string answer;
+    connection()->quietControl(command, answer, settings_.timeout);
 }
 
 Completions Session::completionsFor(const std::string& line)

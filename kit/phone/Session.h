@@ -112,6 +112,9 @@ public:
     /// What could stand where the line ends.
     Completions completionsFor(const std::string& line);
 
+    /// Gives the simulation a command that is the phone's own, not the person's.
+    void drive(const std::string& command);
+
     /// Complaints of a service in this process; any thread.
     void addComplaint(const std::string& text);
 

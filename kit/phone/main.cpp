@@ -1,9 +1,6 @@
 #include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Library.h"
-#if __has_include("kit/framework/SocketConnection.h")
 #include "kit/framework/SocketConnection.h"
-#define COMMUNICATIONS_PHONE_SOCKET
-#endif
 #include "kit/phone/Commands.h"
 #include "kit/phone/LineEditor.h"
 #include "kit/service/SimulatedService.h"
@@ -38,6 +35,7 @@ struct Options
     bool echo = false;
     bool wire = false;
     bool realTime = false;
+    bool driveClock = false;
 };
 
 const char* const footer =
@@ -57,8 +55,9 @@ void declare(CLI::App& app, Options& options)
     app.set_version_flag("--version",
                          "communications-phone " COMMUNICATIONS_PHONE_VERSION,
                          "Print the version and exit");
-    app.add_option("--socket", options.socket, "Use the service that listens at this path")
-        ->type_name("PATH");
+    CLI::Option* const socket =
+        app.add_option("--socket", options.socket, "Use the service that listens at this path")
+            ->type_name("PATH");
     app.add_option("--library", options.library, "Open this client library")->type_name("PATH");
     app.add_option("--script", options.script, "Carry out the lines of this file, - for stdin")
         ->type_name("FILE");
@@ -68,6 +67,10 @@ void declare(CLI::App& app, Options& options)
     app.add_flag("--real-time",
                  options.realTime,
                  "In scripts, let time pass as outside and not at once");
+    app.add_flag("--drive-clock",
+                 options.driveClock,
+                 "With --socket: let this phone drive the clock of the simulation there")
+        ->needs(socket);
     app.add_flag("--echo", options.echo, "Print each line of a script before it is carried out");
     app.add_flag("--wire", options.wire, "Show what goes over the channel");
     app.add_option("--trace", options.trace, "Write what goes over the channel as JSON Lines")
@@ -152,6 +155,9 @@ public:
             embed(settings);
         else
             settings.connect = [this] { return overSocket(); };
+        if (options_.driveClock)
+            settings.advance = [this](std::chrono::milliseconds time)
+            { session_->drive("advance " + std::to_string(time.count()) + "ms"); };
 
         session_ = std::make_unique<Session>(std::move(settings), display_);
         catchInterruptions();
@@ -181,7 +187,6 @@ private:
 
     std::unique_ptr<Connection> overSocket() const
     {
-#ifdef COMMUNICATIONS_PHONE_SOCKET
         try
         {
             return std::make_unique<SocketConnection>(options_.socket);
@@ -190,9 +195,6 @@ private:
         {
             throw Unreachable(error.what());
         }
-#else
-        throw Unreachable("sockets are not there yet");
-#endif
     }
 
     Verdict type()
