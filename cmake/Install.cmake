@@ -112,6 +112,10 @@ if(TARGET CommunicationsServiceKit)
     if(TARGET ${program})
       set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")
       install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Kit)
+      install(
+        FILES ${PROJECT_SOURCE_DIR}/docs/man/${program}.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+        COMPONENT Kit)
     endif()
   endforeach()
 endif()
