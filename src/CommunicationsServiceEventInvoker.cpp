@@ -177,7 +177,8 @@ void CommunicationsServiceEventInvoker::callStateChangeEvent(
     copyText(calledNumber, record + offsetof(CallPartyInfo, calledNumber));
     copyText(calledName, record + offsetof(CallPartyInfo, calledName));
 
-    memory.release();  // when the callback throws, the record is not freed, on purpose
+    // When the callback throws, the record is not freed, on purpose.
+    static_cast<void>(memory.release());
     subscriber->onCallStateChangeEvent(lineId,
                                        callId,
                                        callState,

@@ -455,6 +455,8 @@ TEST_F(EventTest, AnyMixtureOfBracketsAndNamesIsReadAsByAPlainSearch)
         for (std::size_t round = 0; round < 400 && !event.fields.empty(); ++round)
         {
             std::string mixture;
+            for (std::size_t i = 0, front = below(event.fields.size() + 1); i < front; ++i)
+                mixture += element(event.fields[i], below(9) == 0 ? "<v>" : std::to_string(i));
             for (std::size_t pieces = below(below(10) == 0 ? 400 : 60); pieces > 0; --pieces)
             {
                 const std::string tag = event.fields[below(event.fields.size())].tag;
@@ -514,6 +516,7 @@ TEST_F(EventTest, NamesOfEventsMatchByTheirFrontSaveTheFirst)
         EXPECT_EQ(deliver(method(name)), called);
         const bool whole = name == "CallStateChangeEvent";
         EXPECT_EQ(deliver(method(name + "X")), whole ? ignored : called) << name;
+        EXPECT_EQ(deliver(method(name + std::string(1000, 'x'))), whole ? ignored : called) << name;
         EXPECT_EQ(deliver(method(name + " ")), whole ? ignored : called) << name;
         EXPECT_EQ(deliver(method(name + "<x>")), whole ? ignored : called) << name;
         std::string otherCase = name;
@@ -535,6 +538,9 @@ TEST_F(EventTest, WhatMatchesNothingIsStillNotified)
                                 "</Method>CallHeldEvent<Method>",
                                 "<method>CallHeldEvent</method>",
                                 "<Method>CallHeldEvent</method>",
+                                "<Method>CallHeldEvent</Method",
+                                "<Method>CallHeldEvent</Methods>",
+                                "<Method >CallHeldEvent</Method>",
                                 "<Method>Unknown</Method><Method>CallHeldEvent</Method>",
                                 "</Method><Method>CallHeldEvent"})
         EXPECT_EQ(deliver(message), Lines{"response notified"}) << message;
@@ -672,6 +678,10 @@ TEST_F(EventTest, APayloadStandsBehindTheFirstEndOfItsLastField)
          "onB2buaCSTAResponse('1001', true, 'b2buaCSTAResponse</Method><lineURI>1001</lineURI>PAYLOAD')"},
         {"<Method>b2buaCSTAResponse</Method><lineURI>a/success>b</lineURI><success>0</success>P",
          "onB2buaCSTAResponse('a/success>b', false, 'b</lineURI><success>0</success>P')"},
+        {"<Method>b2buaCSTAResponse</Method><lineURI>a/successes</lineURI><success>0</success>P",
+         "onB2buaCSTAResponse('a/successes', false, 'P')"},
+        {"<Method>b2buaCSTAEventOrRequest</Method><lineURI>a/lineURIs</lineURI>P",
+         "onB2buaCSTAEventOrRequest('a/lineURIs', 'P')"},
         {"<Method>b2buaCSTAResponse</Method><success>0/success>P",
          "onB2buaCSTAResponse('', true, 'P')"},
         {"<success>0</success><Method>b2buaCSTAResponse</Method><lineURI>1</lineURI>",

@@ -12,10 +12,10 @@
 // The linker sends the library's and the tests' calls of malloc and free here.
 extern "C"
 {
-    void* __real_malloc(std::size_t size);
-    void __real_free(void* memory);
-    void* __wrap_malloc(std::size_t size);
-    void __wrap_free(void* memory);
+    void* realMalloc(std::size_t size) __asm__("__real_malloc");
+    void realFree(void* memory) __asm__("__real_free");
+    void* watchedMalloc(std::size_t size) __asm__("__wrap_malloc");
+    void watchedFree(void* memory) __asm__("__wrap_free");
 }
 
 namespace
@@ -39,11 +39,11 @@ bool isIntact()
 
 }  // namespace
 
-void* __wrap_malloc(std::size_t size)
+void* watchedMalloc(std::size_t size)
 {
     if (!watching)
-        return __real_malloc(size);
-    void* const memory = __real_malloc(size + guard);
+        return realMalloc(size);
+    void* const memory = realMalloc(size + guard);
     std::memset(memory, filling, size + guard);
     watched = memory;
     watchedSize = size;
@@ -51,14 +51,14 @@ void* __wrap_malloc(std::size_t size)
     return memory;
 }
 
-void __wrap_free(void* memory)
+void watchedFree(void* memory)
 {
     if (watching && memory == watched)
     {
         EXPECT_TRUE(isIntact());
         ++releases;
     }
-    __real_free(memory);
+    realFree(memory);
 }
 
 namespace

@@ -563,6 +563,7 @@ TEST_F(RequestTest, TheServiceStateIsSearchedInTheAnswer)
         {"sfiServiceOutOfService sfiServiceInService", 5, 0},
         {"sfiServiceDoNotDisturb sfiServiceInService", 5, 0},
         {"sfiServiceInService sfiFailure", 0, 77},
+        {"sfiServiceInService sfiFailur", 5, 0},
         {"sfiFailure", 0, 77},
         {"xyz", 0, 77},
         {"", 0, 77},
