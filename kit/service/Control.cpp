@@ -1,6 +1,7 @@
 #include "kit/service/Control.h"
 
 #include "kit/service/EventText.h"
+#include "kit/service/Wording.h"
 
 #include <algorithm>
 #include <functional>
@@ -141,7 +142,7 @@ Time parseTime(const std::string& text)
                 if (time <= longestAdvance)
                     return time;
             }
-    throw Refusal("\"" + text + "\" is no time, 250ms, 5s, 2min and 1h are");
+    throw Refusal(quoted(text) + " is no time, 250ms, 5s, 2min and 1h are");
 }
 
 std::string seconds(Time time)
@@ -707,7 +708,7 @@ std::string Commands::help(Commands& with)
             text += row.help;
         }
     if (text.empty())
-        throw Refusal("no command begins with \"" + wanted + "\"");
+        throw Refusal("no command begins with " + quoted(wanted));
     return text;
 }
 
@@ -858,9 +859,7 @@ std::string Commands::show(Commands& with)
             return text;
         }
     }
-    const std::string near = nearest(what, names);
-    throw Refusal("nothing called \"" + what + "\" to show" +
-                  (near.empty() ? "" : ", did you mean " + near + "?"));
+    throw Refusal("nothing called " + quoted(what) + " to show" + suggestion(what, names));
 }
 
 /// The only call that a command can mean.
@@ -889,12 +888,11 @@ std::string Commands::checked(const Slot& slot, const std::string& text, const R
     {
         if (std::find(names.begin(), names.end(), text) != names.end())
             return text;
-        const std::string near = text.size() > 64 ? "" : nearest(text, names);
         std::string all;
         for (const std::string& name : names)
-            all += (all.empty() ? "" : ", ") + name;
-        throw Refusal(what + "no " + kind + " \"" + text + "\", " +
-                      (near.empty() ? "one of " + all : "did you mean " + near + "?"));
+            all += (all.empty() ? ", one of " : ", ") + name;
+        const std::string meant = suggestion(text, names);
+        throw Refusal(what + "no " + kind + " " + quoted(text) + (meant.empty() ? all : meant));
     };
     if (slot.value == "LINE")
     {
@@ -906,7 +904,7 @@ std::string Commands::checked(const Slot& slot, const std::string& text, const R
     if (slot.value == "CALL")
     {
         if (!numberOf(Meaning::none, text, number) || s.calls_.count(number) == 0)
-            throw Refusal(what + "no call \"" + text + "\"");
+            throw Refusal(what + "no call " + quoted(text));
         const Call& call = s.calls_.at(number);
         if (!row.states.empty() &&
             std::find(row.states.begin(), row.states.end(), call.state) == row.states.end())
@@ -915,10 +913,10 @@ std::string Commands::checked(const Slot& slot, const std::string& text, const R
     }
     if (slot.value == "NUMBER" &&
         (text.empty() || text.size() > 64 || text.find_first_of("<>\"") != std::string::npos))
-        throw Refusal(what + "\"" + text + "\" is no number to call");
+        throw Refusal(what + quoted(text) + " is no number to call");
     if (slot.value == "COUNT" &&
         (!numberOf(Meaning::none, text, number) || number < 0 || number > 1000000))
-        throw Refusal(what + "\"" + text + "\" is no number from 0 to 1000000");
+        throw Refusal(what + quoted(text) + " is no number from 0 to 1000000");
     if (slot.value == "ON")
         return among({"on", "off"}, "switch");
     if (slot.value == "METHOD" && text != "*")
@@ -994,9 +992,9 @@ void Commands::read(const Row& row, const std::string& command, const std::vecto
             }
         if (slot == nullptr)
         {
-            const std::string near = word.size() > 64 ? "" : nearest(word, keywords);
-            throw Refusal(std::string(row.name) + ": unknown word \"" + word + "\"" +
-                          (near.empty() ? ", usage: " + usage : ", did you mean " + near + "?"));
+            const std::string meant = suggestion(word, keywords);
+            throw Refusal(std::string(row.name) + ": unknown word " + quoted(word) +
+                          (meant.empty() ? ", usage: " + usage : meant));
         }
         ++at;
         if (slot->value.empty())
@@ -1065,9 +1063,9 @@ std::string Control::run(Simulation& simulation, const std::string& command)
             }
         }
         const std::string& word = words[0].text;
-        const std::string near = word.size() > 64 ? "" : nearest(word, names);
-        throw Refusal("unknown command \"" + word + "\", " +
-                      (near.empty() ? "\"help\" lists them" : "did you mean " + near + "?"));
+        const std::string meant = suggestion(word, names);
+        throw Refusal("unknown command " + quoted(word) +
+                      (meant.empty() ? ", \"help\" lists them" : meant));
     }
     catch (const Refusal& refusal)
     {

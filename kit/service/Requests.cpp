@@ -1,6 +1,7 @@
 #include "CommunicationsServiceTypes.h"
 #include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
+#include "kit/service/Wording.h"
 
 #include <algorithm>
 
@@ -15,29 +16,6 @@ namespace
 const std::string success = "sfiSuccess";
 const std::string failed = "sfiFailure";
 const std::string signallingPrefix = "SigEvent:";
-
-// Longer words than these are no misspellings.
-constexpr std::size_t longestName = 40;
-
-std::string shown(const std::string& text)
-{
-    std::string result;
-    for (const char c : text.substr(0, longestName))
-        result += static_cast<unsigned char>(c) < 0x20 || c == 0x7f ? '?' : c;
-    return text.size() > longestName ? result + "..." : result;
-}
-
-std::string suggestion(const std::string& word, const std::vector<std::string>& known,
-                       const std::string& before, const std::string& after)
-{
-    const std::string near = word.size() > longestName ? "" : nearest(word, known);
-    return near.empty() ? "" : ", did you mean " + before + near + after + "?";
-}
-
-std::string quoted(const std::string& text)
-{
-    return "\"" + shown(text) + "\"";
-}
 
 /// "1 (unconditional), 2 (busy), 3 (noAnswer)"
 std::string choices(Meaning meaning)
@@ -113,7 +91,7 @@ struct Handlers
             std::vector<std::string> names;
             for (const Line& known : s.lines_)
                 names.push_back(known.name);
-            s.failure(r, "no line " + quoted(name) + suggestion(name, names, "", ""));
+            s.failure(r, "no line " + quoted(name) + suggestion(name, names));
         }
         return line;
     }
@@ -707,8 +685,7 @@ struct Handlers
             known.push_back(entry.name);
         if (std::find(known.begin(), known.end(), status) == known.end())
             return s.failure(r,
-                             "unknown system status " + quoted(status) +
-                                 suggestion(status, known, "", ""));
+                             "unknown system status " + quoted(status) + suggestion(status, known));
         s.systemStatus_ = status;
         s.systemStatusInfo_ = r.text("SystemStatusInfo");
         s.emit(events::systemStatus(s.systemStatus_, s.systemStatusInfo_));
@@ -854,9 +831,7 @@ struct Handlers
         for (const NumberName& entry : namesOf(Meaning::agentState))
             known.push_back(entry.name);
         if (std::find(known.begin(), known.end(), state) == known.end())
-            return s.failure(r,
-                             "unknown agent state " + quoted(state) +
-                                 suggestion(state, known, "", ""));
+            return s.failure(r, "unknown agent state " + quoted(state) + suggestion(state, known));
         line->agentState = state;
         s.emit(events::agentState(line->name, state));
         return success;
@@ -1100,8 +1075,7 @@ std::string Simulation::request(const std::string& text)
     if (text.rfind(signallingPrefix, 0) == 0)
         return Handlers::signalling(*this, text.substr(signallingPrefix.size()));
     const Message message = parse(text);
-    const Operation* const operation =
-        message.method.size() > longestName ? nullptr : findRequest(message.method);
+    const Operation* const operation = findRequest(message.method);
     const std::vector<Handlers::Row>& rows = Handlers::table();
     const auto row =
         std::find_if(rows.begin(),
@@ -1114,7 +1088,7 @@ std::string Simulation::request(const std::string& text)
             methods.push_back(any.method);
         complain(message.method.empty() ? "no method in " + quoted(text)
                                         : "unknown method " + quoted(message.method) +
-                                              suggestion(message.method, methods, "", ""));
+                                              suggestion(message.method, methods));
         return failed;
     }
     if (!checkFields(*operation, message))

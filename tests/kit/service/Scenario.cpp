@@ -1,12 +1,7 @@
 #include "Scenario.h"
 
-#include "kit/protocol/Protocol.h"
-
 #include <gtest/gtest.h>
 #include <sstream>
-
-namespace
-{
 
 std::string trimmed(const std::string& text)
 {
@@ -16,7 +11,6 @@ std::string trimmed(const std::string& text)
     return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
 }
 
-/// "name=value name="more words"" taken apart; "" as a name is the first word.
 kit::Values valuesOf(const std::string& text)
 {
     kit::Values values;
@@ -41,8 +35,6 @@ kit::Values valuesOf(const std::string& text)
     }
     return values;
 }
-
-}  // namespace
 
 Scenario::Scenario()
     : client_(service_.connect(

@@ -1,10 +1,16 @@
 #ifndef TESTS_KIT_SERVICE_SCENARIO_H
 #define TESTS_KIT_SERVICE_SCENARIO_H
 
+#include "kit/protocol/Protocol.h"
 #include "kit/service/SimulatedService.h"
 
 #include <deque>
 #include <string>
+
+/// "name=value name="more words"" taken apart; a word without a name has the name "".
+kit::Values valuesOf(const std::string& text);
+
+std::string trimmed(const std::string& text);
 
 /// Runs a script against the simulated service, strictly: whatever it says or does and the script
 /// does not expect is a failure. A line is one of

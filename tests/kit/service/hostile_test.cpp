@@ -1,0 +1,317 @@
+// Whatever comes in, the service answers and stays as it was for everybody else.
+
+#include "kit/protocol/Protocol.h"
+#include "kit/service/SimulatedService.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+/// A request that is right in form, for every method.
+std::vector<std::string> seeds()
+{
+    std::vector<std::string> texts = {"SigEvent:abc", "<Method></Method>", ""};
+    for (const kit::Operation& operation : kit::operations())
+    {
+        if (operation.sending == kit::Sending::nothing || *operation.method == '\0')
+            continue;
+        std::string text = kit::element("Method", operation.method);
+        for (const kit::Field& field : operation.arguments)
+            if (*field.tag != '\0')
+                text += kit::element(field.tag,
+                                     std::string(field.tag) == "Line"          ? "1001"
+                                     : std::string(field.tag) == "Destination" ? "1002"
+                                                                               : "1");
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+class Mutator
+{
+public:
+    explicit Mutator(unsigned seed) : random_(seed) {}
+
+    std::size_t below(std::size_t limit)
+    {
+        return limit == 0 ? 0 : std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_);
+    }
+
+    std::string bytes(std::size_t length)
+    {
+        std::string text;
+        for (std::size_t i = 0; i < length; ++i)
+            text += static_cast<char>(below(256));
+        return text;
+    }
+
+    std::string mutate(std::string text, const std::vector<std::string>& others)
+    {
+        for (std::size_t times = 1 + below(4); times > 0; --times)
+        {
+            const std::size_t at = below(text.size() + 1);
+            switch (below(6))
+            {
+            case 0:
+                text.insert(at, bytes(1 + below(4)));
+                break;
+            case 1:
+                text.erase(at, 1 + below(6));
+                break;
+            case 2:
+                text.resize(at);
+                break;
+            case 3:
+                if (at < text.size())
+                    text[at] = static_cast<char>(below(256));
+                break;
+            case 4:
+                text += others[below(others.size())];
+                break;
+            default:
+                text.insert(at, text.substr(below(text.size() + 1), below(40)));
+                break;
+            }
+        }
+        return text;
+    }
+
+private:
+    std::mt19937 random_;
+};
+
+const std::vector<std::string> commandSeeds = {"call 1001 from 2001 name \"a b\" priority flash",
+                                               "call 1002 from 4711 auto-answer",
+                                               "answer",
+                                               "hang up",
+                                               "hold 1",
+                                               "transfer 1 to 2001",
+                                               "ring 3001 from 2001",
+                                               "preempt 1 priority flash",
+                                               "advance 10s",
+                                               "message urgent",
+                                               "mailbox new 3",
+                                               "show calls",
+                                               "event <Method>x</Method>",
+                                               "fail AnswerCall times 2",
+                                               "heal",
+                                               "add line 1010",
+                                               "remove line 1010",
+                                               "csta 1001 <x>",
+                                               "secure 1 state open",
+                                               "help",
+                                               "record 1 on"};
+
+/// A sane request still has a sane answer.
+void expectAlive(kit::SimulatedService& service)
+{
+    service.control("reset");
+    const int client = service.connect([](const std::string&, const std::string&) {});
+    EXPECT_EQ(service.request(client, "<Method>Activate</Method>"), "sfiSuccess");
+    EXPECT_EQ(service.control("call 1001 from 4711"), "call 1");
+    EXPECT_EQ(
+        service.request(client, "<Method>AnswerCall</Method><Line>1001</Line><CallID>1</CallID>"),
+        "sfiSuccess");
+}
+
+TEST(ServiceHostile, requestsAndCommandsThatAreMutated)
+{
+    kit::SimulatedService service;
+    std::size_t events = 0;
+    std::size_t complaints = 0;
+    service.setLog(
+        [&](const std::string& line)
+        {
+            ++complaints;
+            EXPECT_EQ(line.find('\n'), std::string::npos);
+        });
+    const int client = service.connect([&](const std::string&, const std::string&) { ++events; });
+    service.subscribe(client, "<Method>Subscribe</Method>", "channel");
+    service.request(client, "<Method>Activate</Method>");
+    const std::vector<std::string> texts = seeds();
+    Mutator mutator(20240611);
+    for (int i = 0; i < 20000; ++i)
+    {
+        const std::size_t kind = mutator.below(10);
+        if (kind == 0)
+            service.request(client, mutator.bytes(mutator.below(200)));
+        else if (kind == 1)
+            service.control(
+                mutator.mutate(commandSeeds[mutator.below(commandSeeds.size())], commandSeeds));
+        else if (kind == 2)
+            service.control(commandSeeds[mutator.below(commandSeeds.size())]);
+        else if (kind == 3)
+            service.request(client, texts[mutator.below(texts.size())]);
+        else
+        {
+            const std::string text = mutator.mutate(texts[mutator.below(texts.size())], texts);
+            const std::string answer = service.request(client, text);
+            // Only what is not to be answered is not.
+            const kit::Operation* const known = kit::findRequest(kit::parse(text).method);
+            const bool oneWay = text.rfind("SigEvent:", 0) == 0 ||
+                                (known != nullptr && known->sending == kit::Sending::oneWay);
+            EXPECT_TRUE(oneWay || !answer.empty()) << text;
+        }
+    }
+    // Both sides of the checks have been reached.
+    EXPECT_GT(events, 100U);
+    EXPECT_GT(complaints, 1000U);
+    expectAlive(service);
+}
+
+/// Requests in random order, as an application without sense might send them: the state of calls
+/// that belong together has to survive it.
+TEST(ServiceHostile, rightRequestsInAnyOrder)
+{
+    const char* const methods[] = {"OutgoingCallMakeRequest",
+                                   "CallClearRequest",
+                                   "AcceptCall",
+                                   "AnswerCall",
+                                   "DeflectCall",
+                                   "HoldCall",
+                                   "RetrieveCall",
+                                   "AttendedTransfer",
+                                   "BlindTransfer",
+                                   "Consult",
+                                   "RefuseCall",
+                                   "AlternateCalls",
+                                   "ConferenceCall",
+                                   "GenerateDigits",
+                                   "DirectedPickupCall",
+                                   "GroupPickupCall",
+                                   "ActivateCallbackRinging",
+                                   "ActivateCallbackBusy",
+                                   "RemoveConfParticipant",
+                                   "setForwardingConfiguration",
+                                   "setIsInServiceInitiatedState"};
+    const char* const destinations[] = {"1001",
+                                        "1002",
+                                        "1003",
+                                        "2001",
+                                        "2002",
+                                        "2003",
+                                        "2004",
+                                        "2005",
+                                        "2006",
+                                        "2007",
+                                        "2008",
+                                        "2009",
+                                        "5000",
+                                        "4711"};
+    kit::SimulatedService service;
+    std::size_t done = 0;
+    const int client = service.connect([](const std::string&, const std::string&) {});
+    service.subscribe(client, "<Method>Subscribe</Method>", "channel");
+    service.request(client, "<Method>Activate</Method>");
+    Mutator mutator(7);
+    for (int i = 0; i < 50000; ++i)
+    {
+        const kit::Operation& operation =
+            *kit::findRequest(methods[mutator.below(std::size(methods))]);
+        std::string text = kit::element("Method", operation.method);
+        for (const kit::Field& field : operation.arguments)
+        {
+            const std::string tag = field.tag;
+            std::string value = std::to_string(mutator.below(2));
+            if (tag == "Line")
+                value = destinations[mutator.below(3)];
+            else if (tag == "Destination" || tag == "uri" || tag == "CallToBePickedUp" ||
+                     tag == "remoteParticipant")
+                value = destinations[mutator.below(std::size(destinations))];
+            else if (tag == "IsInServiceInitiatedState")
+                value = mutator.below(2) == 0 ? "TRUE" : "FALSE";
+            else if (tag == "fwType" || tag == "RefuseCallReason" || tag == "cfnrRingCount")
+                value = std::to_string(1 + mutator.below(3));
+            else if (tag == "CallID" || tag == "callID" || tag == "activeCall" || tag == "heldCall")
+            {
+                // One of the calls that there are, most of the time.
+                const std::string calls = "\n" + service.control("show calls");
+                std::vector<std::string> ids = {"0"};
+                for (std::size_t at = calls.find('\n'); at != std::string::npos;
+                     at = calls.find('\n', at + 1))
+                    ids.push_back(calls.substr(at + 1, calls.find(' ', at + 1) - at - 1));
+                value = ids[mutator.below(ids.size())];
+                if (value == "no")
+                    value = "0";
+            }
+            text += kit::element(tag, value);
+        }
+        if (service.request(client, text) == "sfiSuccess")
+            ++done;
+        if (mutator.below(4) == 0)
+            service.advance(std::chrono::milliseconds(mutator.below(4000)));
+        if (mutator.below(8) == 0)
+            service.control(std::string("call 100") + std::to_string(1 + mutator.below(3)) +
+                            " from " + destinations[mutator.below(std::size(destinations))] +
+                            " priority " + std::to_string(mutator.below(5)));
+    }
+    EXPECT_GT(done, 5000U);
+    service.advance(std::chrono::hours(1));
+    expectAlive(service);
+}
+
+TEST(ServiceHostile, largeTexts)
+{
+    kit::SimulatedService service;
+    const int client = service.connect([](const std::string&, const std::string&) {});
+    const std::string large(1000000, 'x');
+    const std::string open(1000000, '<');
+    for (const std::string& text :
+         {large,
+          open,
+          "<Method>" + large + "</Method>",
+          "<Method>HoldCall</Method><" + large + ">1</" + large + ">",
+          "<Method>HoldCall</Method><Line>" + large + "</Line><CallID>" + large + "</CallID>",
+          "<Method>HoldCall</Method>" + open})
+        EXPECT_EQ(service.request(client, text), "sfiFailure");
+    for (const std::string& command : {large,
+                                       "call " + large + " from 1",
+                                       "show " + large,
+                                       "advance " + large,
+                                       "\"" + large,
+                                       "call 1001 from " + large})
+        EXPECT_EQ(service.control(command).rfind("error: ", 0), 0U);
+    expectAlive(service);
+}
+
+TEST(ServiceHostile, manyThreadsAtOnce)
+{
+    kit::SimulatedService service;
+    std::atomic<unsigned> events{0};
+    std::vector<std::thread> threads;
+    const int watcher = service.connect([&](const std::string&, const std::string&) { ++events; });
+    service.subscribe(watcher, "<Method>Subscribe</Method>", "w");
+    service.request(watcher, "<Method>Activate</Method>");
+    events = 0;
+    std::vector<unsigned> seen(4, 0);
+    for (unsigned i = 0; i < 4; ++i)
+        threads.emplace_back(
+            [&service, &seen, i]
+            {
+                for (int turn = 0; turn < 250; ++turn)
+                {
+                    // A sink of its own comes and goes; nothing reaches it afterwards.
+                    unsigned mine = 0;
+                    const int client = service.connect(
+                        [&mine](const std::string&, const std::string&) { ++mine; });
+                    service.subscribe(client, "<Method>Subscribe</Method>", "c");
+                    service.request(client,
+                                    "<Method>SendCSTARequest</Method><Line>1001</Line>payload");
+                    service.disconnect(client);
+                    seen[i] += mine > 0 ? 1 : 0;
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    // What a call causes has been delivered when it returns.
+    EXPECT_EQ(seen, std::vector<unsigned>(4, 250));
+    EXPECT_EQ(events, 1000U);
+}
+
+}  // namespace

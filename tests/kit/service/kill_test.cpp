@@ -1,0 +1,212 @@
+// The service dies, or hangs, in the middle of many requests.
+
+#include "framework/MarloException.h"
+#include "kit/framework/Framework.h"
+#include "kit/framework/SocketConnection.h"
+#include "kit/testing/EventRecorder.h"
+#include "kit/testing/ServiceProcess.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr int threadCount = 4;
+constexpr int requestsPerThread = 2500;
+
+/// A file that is gone afterwards.
+class Journal
+{
+public:
+    explicit Journal(const std::string& name) : path_(testing::TempDir() + name)
+    {
+        std::remove(path_.c_str());
+    }
+    ~Journal() { std::remove(path_.c_str()); }
+
+    Journal(const Journal&) = delete;
+    Journal& operator=(const Journal&) = delete;
+
+    const std::string& path() const { return path_; }
+
+    /// How often each lamp, which stands for a request, was asked for.
+    std::map<std::string, int> lamps() const
+    {
+        std::map<std::string, int> counts;
+        std::ifstream in(path_);
+        std::string line;
+        while (std::getline(in, line))
+        {
+            const std::size_t begin = line.find("<lampId>");
+            if (begin != std::string::npos)
+                ++counts[line.substr(begin + 8, line.find("</lampId>") - begin - 8)];
+        }
+        return counts;
+    }
+
+private:
+    std::string path_;
+};
+
+/// Asks from all threads at once, each request under a name of its own.
+struct Callers
+{
+    std::vector<std::map<std::string, int>> results{threadCount};
+    std::vector<std::chrono::steady_clock::duration> longest{threadCount};
+    std::vector<std::thread> threads;
+    std::mutex mutex;
+    std::condition_variable progress;
+    int over = 0;
+    int failed = 0;
+
+    void start(CommunicationsServiceIfc& service, int requests)
+    {
+        for (int thread = 0; thread < threadCount; ++thread)
+            threads.emplace_back([this, &service, thread, requests]
+                                 { ask(service, thread, requests); });
+    }
+
+    void ask(CommunicationsServiceIfc& service, int thread, int requests)
+    {
+        const auto index = static_cast<std::size_t>(thread);
+        for (int i = 0; i < requests; ++i)
+        {
+            const std::string lamp = std::to_string(thread) + "-" + std::to_string(i);
+            const auto begin = std::chrono::steady_clock::now();
+            results[index][lamp] = service.setLampMode("1001", lamp, 1);
+            longest[index] = std::max(longest[index], std::chrono::steady_clock::now() - begin);
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                ++over;
+                failed += results[index][lamp] == sfiSuccess ? 0 : 1;
+            }
+            progress.notify_one();
+        }
+    }
+
+    void waitFor(int count)
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        progress.wait(lock, [&] { return over >= count; });
+    }
+
+    /// Or until all requests are over.
+    void waitForFailures(int count, int all)
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        progress.wait(lock, [&] { return failed >= count || over >= all; });
+    }
+
+    void join()
+    {
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+
+    std::map<std::string, int> all() const
+    {
+        std::map<std::string, int> together;
+        for (const auto& some : results)
+            together.insert(some.begin(), some.end());
+        return together;
+    }
+
+    long long longestMilliseconds() const
+    {
+        const auto most = *std::max_element(longest.begin(), longest.end());
+        return std::chrono::duration_cast<std::chrono::milliseconds>(most).count();
+    }
+};
+
+/// Every request has one outcome; what succeeded was done, and nothing was done twice.
+void expectHonest(const Callers& callers, const Journal& journal, int requests, const char* what)
+{
+    const std::map<std::string, int> results = callers.all();
+    const std::map<std::string, int> done = journal.lamps();
+    EXPECT_EQ(results.size(), static_cast<std::size_t>(requests));
+    int succeeded = 0;
+    for (const auto& [lamp, result] : results)
+    {
+        EXPECT_TRUE(result == sfiSuccess || result == sfiFailure) << lamp;
+        succeeded += result == sfiSuccess ? 1 : 0;
+        EXPECT_TRUE(result != sfiSuccess || done.count(lamp) == 1) << lamp;
+    }
+    int twice = 0;
+    for (const auto& entry : done)
+        twice += entry.second > 1 ? 1 : 0;
+    EXPECT_EQ(twice, 0);
+    EXPECT_GE(done.size(), static_cast<std::size_t>(succeeded));
+    std::cout << what << ": " << results.size() << " requests, " << succeeded << " succeeded, "
+              << done.size() << " reached the service, " << twice << " twice, longest call "
+              << callers.longestMilliseconds() << " ms\n";
+}
+
+TEST(ServiceDies, killedInTheMiddleOfTenThousandRequests)
+{
+    const Journal journal("service-kill-journal");
+    kit::ServiceProcess process("", {"--journal", journal.path()});
+    kit::Framework::Options options;
+    std::atomic<int> problems{0};
+    options.problems = [&](const std::string&) { ++problems; };
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()), options);
+    kit::EventRecorder events;
+    ASSERT_EQ(framework.service().subscribe(&events), sfiSuccess);
+
+    Callers callers;
+    callers.start(framework.service(), requestsPerThread);
+    callers.waitFor(threadCount * requestsPerThread / 2);
+    process.kill();
+    callers.join();
+    expectHonest(callers, journal, threadCount * requestsPerThread, "killed");
+    EXPECT_GT(problems, 0);
+
+    // Gone stays gone, and is said at once; then everything works again.
+    EXPECT_THROW(framework.service().subscribe(&events), MarloException);
+    process.restart();
+    EXPECT_EQ(framework.service().activate(), sfiFailure);
+    framework.reconnect(std::make_unique<kit::SocketConnection>(process.socket()));
+    EXPECT_EQ(framework.service().subscribe(&events), sfiSuccess);
+    EXPECT_EQ(framework.service().activate(), sfiSuccess);
+    const auto registered = events.waitFor("RegistrationStateChangeEvent", {{"lineId", "1003"}});
+    EXPECT_TRUE(registered) << registered.problem;
+    Callers again;
+    again.start(framework.service(), 10);
+    again.join();
+    for (const auto& [lamp, result] : again.all())
+        EXPECT_EQ(result, sfiSuccess) << lamp;
+}
+
+TEST(ServiceDies, hangsAndComesBack)
+{
+    const Journal journal("service-hang-journal");
+    kit::ServiceProcess process("", {"--journal", journal.path()});
+    kit::Framework::Options options;
+    options.requestTimeout = 100ms;
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()), options);
+    ASSERT_EQ(framework.service().activate(), sfiSuccess);
+
+    Callers callers;
+    callers.start(framework.service(), requestsPerThread);
+    callers.waitFor(20);
+    process.freeze();
+    callers.waitForFailures(2 * threadCount, threadCount * requestsPerThread);
+    process.thaw();
+    callers.join();
+    expectHonest(callers, journal, threadCount * requestsPerThread, "hung");
+    EXPECT_EQ(framework.service().setMicrophoneMute(true), sfiSuccess);
+}
+
+}  // namespace
