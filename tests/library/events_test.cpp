@@ -492,6 +492,22 @@ TEST_F(EventTest, AnyMixtureOfBracketsAndNamesIsReadAsByAPlainSearch)
         }
 }
 
+TEST_F(EventTest, ManyBracketsAreReadInOnePass)
+{
+    for (const Event& event : events)
+        for (const char* piece : {"<", "</", "<a>", "<LineID", "</LineID>"})
+        {
+            std::string many;
+            for (int i = 0; i < 50000; ++i)
+                many += piece;
+            const Values values = distinct(event);
+            const Lines lines =
+                deliver(method(event.method) + many + " >" + elements(event, values));
+            ASSERT_TRUE(lines == (Lines{callback(event, values), "response notified"}))
+                << event.method << " behind many " << piece;
+        }
+}
+
 TEST_F(EventTest, ATagCountsAlsoInsideAValue)
 {
     EXPECT_EQ(deliver("<Method>systemStatusEvent</Method>"

@@ -762,4 +762,22 @@ TEST_F(RequestTest, DevicesStandInBrackets)
     }
 }
 
+// No time is measured: searching anew from each bracket would not come to an end here.
+TEST_F(RequestTest, AMillionBracketsAreReadInOnePass)
+{
+    Lines devices;
+    channel.answer = std::string(1000000, '<');
+    EXPECT_EQ(service.getDevices(devices), 5);
+    EXPECT_TRUE(devices.empty());
+    channel.answer = "<a>" + channel.answer;
+    EXPECT_EQ(service.getDevices(devices), 5);
+    EXPECT_EQ(devices, Lines{"a"});
+    channel.answer += "<cfnrRingCount>7</cfnrRingCount>";
+    bool status = false;
+    std::string uri;
+    int ringCount = 0;
+    EXPECT_EQ(service.getForwardingConfiguration(forwarding(1), status, uri, ringCount), 0);
+    EXPECT_EQ(ringCount, 7);
+}
+
 }  // namespace
