@@ -46,12 +46,6 @@ const Default defaults[] = {
     {"csCommunicationsService", "name", ""},
 };
 
-bool canBeLeftOut(const Operation& operation, const Field& argument)
-{
-    return argument.kind == Kind::subscriber || isLineArgument(argument) ||
-           isCallArgument(argument) || defaultOf(operation, argument) != nullptr;
-}
-
 /// The argument's own name or its tag; the subscriber cannot be given.
 bool isCalled(const Field& argument, const std::string& name)
 {
@@ -142,7 +136,7 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             --needed;
     }
     if (left > 0)
-        throw Mistake("there is nothing left for " + quote(printable((*next)->text, 40)) + " (" +
+        throw Mistake("there is nothing left for " + shown((*next)->text, 40) + " (" +
                           usageOf(operation) + ")",
                       (*next)->column);
     return given;
@@ -234,6 +228,12 @@ const char* defaultOf(const Operation& operation, const Field& argument)
     return nullptr;
 }
 
+bool canBeLeftOut(const Operation& operation, const Field& argument)
+{
+    return argument.kind == Kind::subscriber || isLineArgument(argument) ||
+           isCallArgument(argument) || defaultOf(operation, argument) != nullptr;
+}
+
 bool isLineArgument(const Field& argument)
 {
     return std::strcmp(argument.argument, "line") == 0 ||
@@ -259,7 +259,7 @@ std::string readValue(const Field& field, const Word& word)
             return nameOf(field.names, number);
         const std::string near = nearest(word.text, namesFor(field));
         throw Mistake(std::string(field.argument) + " is one of " + joined(namesFor(field)) +
-                          ", not " + quote(printable(word.text, 40)) +
+                          ", not " + shown(word.text, 40) +
                           (near.empty() ? "" : "; did you mean " + near + "?"),
                       word.column);
     }
@@ -269,7 +269,10 @@ std::string readValue(const Field& field, const Word& word)
     }
     catch (const std::invalid_argument& error)
     {
-        throw Mistake(printable(error.what(), 200), word.column);
+        const std::vector<std::string> names = namesFor(field);
+        const bool few = isNumber(field.kind) && !names.empty() && names.size() < 20;
+        throw Mistake(printable(error.what(), 200) + (few ? " (" + joined(names) + ")" : ""),
+                      word.column);
     }
 }
 
@@ -349,7 +352,7 @@ std::vector<Word> expand(const ShortWord& shortWord, const std::vector<Word>& wo
                 takes += std::string(" ") + argument;
             throw Mistake(std::string(shortWord.word) +
                               (takes.empty() ? " takes no words" : " takes no more than" + takes) +
-                              "; what is " + quote(printable(word.text, 40)) + "?",
+                              "; what is " + shown(word.text, 40) + "?",
                           word.column);
         }
         word.name = shortWord.positional[next++];

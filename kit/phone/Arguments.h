@@ -37,6 +37,9 @@ Binding bindArguments(const Operation& operation, const std::vector<Word>& words
 /// What an argument is when it is not given; null when it has to be given.
 const char* defaultOf(const Operation& operation, const Field& argument);
 
+/// It has such a value, or is a line or a call.
+bool canBeLeftOut(const Operation& operation, const Field& argument);
+
 /// The line or the call, which can follow from what the phone does now.
 bool isLineArgument(const Field& argument);
 bool isCallArgument(const Field& argument);

@@ -26,8 +26,7 @@ Word onlyWord(const Statement& statement, const std::string& what)
     if (words.empty())
         throw Mistake(needs);
     if (words.size() > 1)
-        throw Mistake(needs + " and nothing else; what is " + quote(printable(words[1].text, 40)) +
-                          "?",
+        throw Mistake(needs + " and nothing else; what is " + shown(words[1].text, 40) + "?",
                       words[1].column);
     // What looks like name=value is one word here.
     Word word = words[0];
@@ -41,7 +40,7 @@ bool onOff(const Statement& statement)
     const Word word = onlyWord(statement, "on or off");
     if (word.text != "on" && word.text != "off")
         throw Mistake(statement.command.text + " is switched on or off, not " +
-                          quote(printable(word.text, 40)),
+                          shown(word.text, 40),
                       word.column);
     return word.text == "on";
 }
@@ -51,7 +50,7 @@ void nothingBehind(const Statement& statement)
     const std::vector<Word> words = wordsOf(statement);
     if (!words.empty())
         throw Mistake(statement.command.text + " stands alone; what is " +
-                          quote(printable(words[0].text, 40)) + "?",
+                          shown(words[0].text, 40) + "?",
                       words[0].column);
 }
 
@@ -78,7 +77,7 @@ std::string eventFrom(const Statement& statement, const Variables& variables)
     if (event == nullptr)
     {
         const std::string near = nearest(words[0].text, eventNames());
-        throw Mistake("there is no event " + quote(printable(words[0].text, 40)) +
+        throw Mistake("there is no event " + shown(words[0].text, 40) +
                           (near.empty() ? "; \"help events\" lists them, and a raw text begins "
                                           "with < or a quote"
                                         : ", did you mean " + near + "?"),
@@ -90,7 +89,7 @@ std::string eventFrom(const Statement& statement, const Variables& variables)
     {
         if (word->name.empty())
             throw Mistake("fields of an event are written as field=value, not " +
-                              quote(printable(word->text, 40)),
+                              shown(word->text, 40),
                           word->column);
         try
         {
@@ -175,7 +174,7 @@ std::string featuresText(const std::map<std::string, std::string>& features)
 {
     std::string text;
     for (const auto& [name, value] : features)
-        text += " " + name + "=" + quote(printable(value, 40));
+        text += " " + name + "=" + shown(value, 40);
     return text;
 }
 
@@ -235,6 +234,10 @@ struct Commands
     {
         const std::string text = eventFrom(statement, session.variables_);
         session.connection()->inject(session.framework_->channelOf(*session.ear_), text);
+        const std::size_t before = session.log_.size();
+        session.pump();
+        if (session.log_.size() == before)
+            session.say("the library has no callback for it", Display::Style::faint);
         return Verdict::met;
     }
 
@@ -285,8 +288,7 @@ struct Commands
             const Word word = onlyWord(statement, "a number of events");
             int number = 0;
             if (!numberOf(Meaning::none, word.text, number) || number < 1)
-                throw Mistake("events takes a number from 1, not " +
-                                  quote(printable(word.text, 40)),
+                throw Mistake("events takes a number from 1, not " + shown(word.text, 40),
                               word.column);
             count = static_cast<std::size_t>(number);
         }

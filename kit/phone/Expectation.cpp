@@ -24,7 +24,7 @@ const Event& eventNamed(const Word& word)
         return *event;
     const std::string near = nearest(word.text, eventNames());
     throw Mistake(
-        "there is no event " + quote(printable(word.text, 40)) +
+        "there is no event " + shown(word.text, 40) +
             (near.empty() ? " (\"help events\" lists them)" : ", did you mean " + near + "?"),
         word.column);
 }
@@ -80,7 +80,7 @@ Expectation Expectation::parse(const std::vector<Word>& words)
         const bool keyword = current.text == "within" || current.text == "as";
         if (!keyword)
             throw Mistake("expect takes field=value, \"within TIME\" and \"as NAME\", not " +
-                              quote(printable(current.text, 40)),
+                              shown(current.text, 40),
                           current.column);
         if (word == words.end() || !word->name.empty())
             throw Mistake("\"" + current.text + "\" needs " +
@@ -111,17 +111,17 @@ std::vector<std::size_t> Expectation::differences(const ReceivedEvent& received)
     return different;
 }
 
-std::string Expectation::shown(std::size_t argument, const std::string& value) const
+std::string Expectation::inWords(std::size_t argument, const std::string& value) const
 {
     const Field& field = event->arguments[argument];
-    return std::string(field.argument) + "=" + quote(printable(toPeople(field, value), 200));
+    return std::string(field.argument) + "=" + shown(toPeople(field, value), 200);
 }
 
 std::string Expectation::description() const
 {
     std::string text = event->method;
     for (const Wanted& want : wanted)
-        text += " " + shown(want.argument, want.value);
+        text += " " + inWords(want.argument, want.value);
     return text;
 }
 
@@ -154,8 +154,8 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
         lines.push_back("nearest: " + eventLabel(*nearestEvent));
         for (const std::size_t i : fewest)
             lines.push_back(
-                "differs: " + shown(wanted[i].argument, wanted[i].value) + " was awaited, " +
-                shown(wanted[i].argument, nearestEvent->values[wanted[i].argument]) + " came");
+                "differs: " + inWords(wanted[i].argument, wanted[i].value) + " was awaited, " +
+                inWords(wanted[i].argument, nearestEvent->values[wanted[i].argument]) + " came");
         return lines;
     }
     for (std::size_t i = begin; i-- > 0;)

@@ -42,7 +42,7 @@ struct Expectation
 
 private:
     std::vector<std::size_t> differences(const ReceivedEvent& received) const;
-    std::string shown(std::size_t argument, const std::string& value) const;
+    std::string inWords(std::size_t argument, const std::string& value) const;
 };
 
 /// "*" in the pattern stands for any text.

@@ -44,8 +44,12 @@ std::string paragraph(const std::vector<std::string>& words)
 std::string wordUsage(const ShortWord& shortWord)
 {
     std::string text = shortWord.word;
+    const Operation& operation = *findOperation(shortWord.operation);
     for (const char* argument : shortWord.positional)
-        text += std::string(" ") + argument;
+        for (const Field& field : operation.arguments)
+            if (std::string(field.argument) == argument)
+                text += canBeLeftOut(operation, field) ? " [" + std::string(argument) + "]"
+                                                       : " " + std::string(argument);
     return text;
 }
 
@@ -82,14 +86,20 @@ std::string overview()
 
 std::string fieldLine(const Field& field, const std::string& more)
 {
-    std::string text = "  " + padded(field.argument, 26) + " " + field.meaning;
-    const std::vector<std::string> names = namesFor(field);
-    // The causes are too many for a line.
-    if (names.size() > 20)
-        text += "; " + names.front() + ", " + names[1] + ", ... " + names.back();
-    else if (!names.empty())
-        text += "; " + joined(names, ", ");
-    return text + more;
+    std::string text = "  " + padded(field.argument, 26) + " " + field.meaning + more;
+    if (isFlag(field.kind))
+        return text;
+    std::string line;
+    for (const std::string& name : namesFor(field))
+    {
+        if (line.size() + name.size() > 60)
+        {
+            text += "\n" + std::string(31, ' ') + line;
+            line.clear();
+        }
+        line += (line.empty() ? "" : " ") + name;
+    }
+    return line.empty() ? text : text + "\n" + std::string(31, ' ') + line;
 }
 
 std::string wireText(const std::string& method, const std::vector<Field>& fields)
@@ -220,7 +230,7 @@ std::string helpOn(const std::string& topic)
         topics.push_back(name);
     const std::string near = nearest(topic, topics);
     throw Mistake(
-        "there is no help on " + quote(printable(topic, 40)) +
+        "there is no help on " + shown(topic, 40) +
         (near.empty() ? "; \"help\" alone lists everything" : ", did you mean " + near + "?"));
 }
 

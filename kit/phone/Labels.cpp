@@ -83,7 +83,7 @@ bool saysNothing(const Field& field, const std::string& value)
 
 std::string named(const Field& field, const std::string& value)
 {
-    return std::string(" ") + field.argument + "=" + quote(printable(toPeople(field, value), 200));
+    return std::string(" ") + field.argument + "=" + shown(toPeople(field, value), 200);
 }
 
 const std::vector<Field>* fieldsOf(const std::string& method)

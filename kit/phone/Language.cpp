@@ -267,8 +267,7 @@ std::chrono::milliseconds parseDuration(const Word& word)
                     throw Mistake(quote(word.text) + " is longer than an hour", word.column);
                 return std::chrono::milliseconds(static_cast<long>(milliseconds + 0.5));
             }
-    throw Mistake(quote(printable(word.text, 40)) + " is no time; write it as 500ms, 2s or 1min",
-                  word.column);
+    throw Mistake(shown(word.text, 40) + " is no time; write it as 500ms, 2s or 1min", word.column);
 }
 
 std::string durationText(std::chrono::milliseconds time)
@@ -325,6 +324,11 @@ std::string printable(const std::string& text, std::size_t limit)
         }
     }
     return shown;
+}
+
+std::string shown(const std::string& text, std::size_t limit)
+{
+    return printable(quote(text), limit);
 }
 
 }  // namespace kit::phone

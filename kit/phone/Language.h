@@ -72,6 +72,9 @@ std::string quote(const std::string& text);
 /// Text for the screen: control characters and what is not UTF-8 as \x1b, long text cut at `limit`.
 std::string printable(const std::string& text, std::size_t limit = std::string::npos);
 
+/// A value for the screen: as it has to be typed, and printable.
+std::string shown(const std::string& text, std::size_t limit = std::string::npos);
+
 }  // namespace kit::phone
 
 #endif

@@ -76,6 +76,9 @@ bool LineEditor::read(std::string& line)
 {
     for (;;)
     {
+        // The terminal has echoed ^C where the line editor expects an empty line.
+        if (interruptions() > 0)
+            put("\n");
         setInterruptions(0);
         int count = 0;
         typing_ = true;
@@ -84,7 +87,7 @@ bool LineEditor::read(std::string& line)
         if (interruptions() > 0)
         {
             // As shells do: the line is dropped, nothing else.
-            put("^C\n");
+            put("^C");
             el_reset(editor_);
             continue;
         }

@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr int deepestRun = 10;
+constexpr int mostMistakesShown = 10;
 constexpr std::size_t longestScript = 4U << 20U;
 
 bool isFile(const std::string& path)
@@ -41,7 +42,7 @@ std::vector<std::string> readScript(const std::string& path)
 {
     const std::string installed = isFile(path) ? "" : installedScript(path);
     std::ifstream in(installed.empty() ? path : installed, std::ios::binary);
-    const std::string what = "cannot read the script " + quote(printable(path, 200)) + ": ";
+    const std::string what = "cannot read the script " + shown(path, 200) + ": ";
     struct stat status = {};
     if (in && installed.empty() && stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         throw Mistake(what + "it is a directory");
@@ -98,6 +99,7 @@ Verdict Session::runScript(const std::string& path)
     // All mistakes at once, before anything has been carried out.
     Verdict verdict = Verdict::met;
     Variables captured = variables_;
+    int mistakes = 0;
     for (std::size_t i = 0; i < lines.size(); ++i)
         try
         {
@@ -105,12 +107,17 @@ Verdict Session::runScript(const std::string& path)
         }
         catch (const Mistake& mistake)
         {
+            verdict = Verdict::mistake;
+            if (++mistakes > mostMistakesShown)
+                continue;
             const std::string column =
                 mistake.column() == 0 ? "" : std::to_string(mistake.column()) + ":";
             display_.complain(name + ":" + std::to_string(i + 1) + ":" + column + " " +
                               mistake.what());
-            verdict = Verdict::mistake;
         }
+    if (mistakes > mostMistakesShown)
+        display_.complain(name + ": and " + std::to_string(mistakes - mostMistakesShown) +
+                          " more mistakes");
     if (verdict != Verdict::met)
         return verdict;
 

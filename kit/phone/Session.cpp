@@ -160,7 +160,7 @@ Verdict Session::judge(const Statement& statement, Verdict verdict)
     pump();
     if (statement.mustFail && verdict == Verdict::met)
     {
-        display_.complain(whereIs(0) + quote(printable(statement.command.text, 40)) +
+        display_.complain(whereIs(0) + shown(statement.command.text, 40) +
                           " was to fail, but it was carried out");
         return Verdict::unmet;
     }
@@ -199,7 +199,7 @@ const Operation& Session::resolve(const Statement& statement, std::vector<Word>&
     if (shortWord == nullptr)
     {
         const std::string near = nearest(word, commandWords());
-        throw Mistake("there is no command " + quote(printable(word, 40)) +
+        throw Mistake("there is no command " + shown(word, 40) +
                           (near.empty() ? " (\"help\" lists all)" : ", did you mean " + near + "?"),
                       statement.command.column);
     }
@@ -230,12 +230,14 @@ Verdict Session::carryOutOperation(const Operation& operation, const std::vector
     takeRecords();
     const bool failed = lastOutcome_.failed() || !thrown.empty() || !problems_.empty();
     std::string line = callLabel(operation, binding.values, binding.nulls);
+    if (!thrown.empty())
+        line += ": MarloException";
     if (lastOutcome_.returned != Outcome::Returned::nothing)
         line += ": " + (lastOutcome_.inWords().empty() ? "\"\"" : lastOutcome_.inWords());
     if (!failed)
         for (std::size_t i = 0; i < lastOutcome_.outputs.size(); ++i)
             line += std::string(" ") + operation.outputs[i].argument + "=" +
-                    quote(printable(toPeople(operation.outputs[i], lastOutcome_.outputs[i]), 400));
+                    shown(toPeople(operation.outputs[i], lastOutcome_.outputs[i]), 400);
     if (picture_ == Picture::none)
         say(line, failed ? Display::Style::bad : Display::Style::good);
 
@@ -251,6 +253,8 @@ Verdict Session::carryOutOperation(const Operation& operation, const std::vector
     if (!problems_.empty() || !thrown.empty())
     {
         explanation_ = problems_.empty() ? std::vector<std::string>{thrown} : problems_;
+        if (explanation_.back().rfind(" is gone") == explanation_.back().size() - 8)
+            explanation_.back() += "; \"reconnect\" connects anew";
         return Verdict::unreachable;
     }
     if (failed)
@@ -324,7 +328,12 @@ Verdict Session::carryOutControl(const std::string& command)
     }
     if (answer.rfind("error: ", 0) == 0)
     {
-        explanation_ = {printable(answer.substr(7), 400)};
+        // Its own words, where "help" is this phone's "sim help".
+        answer.replace(0, 7, "sim: ");
+        const std::size_t help = answer.find("\"help\"");
+        if (help != std::string::npos)
+            answer.insert(help + 1, "sim ");
+        explanation_ = {printable(answer, 400)};
         return Verdict::unmet;
     }
     if (picture_ == Picture::none && !answer.empty())
@@ -350,7 +359,7 @@ Verdict Session::carryOutCheck(const std::vector<Word>& words)
             for (const std::string& name : names)
                 all += (all.empty() ? "" : ", ") + name;
             throw Mistake(std::string(lastOperation_->name) + " returns " + all + ", not " +
-                              quote(printable(word.name.empty() ? word.text : word.name, 40)),
+                              shown(word.name.empty() ? word.text : word.name, 40),
                           word.column);
         }
         std::string wanted = word.text;
@@ -366,8 +375,7 @@ Verdict Session::carryOutCheck(const std::vector<Word>& words)
         if (pattern ? matchesPattern(wanted, came) : wanted == came)
             continue;
         explanation_ = {std::string(lastOperation_->name) + " returned " + word.name + "=" +
-                        quote(printable(came, 200)) + ", awaited was " +
-                        quote(printable(wanted, 200))};
+                        shown(came, 200) + ", awaited was " + shown(wanted, 200)};
         return Verdict::unmet;
     }
     return Verdict::met;

@@ -96,10 +96,9 @@ std::string describe(const CLI::App& app, const CLI::ParseError& error)
     const std::vector<std::string> left = app.remaining();
     if (left.empty())
         return text;
-    text = "there is no option " + quote(printable(left.front(), 60));
+    text = "there is no option " + shown(left.front(), 60);
     if (left.front()[0] != '-')
-        return "what is " + quote(printable(left.front(), 60)) +
-               "? A script is given with --script";
+        return "what is " + shown(left.front(), 60) + "? A script is given with --script";
     std::vector<std::string> names;
     for (const CLI::Option* option : app.get_options())
         for (const std::string& name : option->get_lnames())
