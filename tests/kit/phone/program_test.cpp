@@ -1,0 +1,304 @@
+// The program as it is run: scripts, exit statuses, and that nothing is left out of "everything".
+
+#include "kit/phone/Trace.h"
+#include "kit/testing/ServiceProcess.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace kit::phone
+{
+
+namespace
+{
+
+struct Ended
+{
+    int status;
+    std::string out;
+    std::string errors;
+};
+
+/// A folder that goes with the test.
+class Folder
+{
+public:
+    Folder()
+    {
+        char name[] = "/tmp/communications-phone-test-XXXXXX";
+        if (mkdtemp(name) == nullptr)
+            throw std::runtime_error("no folder");
+        path_ = name;
+    }
+
+    ~Folder() { (void)std::system(("rm -r " + path_).c_str()); }
+
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+    std::string write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(file(name), std::ios::binary) << text;
+        return file(name);
+    }
+
+    std::string read(const std::string& name) const
+    {
+        std::ostringstream text;
+        text << std::ifstream(file(name), std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+private:
+    std::string path_;
+};
+
+/// Runs the program with options as in a shell, and a text as its standard input.
+Ended phone(const Folder& folder, const std::string& options, const std::string& input = "")
+{
+    folder.write("in", input);
+    const std::string command = std::string(PHONE_PROGRAM) + " " + options + " <" +
+                                folder.file("in") + " >" + folder.file("out") + " 2>" +
+                                folder.file("err");
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, folder.read("out"), folder.read("err")};
+}
+
+const std::string everything = std::string(PHONE_SCRIPTS) + "/everything";
+const std::string tour = std::string(PHONE_SCRIPTS) + "/tour";
+
+TEST(PhoneProgram, ExitStatusTellsHowItWent)
+{
+    const Folder folder;
+    const std::string met = folder.write("met",
+                                         "subscribe\nactivate\n"
+                                         "expect RegistrationStateChangeEvent\n");
+    const std::string unmet = folder.write("unmet", "subscribe\nexpect CallHeldEvent\nsay no\n");
+    const std::string mistake = folder.write("mistake", "say before\nhold x=1\nexpct\n");
+    const struct
+    {
+        std::string options;
+        int status;
+        std::string error;
+    } rows[] = {
+        {"--script " + met, 0, ""},
+        {"--script " + unmet, 1, "unmet:2: expected CallHeldEvent within 1 s\n  no event came\n"},
+        {"--script " + mistake,
+         2,
+         "mistake:2:6: holdCall has no argument x (holdCall [line] [callId] [holdCallReason] "
+         "[manual])\nmistake:3:1: there is no command expct, did you mean expect?\n"},
+        {"--script /nowhere",
+         2,
+         "communications-phone: cannot read the script /nowhere: No such file or directory\n"},
+        {"--scrip x",
+         2,
+         "communications-phone: there is no option --scrip, did you mean --script?\n"},
+        {"--timeout soon",
+         2,
+         "communications-phone: soon is no time; write it as 500ms, 2s or 1min\n"},
+        {"--library /nowhere", 2, "communications-phone: there is no library /nowhere\n"},
+        {"--socket /nowhere --script " + met,
+         3,
+         "communications-phone: no service at /nowhere: there is no such socket\n"},
+        {"--ladder-from " + met, 2, "communications-phone: " + met + ":1: not JSON (byte 1)\n"},
+        {"--version", 0, ""},
+    };
+    for (const auto& row : rows)
+    {
+        const Ended ended = phone(folder, row.options);
+        EXPECT_EQ(ended.status, row.status) << row.options;
+        EXPECT_EQ(ended.errors, row.error) << row.options;
+        EXPECT_EQ(ended.out.find("before"), std::string::npos) << "carried out before it was read";
+        EXPECT_EQ(ended.out.find("\033"), std::string::npos) << "colours go to terminals only";
+    }
+}
+
+TEST(PhoneProgram, LinesFromAPipeGoOnAfterAMistake)
+{
+    const Folder folder;
+    const Ended ended =
+        phone(folder, "", std::string("say one\nhol\nbad \0 byte\n! getDevices\nsay two\n", 43));
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.out, "one\ngetDevices: sfiSuccess devices=1001,1002,1003\ntwo\n");
+    EXPECT_EQ(ended.errors,
+              "stdin:2:1: there is no command hol, did you mean hold?\n"
+              "stdin:3:5: the byte 0x00 is no text; write it as \\x00 in a word\n"
+              "stdin:4: getDevices was to fail, but it was carried out\n");
+    EXPECT_EQ(phone(folder, "--script -", "! getDevices\nhol\nquit\nhol\n").status, 1);
+    EXPECT_EQ(phone(folder, "").status, 0);
+}
+
+TEST(PhoneProgram, ScriptsRunScriptsButNotThemselvesForEver)
+{
+    const Folder folder;
+    const std::string inner = folder.write("inner", "say inner\n! sim show x\nhold 99\n");
+    const std::string outer = folder.write("outer", "run " + inner + "\nsay not reached\n");
+    Ended ended = phone(folder, "--script " + outer);
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.errors, "inner:3: holdCall returned sfiFailure\n");
+    EXPECT_EQ(ended.out.find("not reached"), std::string::npos);
+    const std::string self = folder.write("self", "run " + folder.file("self") + "\n");
+    ended = phone(folder, "--script " + self);
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_NE(ended.errors.find("does one run itself?"), std::string::npos);
+}
+
+TEST(PhoneProgram, InterruptedItEndsWith130)
+{
+    const Folder folder;
+    const std::string script = folder.write("script", "say begun\nwait 1min\nsay not reached\n");
+    const std::string out = folder.file("out");
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+    {
+        if (std::freopen(out.c_str(), "w", stdout) == nullptr)
+            _exit(1);
+        execl(PHONE_PROGRAM, PHONE_PROGRAM, "--real-time", "--script", script.c_str(), nullptr);
+        _exit(1);
+    }
+    // It has begun to wait once it has said so.
+    for (int i = 0; i < 2000 && folder.read("out").empty(); ++i)
+        usleep(5000);
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_EQ(folder.read("out"), "begun\n");
+}
+
+TEST(PhoneProgram, SaysWhenAServiceHangsOrDies)
+{
+    const Folder folder;
+    ServiceProcess service;
+    const std::string options = "--timeout 200ms --socket " + service.socket();
+    const std::string line = "getMicrophoneMute\n";
+    EXPECT_EQ(phone(folder, options, line).status, 0);
+    Ended ended = phone(folder, options, "sim silence GetMicrophoneMute\n" + line + line);
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_EQ(ended.errors,
+              "stdin:2: GetMicrophoneMute has no answer: the service at " + service.socket() +
+                  " did not answer within 200 ms\n");
+    service.kill();
+    ended = phone(folder, options, line);
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_EQ(ended.errors.rfind("communications-phone: no service at " + service.socket(), 0), 0U)
+        << ended.errors;
+}
+
+TEST(PhoneProgram, TheTourCanBeTaken)
+{
+    const Folder folder;
+    const Ended ended = phone(folder, "--script " + tour);
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(ended.errors, "");
+    for (const char* part : {"> answer\nanswerCall line=1001 callId=1: sfiSuccess\n",
+                             "  -> <Method>Subscribe</Method>\n  <- sfiSuccess\n",
+                             "* b2buaCSTAResponse lineURI=1001 success=true",
+                             "Go on by hand"})
+        EXPECT_NE(ended.out.find(part), std::string::npos) << part;
+}
+
+TEST(PhoneProgram, ALiveCallFlowIsThatOfItsTrace)
+{
+    const Folder folder;
+    const std::string trace = folder.file("trace");
+    const Ended live = phone(folder, "--mermaid --script " + tour + " --trace " + trace);
+    const Ended later = phone(folder, "--mermaid --ladder-from " + trace);
+    ASSERT_EQ(live.status, 0);
+    ASSERT_EQ(later.status, 0);
+    std::string withoutComments;
+    std::istringstream lines(live.out);
+    for (std::string line; std::getline(lines, line);)
+        if (line.find("%%") == std::string::npos)
+            withoutComments += line + "\n";
+    EXPECT_EQ(withoutComments, later.out);
+    const Ended drawn = phone(folder, "--ladder-from " + trace);
+    EXPECT_NE(drawn.out.find("service              2001              CSTA peer\n"),
+              std::string::npos)
+        << drawn.out;
+    EXPECT_NE(
+        drawn.out.find("|--HoldCall CallID=1 HoldCallReason=hold Manual=true-------->|--hold"),
+        std::string::npos);
+}
+
+/// Every row of the protocol's tables has to be in the trace, and each answered request once with
+/// success.
+void expectEverythingIn(const std::vector<Record>& records, const std::string& script)
+{
+    std::map<int, std::string> requests;
+    std::set<std::string> sent;
+    std::set<std::string> carriedOut;
+    std::set<std::string> came;
+    for (const Record& record : records)
+    {
+        const std::string method = parse(record.text).method;
+        if (record.kind == Record::Kind::request)
+        {
+            requests[record.number] = method;
+            sent.insert(record.text.rfind("SigEvent:", 0) == 0 ? "SigEvent" : method);
+        }
+        else if (record.kind == Record::Kind::answer && record.text == "sfiSuccess")
+            carriedOut.insert(requests[record.number]);
+        else if (record.kind == Record::Kind::event)
+            came.insert(method);
+    }
+    for (const Operation& operation : operations())
+    {
+        const std::string name = operation.name;
+        EXPECT_NE(script.find("\n" + name), std::string::npos) << name << " is not in the script";
+        if (operation.sending == Sending::nothing)
+            continue;
+        const std::string method = *operation.method != '\0' ? operation.method : "SigEvent";
+        EXPECT_TRUE(sent.count(method)) << name;
+        EXPECT_TRUE(operation.answer != Answer::result || carriedOut.count(method) != 0)
+            << name << " was never carried out";
+    }
+    for (const Event& event : events())
+    {
+        EXPECT_TRUE(came.count(event.method)) << event.method;
+        EXPECT_NE(script.find("\nexpect " + std::string(event.method)), std::string::npos)
+            << event.method << " is not expected";
+    }
+}
+
+TEST(PhoneProgram, EverythingIsCoveredInProcess)
+{
+    const Folder folder;
+    const Ended ended =
+        phone(folder, "--script " + everything + " --trace " + folder.file("trace"));
+    ASSERT_EQ(ended.status, 0) << ended.errors;
+    std::ifstream trace(folder.file("trace"));
+    std::ostringstream script;
+    script << std::ifstream(everything).rdbuf();
+    expectEverythingIn(readTrace(trace, "trace"), script.str());
+}
+
+TEST(PhoneProgram, EverythingIsCoveredOverASocket)
+{
+    const Folder folder;
+    ServiceProcess service;
+    const Ended ended = phone(folder,
+                              "--socket " + service.socket() + " --script " + everything +
+                                  " --trace " + folder.file("trace"));
+    ASSERT_EQ(ended.status, 0) << ended.errors;
+    std::ifstream trace(folder.file("trace"));
+    std::ostringstream script;
+    script << std::ifstream(everything).rdbuf();
+    expectEverythingIn(readTrace(trace, "trace"), script.str());
+}
+
+}  // namespace
+
+}  // namespace kit::phone

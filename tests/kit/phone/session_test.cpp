@@ -1,0 +1,233 @@
+// Lines that are carried out over a service in this process.
+
+#include "kit/framework/EmbeddedConnection.h"
+#include "kit/phone/Session.h"
+#include "kit/service/SimulatedService.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace kit::phone
+{
+
+namespace
+{
+
+class Phone : public testing::Test
+{
+protected:
+    Phone() : display_(out_, errors_, false)
+    {
+        Session::Settings settings;
+        settings.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
+        settings.advance = [this](std::chrono::milliseconds time) { service_->advance(time); };
+        settings.realTime = false;
+        session_ = std::make_unique<Session>(settings, display_);
+    }
+
+    void subscribe()
+    {
+        EXPECT_EQ(run("subscribe"), Verdict::met);
+        EXPECT_EQ(run("activate"), Verdict::met);
+        EXPECT_EQ(run("forget"), Verdict::met);
+    }
+
+    /// As line 3 of the file "s".
+    Verdict run(const std::string& line)
+    {
+        out_.str("");
+        errors_.str("");
+        return session_->execute(line, {"s", 3});
+    }
+
+    std::shared_ptr<SimulatedService> service_ = std::make_shared<SimulatedService>();
+    std::ostringstream out_;
+    std::ostringstream errors_;
+    Display display_;
+    std::unique_ptr<Session> session_;
+};
+
+TEST_F(Phone, JudgesEachLine)
+{
+    subscribe();
+    const struct
+    {
+        const char* line;
+        Verdict verdict;
+        const char* error;
+    } rows[] = {
+        {"", Verdict::met, ""},
+        {"# nothing", Verdict::met, ""},
+        {"getDevices", Verdict::met, ""},
+        {"! getDevices", Verdict::unmet, "s:3: getDevices was to fail, but it was carried out\n"},
+        {"hold 99", Verdict::unmet, "s:3: holdCall returned sfiFailure\n"},
+        {"! hold 99", Verdict::met, ""},
+        {"isCallHoldPossible 1001", Verdict::met, ""},
+        {"! isCallHoldPossible 1001", Verdict::met, ""},
+        {"expect CallHeldEvent within 10ms",
+         Verdict::unmet,
+         "s:3: expected CallHeldEvent within 10 ms\n  events that came: FeatureFailedEvent\n"},
+        {"! expect CallHeldEvent within 10ms", Verdict::met, ""},
+        {"expect no CallHeldEvent within 10ms", Verdict::met, ""},
+        {"expect no FeatureFailedEvent within 10ms",
+         Verdict::unmet,
+         "s:3: no FeatureFailedEvent was to come, but it came\n"
+         "  came: FeatureFailedEvent lineId=1001 callId=99 feature=hold "
+         "featureFailure=noSuchCall\n"},
+        {"sim show nothing", Verdict::unmet, "s:3: sim: nothing called \"nothing\" to show\n"},
+        {"! sim show nothing", Verdict::met, ""},
+        {"holdd", Verdict::mistake, "s:3:1: there is no command holdd, did you mean hold?\n"},
+        {"! holdd", Verdict::mistake, "s:3:3: there is no command holdd, did you mean hold?\n"},
+        {"wire maybe", Verdict::mistake, "s:3:6: wire is switched on or off, not maybe\n"},
+        {"wait 1x", Verdict::mistake, "s:3:6: 1x is no time; write it as 500ms, 2s or 1min\n"},
+        {"lines now", Verdict::mistake, "s:3:7: lines stands alone; what is now?\n"},
+        {"raw <Method>Activate</Method>", Verdict::met, ""},
+        {"raw <Method>Activat</Method>", Verdict::unmet, "s:3: the answer is sfiFailure\n"},
+    };
+    for (const auto& row : rows)
+    {
+        EXPECT_EQ(run(row.line), row.verdict) << row.line;
+        EXPECT_EQ(errors_.str(), row.error) << row.line;
+    }
+}
+
+TEST_F(Phone, ACallWithoutASingleNumberOfACall)
+{
+    subscribe();
+    EXPECT_EQ(run("dial 2001"), Verdict::met);
+    EXPECT_EQ(out_.str(),
+              "outgoingCallMake line=1001 callId=0 destination=2001: sfiSuccess\n"
+              "* CallStateChangeEvent lineId=1001 callId=1 callState=initiated uri=sip:2001 "
+              "name=\"Anna Answer\"\n"
+              "* CallStateChangeEvent lineId=1001 callId=1 callState=delivered uri=sip:2001 "
+              "name=\"Anna Answer\" callBackFeatureAvailable=true\n");
+    EXPECT_EQ(run("expect CallStateChangeEvent callState=connected within 1s"), Verdict::unmet);
+    EXPECT_EQ(run("expect CallStateChangeEvent callState=connected as call"), Verdict::met);
+    EXPECT_EQ(run("calls"), Verdict::met);
+    EXPECT_EQ(out_.str(), "1 line=1001 connected sip:2001\n");
+    EXPECT_EQ(run("hold $call"), Verdict::met);
+    EXPECT_EQ(run("retrieve"), Verdict::met);
+    EXPECT_EQ(run("hangup"), Verdict::met);
+    EXPECT_EQ(run("hangup"), Verdict::mistake);
+    EXPECT_EQ(errors_.str(),
+              "s:3: callClear needs callId: no call is there to be ended; there is no call\n");
+}
+
+TEST_F(Phone, AnExpectationPassesWhatCameBeforeTheEventThatItMet)
+{
+    subscribe();
+    run("event CallHeldEvent callId=1");
+    run("event CallHeldEvent callId=2");
+    run("event CallHeldEvent callId=3");
+    EXPECT_EQ(run("expect CallHeldEvent callId=2 within 0s"), Verdict::met);
+    EXPECT_EQ(run("expect CallHeldEvent callId=2 within 0s"), Verdict::unmet);
+    EXPECT_EQ(run("expect CallHeldEvent callId=1 within 0s"), Verdict::unmet);
+    EXPECT_EQ(run("expect CallHeldEvent callId=3 within 0s"), Verdict::met);
+    run("event CallHeldEvent callId=4");
+    run("forget");
+    EXPECT_EQ(run("expect CallHeldEvent within 0s"), Verdict::unmet);
+    EXPECT_NE(errors_.str().find("such an event came earlier"), std::string::npos);
+}
+
+TEST_F(Phone, InjectsEventsWithFieldsLeftOut)
+{
+    EXPECT_EQ(run("event RegistrationStateChangeEvent registrationResult=done"), Verdict::met);
+    EXPECT_EQ(out_.str(),
+              "* RegistrationStateChangeEvent registered=true registrationResult=done\n");
+    EXPECT_EQ(run("event <Method>CallHeldEvent</Method><CallID>7</CallID>"), Verdict::met);
+    EXPECT_EQ(out_.str(), "* CallHeldEvent callId=7\n");
+    EXPECT_EQ(run("event \"<Method>unheard</Method>\""), Verdict::met);
+    EXPECT_EQ(out_.str(), "the library has no callback for it\n");
+    EXPECT_EQ(run("event CallHeldEvent callId=seven"), Verdict::mistake);
+    EXPECT_EQ(errors_.str(), "s:3:21: callId is a number, not \"seven\"\n");
+}
+
+TEST_F(Phone, ChecksWhatTheLastOperationReturned)
+{
+    EXPECT_EQ(run("check result=sfiSuccess"), Verdict::mistake);
+    subscribe();
+    run("forward busy 2001");
+    run("forward busy");
+    EXPECT_EQ(run("check result=sfiSuccess status=on uri=20*"), Verdict::met);
+    EXPECT_EQ(run("check uri=\"20*\""), Verdict::unmet);
+    EXPECT_EQ(errors_.str(),
+              "s:3: getForwardingConfiguration returned uri=2001, awaited was 20*\n");
+    EXPECT_EQ(run("check cfnrRingCount=4"), Verdict::unmet);
+    EXPECT_EQ(run("check state=on"), Verdict::mistake);
+    EXPECT_EQ(errors_.str(),
+              "s:3:7: getForwardingConfiguration returns result, status, uri, cfnrRingCount, not "
+              "state\n");
+    run("messages");
+    EXPECT_EQ(run("check type=voice returnType=dial"), Verdict::met);
+}
+
+TEST_F(Phone, ShowsWhatTravels)
+{
+    run("wire on");
+    EXPECT_EQ(run("setMicrophoneMute on"), Verdict::met);
+    EXPECT_EQ(out_.str(),
+              "  -> <Method>SetMicrophoneMute</Method><Status>1</Status>\n"
+              "  <- sfiSuccess\n"
+              "setMicrophoneMute status=true: sfiSuccess\n");
+    run("subscribe");
+    run("event CallHeldEvent callId=7");
+    EXPECT_EQ(out_.str(),
+              "  <= <Method>CallHeldEvent</Method><CallID>7</CallID>\n"
+              "* CallHeldEvent callId=7\n");
+}
+
+TEST_F(Phone, SaysWhenTheServiceIsGoneAndComesBack)
+{
+    subscribe();
+    EXPECT_EQ(run("sim go away"), Verdict::met);
+    EXPECT_EQ(run("getDevices"), Verdict::unreachable);
+    EXPECT_EQ(out_.str(), "getDevices: sfiFailure\n");
+    EXPECT_EQ(errors_.str(),
+              "s:3: GetDevices has no answer: the service in this process is gone; \"reconnect\" "
+              "connects anew\n");
+    EXPECT_EQ(run("subscribe"), Verdict::unreachable);
+    EXPECT_EQ(out_.str(), "subscribe: MarloException\n");
+    EXPECT_EQ(run("! getDevices"), Verdict::met);
+    EXPECT_EQ(run("reconnect"), Verdict::met);
+    EXPECT_EQ(run("getDevices"), Verdict::met);
+    EXPECT_EQ(run("expect CallHeldEvent within 0s"), Verdict::unmet);
+    EXPECT_NE(errors_.str().find("the phone has not subscribed"), std::string::npos);
+}
+
+TEST_F(Phone, FindsMistakesWithoutCarryingOut)
+{
+    const struct
+    {
+        const char* line;
+        bool right;
+    } rows[] = {
+        {"hold", true},
+        {"hold 12 13 14", false},
+        {"expect CallHeldEvent as call", true},
+        {"hold $call", true},
+        {"hold $cal", false},
+        {"sim anything", true},
+        {"forward always 2001", false},
+        {"run somewhere", true},
+        {"run", false},
+        {"wire", false},
+        {"event CallHeldEvent callId=x", false},
+        {"say \"open", false},
+    };
+    Variables captured;
+    for (const auto& row : rows)
+        try
+        {
+            session_->check(row.line, captured);
+            EXPECT_TRUE(row.right) << row.line;
+        }
+        catch (const Mistake&)
+        {
+            EXPECT_FALSE(row.right) << row.line;
+        }
+    EXPECT_EQ(out_.str() + errors_.str(), "");
+}
+
+}  // namespace
+
+}  // namespace kit::phone

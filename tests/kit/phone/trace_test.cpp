@@ -1,0 +1,384 @@
+// What is drawn and written down: traces, call flows; and what expectations say.
+
+#include "kit/phone/Expectation.h"
+#include "kit/phone/Labels.h"
+#include "kit/phone/Ladder.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace kit::phone
+{
+
+namespace
+{
+
+Record request(int number, const std::string& text, Sending sending = Sending::request)
+{
+    Record record;
+    record.kind = Record::Kind::request;
+    record.number = number;
+    record.sending = sending;
+    record.text = text;
+    return record;
+}
+
+Record answer(int number, const std::string& text, Delivery delivery = Delivery::done)
+{
+    Record record;
+    record.kind = Record::Kind::answer;
+    record.number = number;
+    record.delivery = delivery;
+    record.text = text;
+    return record;
+}
+
+Record event(const std::string& text)
+{
+    Record record;
+    record.kind = Record::Kind::event;
+    record.channel = "subscriber-1";
+    record.text = text;
+    return record;
+}
+
+Record control(const std::string& text)
+{
+    Record record;
+    record.kind = Record::Kind::control;
+    record.text = text;
+    return record;
+}
+
+std::string callState(int call, int state)
+{
+    return "<Method>CallStateChangeEvent</Method><LineID>1001</LineID><CallID>" +
+           std::to_string(call) + "</CallID><CallState>" + std::to_string(state) +
+           "</CallState><Reason>0</Reason><URI>sip:2001@host</URI><Name>Anna</Name>";
+}
+
+/// A call in which everything occurs that is drawn.
+std::vector<Record> aCall()
+{
+    return {
+        request(1, "<Method>Activate</Method>", Sending::timed),
+        answer(1, "sfiSuccess"),
+        request(2,
+                "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line><CallID>0</CallID>"
+                "<Destination>2001</Destination><DSSDirectCall>0</DSSDirectCall>"),
+        event(callState(5, numbers::callDelivered)),
+        answer(2, "sfiSuccess"),
+        control("advance 2s"),
+        event(callState(5, numbers::callConnected)),
+        request(3, "<Method>HoldCall</Method><Line>1001</Line><CallID>9</CallID>"),
+        answer(3, "sfiFailure"),
+        request(4, "<Method>SendCSTARequest</Method><Line>1001</Line><a/>"),
+        answer(4, "", Delivery::gone),
+        request(0, "<Method>RemoveConfParticipant</Method><callID>5</callID>", Sending::oneWay),
+        event("<Method>CallHeldEvent</Method><LineID>1001</LineID><CallID>6</CallID>"),
+    };
+}
+
+TEST(Ladder, DrawsACall)
+{
+    EXPECT_EQ("\n" + textLadder(stepsOf(aCall())),
+              R"(
+application                                                    service              2001
+     |                                                            |                   |
+     |--Activate------------------------------------------------->|                   |
+     |<..sfiSuccess...............................................|                   |
+     |--OutgoingCallMakeRequest Line=1001 Destination=2001------->|--call------------>|
+     |<--CallStateChangeEvent CallID=5 CallState=delivered--------|                   |
+     |<..sfiSuccess...............................................|                   |
+     |                                                     ( advance 2s )             |
+     |<--CallStateChangeEvent CallID=5 CallState=connected--------|<--answers---------|
+     |--HoldCall CallID=9---------------------------------------->|                   |
+     |<..sfiFailure...............................................|                   |
+     |--SendCSTARequest Line=1001 + 4 bytes---------------------->|                   |
+     |<..(the service is gone)....................................|                   |
+     |--RemoveConfParticipant callID=5--------------------------->|                   |
+     |<--CallHeldEvent CallID=6-----------------------------------|                   |
+)");
+}
+
+TEST(Ladder, DrawsACallInMermaid)
+{
+    EXPECT_EQ(mermaidLadder(stepsOf(aCall())),
+              R"(sequenceDiagram
+    participant application
+    participant service
+    application->>service: Activate
+    service-->>application: sfiSuccess
+    participant far1 as 2001
+    application->>service: OutgoingCallMakeRequest Line=1001 Destination=2001
+    service->>far1: call
+    service->>application: CallStateChangeEvent CallID=5 CallState=delivered
+    service-->>application: sfiSuccess
+    Note over service: advance 2s
+    far1->>service: answers
+    service->>application: CallStateChangeEvent CallID=5 CallState=connected
+    application->>service: HoldCall CallID=9
+    service-->>application: sfiFailure
+    application->>service: SendCSTARequest Line=1001 + 4 bytes
+    service-->>application: (the service is gone)
+    application->>service: RemoveConfParticipant callID=5
+    service->>application: CallHeldEvent CallID=6
+)");
+    MermaidLadder ladder;
+    Step step;
+    step.application = Step::Between::toService;
+    step.text = "a;b#c <d>";
+    EXPECT_EQ(ladder.add(step), "    application->>service: a#59;b#35;c #lt;d#gt;\n");
+}
+
+TEST(Ladder, LiveColumnsAppearWithTheirFarEnds)
+{
+    TextLadder ladder;
+    Step step;
+    step.application = Step::Between::toService;
+    step.text = std::string(80, 'x');
+    const std::string first = ladder.add(step);
+    EXPECT_NE(first.find("service\n"), std::string::npos);
+    EXPECT_NE(first.find("--" + std::string(54, 'x') + "..->|\n"), std::string::npos) << first;
+    step.text = "gr\xc3\xbc\xc3\x9f";
+    EXPECT_EQ(ladder.add(step), "     |--gr\xc3\xbc\xc3\x9f" + std::string(53, '-') + ">|\n");
+    step.farEnd = Step::Between::fromService;
+    step.farEndText = "calls";
+    step.farEndName = "2002";
+    EXPECT_NE(ladder.add(step).find("service              2002\n"), std::string::npos);
+    step.farEndName = "2003";
+    const std::string third = ladder.add(step);
+    EXPECT_NE(third.find("2002                2003\n"), std::string::npos) << third;
+    // It goes past the column between.
+    EXPECT_NE(third.find("|<--calls" + std::string(31, '-') + "|\n"), std::string::npos) << third;
+}
+
+TEST(Flow, ARequestWaitsForItsAnswerAndWhatComesMeanwhileBehindIt)
+{
+    Flow flow;
+    const auto first = request(1, "<Method>HoldCall</Method><CallID>5</CallID>");
+    const auto second = request(2, "<Method>GetDevices</Method>");
+    EXPECT_TRUE(flow.add(event(callState(5, numbers::callConnected))).size() == 1);
+    EXPECT_TRUE(flow.add(first).empty());
+    EXPECT_TRUE(flow.add(second).empty());
+    EXPECT_TRUE(flow.add(answer(2, "<1001>")).empty());
+    const std::vector<Step> steps = flow.add(answer(1, "sfiSuccess"));
+    ASSERT_EQ(steps.size(), 4U);
+    EXPECT_EQ(steps[0].text, "HoldCall CallID=5");
+    EXPECT_EQ(steps[0].farEndName, "2001");
+    EXPECT_EQ(steps[1].text, "GetDevices");
+    EXPECT_EQ(steps[2].text, "<1001>");
+    EXPECT_EQ(steps[3].text, "sfiSuccess");
+    EXPECT_TRUE(flow.add(first).empty());
+    const std::vector<Step> rest = flow.finish();
+    ASSERT_EQ(rest.size(), 1U);
+    EXPECT_EQ(rest[0].farEndName, "");
+}
+
+TEST(Trace, ComesBackAsItWasWritten)
+{
+    Record full = request(7, "<Method>Subscribe</Method>", Sending::subscribe);
+    full.channel = "subscriber-1";
+    full.time = std::chrono::microseconds(1234567);
+    const std::vector<Record> records = {
+        full,
+        answer(7, "sfi \"x\"\n\\", Delivery::done),
+        answer(8, "", Delivery::timedOut),
+        request(9, std::string("SigEvent:\0\xff\x01", 12), Sending::oneWay),
+        event("gr\xc3\xbc\xc3\x9f"),
+        control("call 1001 from 2001")};
+    std::stringstream file;
+    for (const Record& record : records)
+    {
+        const std::string line = toJson(record);
+        EXPECT_EQ(line.find('\n'), std::string::npos);
+        file << line << "\n\n";
+    }
+    const std::vector<Record> back = readTrace(file, "t");
+    ASSERT_EQ(back.size(), records.size());
+    for (std::size_t i = 0; i < back.size(); ++i)
+    {
+        EXPECT_EQ(back[i].kind, records[i].kind) << i;
+        EXPECT_EQ(back[i].time, records[i].time) << i;
+        EXPECT_EQ(back[i].number, records[i].number) << i;
+        EXPECT_EQ(back[i].sending, records[i].sending) << i;
+        EXPECT_EQ(back[i].delivery, records[i].delivery) << i;
+        EXPECT_EQ(back[i].channel, records[i].channel) << i;
+        EXPECT_EQ(back[i].text, records[i].text) << i;
+    }
+    EXPECT_EQ(
+        toJson(full),
+        R"({"time":1.234567,"kind":"request","number":7,"sending":"subscribe",)"
+        R"("channel":"subscriber-1","method":"Subscribe","text":"<Method>Subscribe</Method>"})");
+}
+
+TEST(Trace, SaysWhichLineIsWrongAndHow)
+{
+    const struct
+    {
+        const char* line;
+        const char* error;
+    } rows[] = {
+        {"{", "t:2: not JSON (byte 2)"},
+        {"[]", "t:2: not a JSON object"},
+        {"{\"time\":1}", "t:2: not a record of a trace: \"time\" or \"kind\" is missing"},
+        {"{\"kind\":\"event\",\"text\":\"\"}",
+         "t:2: not a record of a trace: \"time\" or \"kind\" is missing"},
+        {"{\"time\":1,\"kind\":\"evnt\",\"text\":\"\"}",
+         "t:2: \"kind\" is \"evnt\", which is none of its words"},
+        {"{\"time\":1,\"kind\":\"event\"}", "t:2: \"text\" is missing"},
+        {"{\"time\":1,\"kind\":\"event\",\"text\":7}",
+         "t:2: not a record of a trace: a member is of the wrong type"},
+        {"{\"time\":1,\"kind\":\"event\",\"textHex\":\"0g\"}",
+         "t:2: \"textHex\" is not hexadecimal"},
+    };
+    for (const auto& row : rows)
+    {
+        std::istringstream file(toJson(event("x")) + "\n" + row.line + "\n");
+        try
+        {
+            readTrace(file, "t");
+            ADD_FAILURE() << row.line;
+        }
+        catch (const std::runtime_error& error)
+        {
+            EXPECT_STREQ(error.what(), row.error);
+        }
+    }
+}
+
+/// An event as it would be received.
+ReceivedEvent received(const std::string& method, const Values& values)
+{
+    ReceivedEvent made;
+    made.event = findEvent(method);
+    for (const Field& field : made.event->arguments)
+    {
+        const std::string* const value = valueFor(field, values);
+        made.values.push_back(value != nullptr ? toWire(field, *value) : "");
+    }
+    return made;
+}
+
+Expectation expectation(const std::string& text)
+{
+    return Expectation::parse(splitWords(text));
+}
+
+TEST(Expectation, LooksAtEveryFieldThatItNames)
+{
+    const ReceivedEvent call = received("CallStateChangeEvent",
+                                        {{"lineId", "1001"},
+                                         {"callId", "12"},
+                                         {"callState", "connected"},
+                                         {"uri", "sip:2001@host"},
+                                         {"callBackFeatureAvailable", "false"}});
+    const struct
+    {
+        const char* text;
+        bool matches;
+    } rows[] = {
+        {"CallStateChangeEvent", true},
+        {"onCallStateChangeEvent callId=12", true},
+        {"CallHeldEvent", false},
+        {"CallStateChangeEvent callId=13", false},
+        {"CallStateChangeEvent callState=connected", true},
+        {"CallStateChangeEvent CallState=5", true},
+        {"CallStateChangeEvent callState=held", false},
+        {"CallStateChangeEvent lineId=1001 callId=12 callState=held", false},
+        {"CallStateChangeEvent uri=sip:2001@host", true},
+        {"CallStateChangeEvent uri=2001", false},
+        {"CallStateChangeEvent uri=*2001*", true},
+        {"CallStateChangeEvent uri=sip:*@h*t", true},
+        {"CallStateChangeEvent uri=*2002*", false},
+        {"CallStateChangeEvent uri=\"*2001*\"", false},
+        {"CallStateChangeEvent name=\"\"", true},
+        {"CallStateChangeEvent callBackFeatureAvailable=off", true},
+        {"CallStateChangeEvent callBackFeatureAvailable=on", false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(expectation(row.text).matches(call), row.matches) << row.text;
+    EXPECT_TRUE(matchesPattern("*", ""));
+    EXPECT_TRUE(matchesPattern("a*b*c", "aXbbYc"));
+    EXPECT_FALSE(matchesPattern("a*b", "abc"));
+    EXPECT_FALSE(matchesPattern("", "a"));
+}
+
+TEST(Expectation, IsReadWithItsTimeAndName)
+{
+    const Expectation read = expectation("no CallHeldEvent callId=3 within 2s as first");
+    EXPECT_TRUE(read.none);
+    EXPECT_EQ(read.within, std::chrono::seconds(2));
+    EXPECT_EQ(read.name, "first");
+    EXPECT_EQ(expectation("CallHeldEvent").within, std::chrono::seconds(1));
+    EXPECT_EQ(expectation("CallStateChangeEvent callId=3 callState=5").description(),
+              "CallStateChangeEvent callId=3 callState=connected");
+    const struct
+    {
+        const char* text;
+        const char* mistake;
+    } rows[] = {
+        {"", "expect needs an event"},
+        {"no", "expect needs an event"},
+        {"callId=3", "expect needs an event"},
+        {"CallHeldEvnt", "there is no event CallHeldEvnt, did you mean CallHeldEvent?"},
+        {"CallHeldEvent calId=3", "CallHeldEvent has no field calId, did you mean callId?"},
+        {"CallHeldEvent callId=x", "callId is a number, not \"x\""},
+        {"CallHeldEvent within", "\"within\" needs a time"},
+        {"CallHeldEvent within 3", "3 is no time"},
+        {"CallHeldEvent as", "\"as\" needs a name"},
+        {"CallHeldEvent 12", "expect takes field=value, \"within TIME\" and \"as NAME\", not 12"},
+    };
+    for (const auto& row : rows)
+        try
+        {
+            expectation(row.text);
+            ADD_FAILURE() << row.text;
+        }
+        catch (const Mistake& mistake)
+        {
+            EXPECT_EQ(std::string(mistake.what()).rfind(row.mistake, 0), 0U) << mistake.what();
+        }
+}
+
+TEST(Expectation, SaysWhatWasNearestAndWhatDiffers)
+{
+    const std::deque<ReceivedEvent> log = {
+        received("CallHeldEvent", {{"lineId", "1001"}, {"callId", "1"}}),
+        received("CallHeldEvent", {{"lineId", "1002"}, {"callId", "2"}}),
+        received("DevicesChangedEvent", {}),
+        received("CallHeldEvent", {{"lineId", "1003"}, {"callId", "3"}}),
+    };
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(expectation("CallHeldEvent lineId=1002 callId=9").explain(log, 0),
+              (Lines{"nearest: CallHeldEvent lineId=1002 callId=2",
+                     "differs: callId=9 was awaited, callId=2 came"}));
+    EXPECT_EQ(expectation("CallHeldEvent lineId=7 callId=9").explain(log, 1),
+              (Lines{"nearest: CallHeldEvent lineId=1003 callId=3",
+                     "differs: lineId=7 was awaited, lineId=1003 came",
+                     "differs: callId=9 was awaited, callId=3 came"}));
+    EXPECT_EQ(expectation("CallRetrievedEvent").explain(log, 1),
+              (Lines{"events that came: CallHeldEvent, DevicesChangedEvent"}));
+    EXPECT_EQ(expectation("CallHeldEvent callId=3").explain(log, 4),
+              (Lines{"nearest: such an event came earlier, before the one that was expected last",
+                     "no event came"}));
+}
+
+TEST(Labels, TellWhatAPersonWantsToKnow)
+{
+    EXPECT_EQ(messageLabel("<Method>RegistrationStateChangeEvent</Method><LineID>1001</LineID>"
+                           "<CallID>0</CallID><Registered>0</Registered>"),
+              "RegistrationStateChangeEvent LineID=1001 Registered=false");
+    EXPECT_EQ(messageLabel("<sfiResult>sfiSuccess</sfiResult><uri>2001</uri>"),
+              "sfiResult=sfiSuccess uri=2001");
+    EXPECT_EQ(messageLabel(std::string("SigEvent:\0x", 11)), "SigEvent:\\x00x");
+    EXPECT_EQ(eventLabel(received("DoNotDisturbEvent",
+                                  {{"deviceId", "1001"}, {"doNotDisturbOn", "false"}})),
+              "DoNotDisturbEvent deviceId=1001 doNotDisturbOn=false");
+    EXPECT_EQ(shortNumber("sip:2001@host;x"), "2001");
+    EXPECT_EQ(shortNumber("2001"), "2001");
+}
+
+}  // namespace
+
+}  // namespace kit::phone
