@@ -29,13 +29,19 @@ enum class Match
 
 struct Row
 {
-    std::string_view method;
+    char method[40];
     Match match;
     void (*run)(Ifc* subscriber, std::string& text);
 
-    bool matches(std::string_view name) const
+    /// The first bytes, which every row has, tell most rows apart at once.
+    bool matches(const char* name) const
     {
-        return match == Match::exact ? name == method : name.substr(0, method.size()) == method;
+        if (std::memcmp(name, method, 8) != 0)
+            return false;
+        std::size_t length = 8;
+        while (method[length] != '\0' && name[length] == method[length])
+            ++length;
+        return method[length] == '\0' && (match == Match::prefix || name[length] == '\0');
     }
 };
 
@@ -125,10 +131,9 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
         std::printf("CommunicationsServiceEventSvc == NULL");
 
     // A copy: the pass-through handlers change the text, and the rows behind theirs are still tested.
-    // It holds more than the longest row has, which is all that the rows can tell apart.
-    char name[64];
-    const auto whole = eventValue("<Method>", text, "</Method>").value_or(std::string_view());
-    const std::string_view method(name, whole.copy(name, sizeof name));
+    // It has room for more than the longest row, and so for all that the rows can tell apart.
+    char method[64] = {};
+    EventFields(text).method().copy(method, sizeof method - 1);
     for (const Row& row : rows)
         if (row.matches(method))
             row.run(events, text);

@@ -3,90 +3,88 @@
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
 
+#include <algorithm>
+#include <cstdint>
+
 namespace
 {
 
-using Value = std::optional<std::string_view>;
+constexpr std::string_view absent;
 
-std::string textOf(Value value)
+long numberOf(std::string_view value)
 {
-    return std::string(value.value_or(std::string_view()));
-}
-
-long numberOf(Value value)
-{
-    return value ? decimal(*value) : -1;
+    return value.data() != nullptr ? decimal(value) : -1;
 }
 
 }  // namespace
 
 long decimal(std::string_view text)
 {
-    const long highest = 2147483647L;
-    const long lowest = -highest - 1;
-    std::size_t at = 0;
-    while (at < text.size() && (text[at] == ' ' || (text[at] >= '\t' && text[at] <= '\r')))
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at != end && (*at == ' ' || (*at >= '\t' && *at <= '\r')))
         ++at;
-    const bool negative = at < text.size() && text[at] == '-';
-    if (negative || (at < text.size() && text[at] == '+'))
+    const bool negative = at != end && *at == '-';
+    if (negative || (at != end && *at == '+'))
         ++at;
-    // Counted below zero, where there is room for one more.
-    long value = 0;
-    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at)
-    {
-        const int digit = text[at] - '0';
-        if (value < (lowest + digit) / 10)
-            return negative ? lowest : highest;
-        value = value * 10 - digit;
-    }
-    if (negative)
-        return value;
-    return value == lowest ? highest : -value;
+    const std::int64_t highest = 2147483647;
+    std::int64_t value = 0;
+    for (; at != end && *at >= '0' && *at <= '9'; ++at)
+        value = std::min(value * 10 + (*at - '0'), highest + 1);
+    return static_cast<long>(negative ? -value : std::min(value, highest));
 }
 
-Value eventValue(std::string_view startTag, std::string_view message, std::string_view endTag)
+std::string_view eventValue(std::string_view startTag, std::string_view message,
+                            std::string_view endTag)
 {
     const std::size_t start = message.find(startTag);
     if (start == std::string_view::npos)
-        return std::nullopt;
+        return absent;
     const std::size_t begin = start + startTag.size();
     const std::size_t end = message.find(endTag, begin);
     if (end == std::string_view::npos)
-        return std::nullopt;
+        return absent;
     return message.substr(begin, end - begin);
 }
 
-Value answerValue(std::string_view startTag, std::string_view message, std::string_view endTag)
+std::string_view answerValue(std::string_view startTag, std::string_view message,
+                             std::string_view endTag)
 {
     const std::size_t start = message.find(startTag);
     if (start == std::string_view::npos)
-        return std::nullopt;
+        return absent;
     const std::size_t begin = start + startTag.size();
     // An end before the begin, or none, wraps round to a length beyond the message, on purpose.
     return message.substr(begin, message.find(endTag) - begin);
 }
 
-Value EventFields::value(std::string_view tag) const
+EventFields::EventFields(const std::string& message) : index_(message), method_(value("Method")) {}
+
+std::string_view EventFields::value(std::string_view tag) const
 {
-    if (const Value next = index_.next(tag))
-        return next;
+    const std::string_view next = index_.next(tag);
+    return next.data() != nullptr ? next : search(tag);
+}
+
+std::string_view EventFields::search(std::string_view tag) const
+{
     const std::size_t begin = index_.behindOpening(tag);
     if (begin == TagIndex::npos)
-        return std::nullopt;
+        return absent;
     const std::size_t end = index_.closing(tag, begin);
     if (end == TagIndex::npos)
-        return std::nullopt;
+        return absent;
     return std::string_view(index_.message()).substr(begin, end - begin);
 }
 
 std::string EventFields::text(std::string_view tag) const
 {
-    return textOf(value(tag));
+    return std::string(value(tag));
 }
 
 std::string_view EventFields::view(std::string_view tag) const
 {
-    return value(tag).value_or(std::string_view());
+    return value(tag);
 }
 
 int EventFields::number(std::string_view tag) const
@@ -94,20 +92,24 @@ int EventFields::number(std::string_view tag) const
     return static_cast<int>(numberOf(value(tag)));
 }
 
-Value AnswerFields::value(std::string_view tag) const
+std::string_view AnswerFields::value(std::string_view tag) const
 {
-    if (const Value next = index_.next(tag))
-        return next;
+    const std::string_view next = index_.next(tag);
+    return next.data() != nullptr ? next : search(tag);
+}
+
+std::string_view AnswerFields::search(std::string_view tag) const
+{
     const std::size_t begin = index_.behindOpening(tag);
     if (begin == TagIndex::npos)
-        return std::nullopt;
+        return absent;
     // An end before the begin, or none, wraps round to a length beyond the message, on purpose.
     return std::string_view(index_.message()).substr(begin, index_.closing(tag, 0) - begin);
 }
 
 std::string AnswerFields::text(std::string_view tag) const
 {
-    return textOf(value(tag));
+    return std::string(value(tag));
 }
 
 int AnswerFields::number(std::string_view tag) const
@@ -117,14 +119,14 @@ int AnswerFields::number(std::string_view tag) const
 
 int AnswerFields::numberOfText(std::string_view tag) const
 {
-    return static_cast<int>(decimal(value(tag).value_or(std::string_view())));
+    return static_cast<int>(decimal(value(tag)));
 }
 
 std::string CommunicationsServiceProxy::getParamAsString(const std::string& startTag,
                                                          const std::string& message,
                                                          const std::string& endTag)
 {
-    return textOf(answerValue(startTag, message, endTag));
+    return std::string(answerValue(startTag, message, endTag));
 }
 
 long CommunicationsServiceProxy::getParamAsLong(const std::string& startTag,
@@ -158,7 +160,7 @@ std::string CommunicationsServiceEventInvoker::getParamAsString(const std::strin
                                                                 const std::string& message,
                                                                 const std::string& endTag)
 {
-    return textOf(eventValue(startTag, message, endTag));
+    return std::string(eventValue(startTag, message, endTag));
 }
 
 long CommunicationsServiceEventInvoker::getParamAsLong(const std::string& startTag,

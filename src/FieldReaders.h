@@ -4,7 +4,6 @@
 #include "CommunicationsServiceTypes.h"
 #include "TagIndex.h"
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,25 +15,25 @@ const char* stateName(sfiServiceState state);
 long decimal(std::string_view text);
 
 /// Value between two whole tags as events are read: the end tag counts only behind the start tag.
-/// Empty when either is missing.
-std::optional<std::string_view> eventValue(std::string_view startTag, std::string_view message,
-                                           std::string_view endTag);
+/// A null view when either is missing.
+std::string_view eventValue(std::string_view startTag, std::string_view message,
+                            std::string_view endTag);
 
 /// Value between two whole tags as answers are read: the end tag is searched from the start of the
 /// message, on purpose; one that is missing or stands before the value lets it run to the end.
-/// Empty when the start tag is missing.
-std::optional<std::string_view> answerValue(std::string_view startTag, std::string_view message,
-                                            std::string_view endTag);
+/// A null view when the start tag is missing.
+std::string_view answerValue(std::string_view startTag, std::string_view message,
+                             std::string_view endTag);
 
 /// The fields of one event, read as eventValue does, each tag once: fastest in the order of the
 /// message. The message must outlive this, unchanged.
 class EventFields
 {
 public:
-    explicit EventFields(const std::string& message) : index_(message)
-    {
-        index_.next("Method");  // what stands before the fields
-    }
+    explicit EventFields(const std::string& message);
+
+    /// Name of the event, "" when absent.
+    std::string_view method() const { return method_; }
 
     /// "" when absent.
     std::string text(std::string_view tag) const;
@@ -55,9 +54,11 @@ public:
     bool flag(std::string_view tag) const { return number(tag) != 0; }
 
 private:
-    std::optional<std::string_view> value(std::string_view tag) const;
+    std::string_view value(std::string_view tag) const;
+    std::string_view search(std::string_view tag) const;
 
-    mutable TagIndex index_;  // where tags are found does not depend on what was asked before
+    mutable TagIndex index_;   // where tags are found does not depend on what was asked before
+    std::string_view method_;  // read first, since it stands before the fields
 };
 
 /// The fields of one answer, read as answerValue does, each tag once. The message must outlive this,
@@ -86,7 +87,8 @@ public:
     bool flag(std::string_view tag) const { return number(tag) != 0; }
 
 private:
-    std::optional<std::string_view> value(std::string_view tag) const;
+    std::string_view value(std::string_view tag) const;
+    std::string_view search(std::string_view tag) const;
 
     mutable TagIndex index_;  // where tags are found does not depend on what was asked before
 };

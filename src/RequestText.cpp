@@ -7,7 +7,7 @@ namespace
 
 /// memcpy for the short pieces that a request is made of: two copies of a fixed length, which may
 /// overlap, cost less than a call.
-char* put(char* to, const char* from, std::size_t length)
+inline char* put(char* to, const char* from, std::size_t length)
 {
     if (length >= 16 && length <= 32)
     {
@@ -35,7 +35,7 @@ char* put(char* to, const char* from, std::size_t length)
 
 std::string RequestText::str() const
 {
-    std::size_t longest = 0;
+    std::size_t longest = payload_ != nullptr ? payload_->size() : 0;
     for (std::size_t i = 0; i < count_; ++i)
         longest += 2 * fields_[i].tagLength + fields_[i].length + 5;
     std::string text(longest, '\0');
@@ -43,11 +43,6 @@ std::string RequestText::str() const
     for (std::size_t i = 0; i < count_; ++i)
     {
         const Field& field = fields_[i];
-        if (field.kind == Kind::payload)
-        {
-            to = put(to, field.value, field.length);
-            continue;
-        }
         *to++ = '<';
         to = put(to, field.tag, field.tagLength);
         *to++ = '>';
@@ -62,6 +57,7 @@ std::string RequestText::str() const
         to = put(to, field.tag, field.tagLength);
         *to++ = '>';
     }
+    to += payload_ != nullptr ? payload_->copy(to, payload_->size()) : 0;
     text.resize(static_cast<std::size_t>(to - &text[0]));
     return text;
 }

@@ -49,7 +49,8 @@ public:
     /// Raw bytes behind the last field, with no element around them.
     RequestText& payload(const std::string& value)
     {
-        return add(Kind::payload, "", value.data(), value.size());
+        payload_ = &value;
+        return *this;
     }
 
     std::string str() const;
@@ -59,7 +60,6 @@ private:
     {
         text,
         number,
-        payload,
         cut
     };
 
@@ -86,6 +86,7 @@ private:
 
     Field fields_[room];
     std::size_t count_ = 0;
+    const std::string* payload_ = nullptr;
 };
 
 #endif

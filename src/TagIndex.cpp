@@ -13,6 +13,51 @@ std::uint32_t load(const char* bytes)
     return value;
 }
 
+/// memcmp for names, which are short: two comparisons of a fixed length, which may overlap, cost
+/// less than a call.
+inline bool same(const char* left, const char* right, std::size_t length)
+{
+    using Eight = std::uint64_t;
+    using Four = std::uint32_t;
+    if (length > 16)
+        return std::memcmp(left, right, length) == 0;
+    if (length >= 8)
+        return load<Eight>(left) == load<Eight>(right) &&
+               load<Eight>(left + length - 8) == load<Eight>(right + length - 8);
+    if (length >= 4)
+        return load<Four>(left) == load<Four>(right) &&
+               load<Four>(left + length - 4) == load<Four>(right + length - 4);
+    return left[0] == right[0] && left[1] == right[1] && left[2] == right[2];
+}
+
+/// Whether the tag's name and its ">" stand at `name`.
+inline bool isTagAt(const char* name, const char* end, std::string_view tag)
+{
+    return end - name > static_cast<std::ptrdiff_t>(tag.size()) && name[tag.size()] == '>' &&
+           same(name, tag.data(), tag.size());
+}
+
+/// The next "<", or the end. Most values are so short that a call costs more than looking.
+inline const char* nextBracket(const char* at, const char* end)
+{
+    if (end - at > 4)
+        for (int looks = 0; looks < 4; ++looks, ++at)
+            if (*at == '<')
+                return at;
+    const void* const found = std::memchr(at, '<', static_cast<std::size_t>(end - at));
+    return found != nullptr ? static_cast<const char*>(found) : end;
+}
+
+/// Whether a tag may begin at this "<": a name and ">" follow.
+bool canBeTag(const char* bracket)
+{
+    const char* at = bracket + (bracket[1] == '/' ? 2 : 1);
+    while ((*at >= 'a' && *at <= 'z') || (*at >= 'A' && *at <= 'Z') || (*at >= '0' && *at <= '9') ||
+           *at == '_')
+        ++at;
+    return *at == '>';
+}
+
 /// The first four bytes of a tag as they stand in a message.
 std::uint32_t head(std::string_view tag)
 {
@@ -22,22 +67,23 @@ std::uint32_t head(std::string_view tag)
 
 }  // namespace
 
-std::optional<std::string_view> TagIndex::next(std::string_view tag)
+std::string_view TagIndex::next(std::string_view tag)
 {
+    // The text's own NUL stands behind its last byte, and ends a name at the latest.
     const char* const end = message_.data() + message_.size();
-    const char* const opening = message_.data() + read_;
-    const std::size_t left = message_.size() - read_;
-    if (left < 2 * tag.size() + 5 || *opening != '<' || !isTag(read_ + 1, tag))
-        return std::nullopt;
-    const char* const value = opening + tag.size() + 2;
-    const void* const found = std::memchr(value, '<', static_cast<std::size_t>(end - value));
-    const char* const closing = static_cast<const char*>(found);
-    if (closing == nullptr || closing[1] != '/' ||
-        !isTag(static_cast<std::size_t>(closing + 2 - message_.data()), tag))
-        return std::nullopt;
-    assert(message_.find("<" + std::string(tag) + ">") == read_);
-    read_ = static_cast<std::size_t>(closing + tag.size() + 3 - message_.data());
-    return std::string_view(value, static_cast<std::size_t>(closing - value));
+    if (*at_ != '<' || !isTagAt(at_ + 1, end, tag))
+        return {};
+    const char* const value = at_ + tag.size() + 2;
+    const char* bracket = nextBracket(value, end);
+    while (bracket[0] != '<' || bracket[1] != '/' || !isTagAt(bracket + 2, end, tag))
+    {
+        if (bracket == end || canBeTag(bracket))
+            return {};
+        bracket = nextBracket(bracket + 1, end);
+    }
+    assert(message_.data() + message_.find("<" + std::string(tag) + ">") == at_);
+    at_ = bracket + tag.size() + 3;
+    return std::string_view(value, static_cast<std::size_t>(bracket - value));
 }
 
 std::size_t TagIndex::behindOpening(std::string_view tag)
@@ -91,11 +137,9 @@ void TagIndex::note()
     }
 }
 
-/// Whether the tag's name and its ">" stand at `name`.
 bool TagIndex::isTag(std::size_t name, std::string_view tag) const
 {
-    return message_.size() - name > tag.size() && message_[name + tag.size()] == '>' &&
-           std::memcmp(message_.data() + name, tag.data(), tag.size()) == 0;
+    return isTagAt(message_.data() + name, message_.data() + message_.size(), tag);
 }
 
 std::size_t TagIndex::searchRest(std::string_view bracket, std::string_view tag,

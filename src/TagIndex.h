@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,22 +11,22 @@
 /// only as its first byte and ">" only as its last, so it can only occur where the message has "<".
 ///
 /// Fields mostly arrive in the order in which they are read. As long as they do, the front of the
-/// message is a run of whole elements that have been read, each "<" in it begins one of their tags,
-/// and a tag of another name cannot occur there: what stands next is the first of its name. Its
-/// value ends at the next "<" if that begins the end tag, since no end tag can be nearer.
+/// message is a run of whole elements that have been read. Each "<" in it begins one of their tags,
+/// or, inside a value, nothing that can be a tag, as in "<sip:1001@example.com>". So no tag of
+/// another name occurs there: what stands next is the first of its name, and so is its end tag.
 ///
 /// For the other fields one pass notes each "<" with the bytes behind it, in order, which loses no
 /// occurrence, also none inside a value or of a tag that is never closed. The room for notes is
 /// fixed; from the first "<" that finds none on, the message is searched as it stands.
 ///
-/// Tag names are literals of three or more letters, given without brackets. The message must outlive
-/// the index, unchanged.
+/// Tag names are literals of three or more letters, digits and "_", given without brackets. The
+/// message must outlive the index, unchanged.
 class TagIndex
 {
 public:
     static constexpr std::size_t npos = std::string::npos;
 
-    explicit TagIndex(const std::string& message) : message_(message) {}
+    explicit TagIndex(const std::string& message) : message_(message), at_(message.data()) {}
 
     TagIndex(const TagIndex&) = delete;
     TagIndex& operator=(const TagIndex&) = delete;
@@ -35,8 +34,8 @@ public:
     const std::string& message() const { return message_; }
 
     /// Value of the tag if its element stands right behind those that this function has found, and
-    /// nothing otherwise. It must not have been found before: ask for each tag once.
-    std::optional<std::string_view> next(std::string_view tag);
+    /// a null view otherwise. It must not have been found before: ask for each tag once.
+    std::string_view next(std::string_view tag);
 
     /// Position behind the first "<tag>", or npos.
     std::size_t behindOpening(std::string_view tag);
@@ -58,7 +57,7 @@ private:
     };
 
     const std::string& message_;
-    std::size_t read_ = 0;  ///< end of the elements found by next()
+    const char* at_;  ///< end of the elements found by next()
     bool isNoted_ = false;
     std::size_t openingCount_ = 0;
     std::size_t closingCount_ = 0;

@@ -1,0 +1,226 @@
+// What cannot be avoided: for a request one allocation of the final size and one copy of the bytes;
+// for an event one pass over the bytes, which copies them into the text that handlers are given, the
+// strings and the record that the callback is given, and the calls. Nothing is searched, nothing is
+// converted: where the values stand is known beforehand.
+
+#include "bench/Bench.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+namespace
+{
+
+/// A message and where its values are.
+struct Located
+{
+    explicit Located(const Message& message) : text(message.text())
+    {
+        for (const Message::Field& field : message.fields)
+        {
+            const std::string tag = "<" + field.tag + ">";
+            places.push_back({text.find(tag) + tag.size(), field.value.size()});
+        }
+    }
+
+    std::string value(const std::string& from, std::size_t i) const
+    {
+        return std::string(from, places[i].begin, places[i].length);
+    }
+
+    void copy(const std::string& from, std::size_t i, char* to) const
+    {
+        std::memcpy(to, from.data() + places[i].begin, places[i].length);
+        to[places[i].length] = '\0';
+    }
+
+    struct Place
+    {
+        std::size_t begin;
+        std::size_t length;
+    };
+
+    std::string text;
+    std::vector<Place> places;
+};
+
+template <typename Read>
+void addRequest(const std::string& name, const std::string& request, const std::string& answer,
+                Read read)
+{
+    ProxyRequest* const channel = new Channel(answer);
+    add(name + "/floor",
+        [channel, request, read]
+        {
+            const std::string copy(request);
+            std::string answered;
+            channel->sendRequest(copy, answered);
+            read(answered);
+        });
+}
+
+template <typename Tell>
+void addEvent(const std::string& name, const Message& message, Tell tell)
+{
+    CommunicationsServiceEventIfc* to = &subscriber;
+    InvokerResponse* told = &response;
+    benchmark::DoNotOptimize(to);
+    benchmark::DoNotOptimize(told);
+    add(name + "/floor",
+        [to, told, from = Located(message), tell]
+        {
+            std::string text(from.text.c_str());
+            tell(*to, from, text);
+            told->messageHandled();
+        });
+}
+
+void ignore(const std::string&) {}
+
+}  // namespace
+
+void addFloor()
+{
+    addRequest("answerCall",
+               Message{"AnswerCall", {{"Line", line, false}, {"CallID", "4711", true}}, ""}.text(),
+               "sfiSuccess",
+               ignore);
+    addRequest("outgoingCallMake",
+               Message{"OutgoingCallMakeRequest",
+                       {{"Line", line, false},
+                        {"CallID", "4711", true},
+                        {"Destination", destination, false},
+                        {"DSSDirectCall", "1", true},
+                        {"BridgeCall", "0", true},
+                        {"CallCompletionCall", "1", true}},
+                       ""}
+                   .text(),
+               "sfiSuccess",
+               ignore);
+    addRequest("setForwardingConfiguration",
+               Message{"setForwardingConfiguration",
+                       {{"Line", line, false},
+                        {"fwType", "1", true},
+                        {"status", "1", true},
+                        {"uri", uri, false},
+                        {"cfnrRingCount", "3", true},
+                        {"forceTKVSUpdate", "0", true}},
+                       ""}
+                   .text(),
+               "sfiSuccess",
+               ignore);
+    addRequest("SendCSTARequest.2KiB",
+               Message{"SendCSTARequest", {{"Line", line, false}}, payload}.text(),
+               "sfiSuccess",
+               ignore);
+    addRequest("getForwardingConfiguration",
+               Message{"getForwardingConfiguration", {{"fwType", "1", true}}, ""}.text(),
+               forwardingAnswer.text(),
+               [from = Located(forwardingAnswer)](const std::string& answer)
+               {
+                   const std::string text = from.value(answer, 2);
+                   Touch()("", 5, true, text, 3);
+               });
+    addRequest("getMessageWaitingIndicator",
+               Message{"GetMessageWaitingIndicator", {}, ""}.text(),
+               messageWaitingAnswer.text(),
+               [from = Located(messageWaitingAnswer)](const std::string& answer)
+               {
+                   const std::string number = from.value(answer, 9);
+                   Touch()("", 5, 1, 3, 12, 1, 2, 4, 5, 1, number);
+               });
+    std::string list;
+    for (const std::string& device : devices)
+        list += "<" + device + ">";
+    addRequest("getDevices.12",
+               Message{"GetDevices", {}, ""}.text(),
+               list,
+               [](const std::string& answer)
+               {
+                   std::vector<std::string> items;
+                   items.reserve(12);
+                   for (std::size_t i = 0; i < 12; ++i)
+                       items.emplace_back(answer, 1 + i * 14, 12);
+                   Touch()("", items);
+               });
+
+    using Ifc = CommunicationsServiceEventIfc;
+    addEvent("DevicesChangedEvent",
+             devicesChanged,
+             [](Ifc& to, const Located&, std::string&) { to.onDevicesChangedEvent(); });
+    addEvent("CallHeldEvent",
+             callHeld,
+             [](Ifc& to, const Located& from, std::string& text)
+             { to.onCallHeldEvent(from.value(text, 0), 4711); });
+    addEvent("CallStateChangeEvent.18",
+             callState,
+             [](Ifc& to, const Located& from, std::string& text)
+             {
+                 char* const record = static_cast<char*>(std::malloc(sizeof(CallPartyInfo)));
+                 std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, 4);
+                 record[offsetof(CallPartyInfo, reservedText1)] = '\0';
+                 record[offsetof(CallPartyInfo, reservedText2)] = '\0';
+                 record[offsetof(CallPartyInfo, reservedText3)] = '\0';
+                 record[offsetof(CallPartyInfo, reservedText4)] = '\0';
+                 from.copy(text, 8, record + offsetof(CallPartyInfo, callingNumber));
+                 from.copy(text, 9, record + offsetof(CallPartyInfo, callingName));
+                 from.copy(text, 10, record + offsetof(CallPartyInfo, calledNumber));
+                 from.copy(text, 11, record + offsetof(CallPartyInfo, calledName));
+                 to.onCallStateChangeEvent(from.value(text, 0),
+                                           4711,
+                                           6,
+                                           22,
+                                           1,
+                                           from.value(text, 5),
+                                           from.value(text, 6),
+                                           from.value(text, 7),
+                                           reinterpret_cast<CallPartyInfo*>(record),
+                                           2,
+                                           0,
+                                           from.value(text, 14),
+                                           true,
+                                           3,
+                                           4);
+                 std::free(record);
+             });
+    addEvent("IncomingCallEvent.17",
+             incomingCall,
+             [](Ifc& to, const Located& from, std::string& text)
+             {
+                 to.onIncomingCallEvent(from.value(text, 0),
+                                        4711,
+                                        from.value(text, 2),
+                                        from.value(text, 3),
+                                        from.value(text, 4),
+                                        from.value(text, 5),
+                                        from.value(text, 6),
+                                        false,
+                                        1,
+                                        from.value(text, 9),
+                                        from.value(text, 10),
+                                        3,
+                                        false,
+                                        2,
+                                        3,
+                                        4,
+                                        true);
+             });
+    addEvent("b2buaCSTAResponse.2KiB",
+             cstaResponse,
+             [](Ifc& to, const Located& from, std::string& text)
+             {
+                 const std::string lineURI = from.value(text, 0);
+                 text.erase(0, from.text.size() - payload.size());
+                 to.onB2buaCSTAResponse(lineURI, true, text);
+             });
+    addEvent("securityStatusChanged",
+             securityStatus,
+             [](Ifc& to, const Located& from, std::string& text)
+             {
+                 std::vector<int> ids = {4711, 4712};
+                 std::vector<std::string> uris = {std::string(text, from.places[4].begin, 12),
+                                                  std::string(text, from.places[4].begin + 13, 12)};
+                 to.onSecurityStatusChanged(from.value(text, 0), 4711, 2, ids, uris);
+             });
+}

@@ -1,0 +1,226 @@
+// The library as built, opened as the framework opens it, and the plain writing of the same.
+
+#include "CommunicationsServiceIfc.h"
+#include "bench/Bench.h"
+#include "bench/Plain.h"
+#include "framework/Proxy.h"
+
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+// The classes behind the factories, as far as they can be seen from outside.
+class CommunicationsServiceProxy : public Proxy, public CommunicationsServiceIfc
+{
+};
+
+class CommunicationsServiceEventInvoker : public Invoker
+{
+};
+
+namespace
+{
+
+template <typename Object>
+Object* create(void* library, const char* factory)
+{
+    void* const symbol = library != nullptr ? dlsym(library, factory) : nullptr;
+    if (symbol == nullptr)
+    {
+        std::fprintf(stderr, "bench: %s\n", dlerror());
+        std::exit(EXIT_FAILURE);
+    }
+    return reinterpret_cast<Object* (*)()>(symbol)();
+}
+
+template <typename Operations>
+void addRequest(const std::string& name, const std::string& answer,
+                std::function<Operations*(Channel&)> connect, void (*ask)(Operations&))
+{
+    Channel* const channel = new Channel(answer);
+    Operations* const operations = connect(*channel);
+    add(name, [operations, ask] { ask(*operations); });
+}
+
+std::string deviceList(std::size_t count)
+{
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+        text += "<" + devices[i % devices.size()] + ">";
+    return text;
+}
+
+/// Texts of about `size` bytes that are long, or made to cost much: name, event or answer, text.
+struct Growing
+{
+    const char* name;
+    bool isAnswer;
+    std::string (*text)(std::size_t size);
+};
+
+std::string repeated(const std::string& piece, std::size_t size)
+{
+    std::string text;
+    while (text.size() < size)
+        text += piece;
+    return text;
+}
+
+const Growing growing[] = {
+    {"growth.document",
+     false,
+     [](std::size_t size)
+     {
+         return "<Method>conferenceStatusEvent</Method><LineID>1001</LineID><CallID>1</CallID>"
+                "<XMLContent>" +
+                repeated("<user entity=\"sip:1002@example.com\"><state>on</state></user>", size) +
+                "</XMLContent>";
+     }},
+    {"growth.brackets",
+     false,
+     [](std::size_t size)
+     { return "<Method>CallStateChangeEvent</Method>" + repeated("<", size); }},
+    {"growth.openTags",
+     false,
+     [](std::size_t size) {
+         return "<Method>CallStateChangeEvent</Method>" + repeated("<ILLocalLevel>1<LineID>", size);
+     }},
+    {"growth.openItems", true, [](std::size_t size) { return repeated("<", size); }},
+    {"growth.items", true, [](std::size_t size) { return deviceList(size / 14); }},
+};
+
+template <typename Operations>
+void addRequests(const std::string& who, std::function<Operations*(Channel&)> connect)
+{
+    addRequest<Operations>("answerCall/" + who,
+                           "sfiSuccess",
+                           connect,
+                           [](Operations& to) { to.answerCall(line, callId); });
+    addRequest<Operations>("outgoingCallMake/" + who,
+                           "sfiSuccess",
+                           connect,
+                           [](Operations& to)
+                           { to.outgoingCallMake(line, callId, destination, true, false, true); });
+    addRequest<Operations>(
+        "setForwardingConfiguration/" + who,
+        "sfiSuccess",
+        connect,
+        [](Operations& to)
+        { to.setForwardingConfiguration(line, sfiForwardingType(1), true, uri, 3, false); });
+    addRequest<Operations>("SendCSTARequest.2KiB/" + who,
+                           "sfiSuccess",
+                           connect,
+                           [](Operations& to) { to.SendCSTARequest(line, payload); });
+    addRequest<Operations>(
+        "getForwardingConfiguration/" + who,
+        forwardingAnswer.text(),
+        connect,
+        [](Operations& to)
+        {
+            bool status = false;
+            std::string text;
+            int rings = 0;
+            Touch()("",
+                    to.getForwardingConfiguration(sfiForwardingType(1), status, text, rings),
+                    status,
+                    text,
+                    rings);
+        });
+    addRequest<Operations>("getMessageWaitingIndicator/" + who,
+                           messageWaitingAnswer.text(),
+                           connect,
+                           [](Operations& to)
+                           {
+                               int n[4] = {};
+                               unsigned int c[4] = {};
+                               std::string number;
+                               Touch()("",
+                                       to.getMessageWaitingIndicator(n[0],
+                                                                     c[0],
+                                                                     c[1],
+                                                                     c[2],
+                                                                     c[3],
+                                                                     n[1],
+                                                                     n[2],
+                                                                     n[3],
+                                                                     number),
+                                       n[0],
+                                       n[1],
+                                       n[2],
+                                       n[3],
+                                       c[0],
+                                       c[1],
+                                       c[2],
+                                       c[3],
+                                       number);
+                           });
+    const auto getDevices = [](Operations& to)
+    {
+        std::vector<std::string> items;
+        to.getDevices(items);
+        Touch()("", items);
+    };
+    addRequest<Operations>("getDevices.12/" + who, deviceList(devices.size()), connect, getDevices);
+    for (const Growing& row : growing)
+        if (row.isAnswer && who != "plain")
+            for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
+                addRequest<Operations>(row.name + ("." + std::to_string(size)) + "/" + who,
+                                       row.text(size),
+                                       connect,
+                                       getDevices);
+}
+
+void addEvent(const std::string& name, Invoker* invoker, const std::string& text)
+{
+    add(name,
+        [invoker, text] {
+            invoker->handleMessage(&subscriber,
+                                   text.c_str(),
+                                   static_cast<int>(text.size()),
+                                   &response);
+        });
+}
+
+void addEvents(const std::string& who, Invoker* invoker)
+{
+    addEvent("DevicesChangedEvent/" + who, invoker, devicesChanged.text());
+    addEvent("CallHeldEvent/" + who, invoker, callHeld.text());
+    addEvent("CallStateChangeEvent.18/" + who, invoker, callState.text());
+    addEvent("CallStateChangeEvent.18.reverse/" + who, invoker, callState.reversed().text());
+    addEvent("IncomingCallEvent.17/" + who, invoker, incomingCall.text());
+    addEvent("b2buaCSTAResponse.2KiB/" + who, invoker, cstaResponse.text());
+    addEvent("securityStatusChanged/" + who, invoker, securityStatus.text());
+    for (const Growing& row : growing)
+        if (!row.isAnswer && who != "plain")
+            for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
+                addEvent(row.name + ("." + std::to_string(size)) + "/" + who,
+                         invoker,
+                         row.text(size));
+}
+
+}  // namespace
+
+void addLibrary(const std::string& who, const std::string& path)
+{
+    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    addRequests<CommunicationsServiceIfc>(
+        who,
+        [library](Channel& channel)
+        {
+            auto* const proxy =
+                create<CommunicationsServiceProxy>(library, "createCommunicationsServiceProxy");
+            proxy->initProxy(channel);
+            return proxy;
+        });
+    addEvents(who,
+              create<CommunicationsServiceEventInvoker>(library,
+                                                        "createCommunicationsServiceEventInvoker"));
+}
+
+void addPlain()
+{
+    addRequests<PlainProxy>("plain", [](Channel& channel) { return new PlainProxy(channel); });
+    addEvents("plain", new PlainInvoker);
+}
