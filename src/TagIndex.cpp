@@ -6,9 +6,16 @@
 namespace
 {
 
-std::uint32_t load(const char* bytes)
+std::uint32_t four(const char* bytes)
 {
     std::uint32_t value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+std::uint64_t eight(const char* bytes)
+{
+    std::uint64_t value;
     std::memcpy(&value, bytes, sizeof value);
     return value;
 }
@@ -17,16 +24,14 @@ std::uint32_t load(const char* bytes)
 /// less than a call.
 inline bool same(const char* left, const char* right, std::size_t length)
 {
-    using Eight = std::uint64_t;
-    using Four = std::uint32_t;
     if (length > 16)
         return std::memcmp(left, right, length) == 0;
+    const char* const leftEnd = left + length;
+    const char* const rightEnd = right + length;
     if (length >= 8)
-        return load<Eight>(left) == load<Eight>(right) &&
-               load<Eight>(left + length - 8) == load<Eight>(right + length - 8);
+        return eight(left) == eight(right) && eight(leftEnd - 8) == eight(rightEnd - 8);
     if (length >= 4)
-        return load<Four>(left) == load<Four>(right) &&
-               load<Four>(left + length - 4) == load<Four>(right + length - 4);
+        return four(left) == four(right) && four(leftEnd - 4) == four(rightEnd - 4);
     return left[0] == right[0] && left[1] == right[1] && left[2] == right[2];
 }
 
@@ -62,7 +67,7 @@ bool canBeTag(const char* bracket)
 std::uint32_t head(std::string_view tag)
 {
     const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
-    return load(bytes);
+    return four(bytes);
 }
 
 }  // namespace
@@ -132,7 +137,7 @@ void TagIndex::note()
             return;
         }
         Note* const notes = isClosing ? closings_ : openings_;
-        notes[count++] = {static_cast<std::size_t>(name - begin), load(name)};
+        notes[count++] = {static_cast<std::size_t>(name - begin), four(name)};
         at = name;
     }
 }

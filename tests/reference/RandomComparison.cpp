@@ -434,7 +434,7 @@ bool agree(const std::string& message, const std::string& library, const std::st
 
 int main(int count, char** words)
 {
-    const long messages = count > 1 ? std::atol(words[1]) : 100000;
+    const long messages = count > 1 ? std::atol(words[1]) : 30000;
     const unsigned int seed = count > 2 ? static_cast<unsigned int>(std::atol(words[2])) : 1;
 
     const std::unique_ptr<CommunicationsServiceProxy> proxy(createCommunicationsServiceProxy());
