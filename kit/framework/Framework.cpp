@@ -42,7 +42,9 @@ std::string inWords(std::chrono::milliseconds time)
 
 }  // namespace
 
-class Framework::Core : private FrameworkContext, private ProxyRequest, private InvokerResponse
+class Framework::Core final : private FrameworkContext,
+                              private ProxyRequest,
+                              private InvokerResponse
 {
 public:
     Core(std::unique_ptr<Connection> connection, Options options)

@@ -14,7 +14,7 @@
 namespace kit
 {
 
-class RecordingChannel::Channel : public ProxyRequest, private FrameworkContext
+class RecordingChannel::Channel final : public ProxyRequest, private FrameworkContext
 {
 public:
     explicit Channel(const std::string& library)

@@ -527,7 +527,7 @@ TEST(LibraryFile, TheEnvironmentNamesAnother)
 
 TEST(ExceptionText, SurvivesACopyOfTheBase)
 {
-    for (const std::size_t length : {0, 1, 1023, 1024, 5000})
+    for (const std::size_t length : {0U, 1U, 1023U, 1024U, 5000U})
     {
         const std::string text(length, 'x');
         const kit::ChannelException thrown(text);
