@@ -12,6 +12,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -98,6 +99,8 @@ public:
 
     void connect(std::unique_ptr<Connection> fresh)
     {
+        if (fresh == nullptr)
+            throw std::invalid_argument("the framework needs a connection");
         std::shared_ptr<Connection> connection = std::move(fresh);
         std::uint64_t era = 0;
         {

@@ -85,7 +85,7 @@ public:
         ProblemSink problems;
     };
 
-    /// Throws LibraryError.
+    /// Throws LibraryError, and std::invalid_argument for no connection.
     explicit Framework(std::unique_ptr<Connection> connection);
     Framework(std::unique_ptr<Connection> connection, Options options);
 

@@ -423,6 +423,14 @@ TEST_F(FrameworkTest, AfterReconnectingOnlyTheNewServiceIsHeard)
     EXPECT_THAT(next.received, ElementsAre("<Method>Subscribe</Method>"));
 }
 
+TEST_F(FrameworkTest, ThereIsAlwaysAConnection)
+{
+    EXPECT_THROW(Framework(nullptr), std::invalid_argument);
+    const std::unique_ptr<Framework> framework = make();
+    EXPECT_THROW(framework->reconnect(nullptr), std::invalid_argument);
+    EXPECT_EQ(framework->service().answerCall("1001", 7), sfiSuccess) << "the old one is lost";
+}
+
 TEST_F(FrameworkTest, AConnectionMayOutliveTheFramework)
 {
     std::unique_ptr<Framework> framework = make();
