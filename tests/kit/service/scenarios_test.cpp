@@ -1,7 +1,12 @@
 #include "Scenario.h"
 
+#include "kit/service/Robots.h"
+
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <ostream>
+#include <sstream>
 #include <string>
 
 namespace
@@ -784,5 +789,27 @@ TEST_P(ServiceScenario, runs)
 
 INSTANTIATE_TEST_SUITE_P(Rows, ServiceScenario, testing::ValuesIn(rows),
                          [](const auto& row) { return std::string(row.param.name); });
+
+/// The page for people names every number and every command, as they are.
+TEST(ServicePage, namesAllNumbersAndCommands)
+{
+    std::ifstream in(SERVICE_PAGE);
+    const std::string page((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    kit::SimulatedService service;
+    for (const kit::service::Robot& robot : kit::service::robots())
+    {
+        const std::string row =
+            std::string("| ") + robot.number + " | " + robot.name + " | " + robot.habit + " |";
+        EXPECT_NE(page.find(row), std::string::npos) << row;
+    }
+    std::istringstream help(service.control("help"));
+    std::string line;
+    while (std::getline(help, line))
+    {
+        const std::size_t colon = line.rfind(": ");
+        const std::string entry = line.substr(0, colon) + "\n    " + line.substr(colon + 2) + "\n";
+        EXPECT_NE(page.find(entry), std::string::npos) << entry;
+    }
+}
 
 }  // namespace
