@@ -14,7 +14,7 @@ using namespace numbers;
 namespace
 {
 
-constexpr Time longestAdvance = std::chrono::hours(24 * 365);
+constexpr Time longestAdvance = std::chrono::hours(24);
 
 Time parseTime(const std::string& text)
 {
@@ -256,7 +256,7 @@ std::string Commands::features()
     named.serverFeatures = a.on("ON", true);
     s.emit(events::serverFeatureStatus(named.name,
                                        named.serverFeatures ? words::serverFeaturesOn
-                                                           : words::serverFeaturesOff));
+                                                            : words::serverFeaturesOff));
     return "done";
 }
 
@@ -346,6 +346,8 @@ std::string Commands::addFault(bool silent)
 {
     const std::string& method = a.text("METHOD");
     const unsigned times = a.has("times") ? static_cast<unsigned>(std::stoul(a.text("times"))) : 1;
+    if (times == 0)
+        throw Refusal("0 times is never");
     c.faults_.push_back({method, times, silent, a.has("with") ? a.text("with") : "sfiFailure"});
     return "done";
 }

@@ -14,6 +14,7 @@ using namespace numbers;
 
 std::string Handlers::activate(Simulation& s, const Request&)
 {
+    ++s.activations_;
     s.serviceState_ = sfiServiceInService;
     for (Line& line : s.lines_)
         s.registerLine(line, true, registrationDone);
@@ -22,17 +23,20 @@ std::string Handlers::activate(Simulation& s, const Request&)
 
 std::string Handlers::deactivate(Simulation& s, const Request& r)
 {
+    const int activation = ++s.activations_;
     s.serviceState_ = sfiServiceOutOfService;
     for (Line& line : s.lines_)
         s.registerLine(line, false, registrationNone);
     if (r.flag("AllowAutoActivate"))
         s.after(autoActivation,
-                [&s]
+                [&s, activation]
                 {
+                    // Unless the application has decided otherwise meanwhile.
+                    if (s.activations_ != activation)
+                        return;
                     s.serviceState_ = sfiServiceInService;
                     for (Line& line : s.lines_)
-                        if (!line.registered)
-                            s.registerLine(line, true, registrationDone);
+                        s.registerLine(line, true, registrationDone);
                 });
     return success;
 }
@@ -187,6 +191,7 @@ std::string Handlers::setServiceState(Simulation& s, const Request& r)
     int state = 0;
     if (!numberOf(Meaning::serviceState, r.text("state"), state))
         return failed;
+    ++s.activations_;
     const int before = std::exchange(s.serviceState_, state);
     for (Line& line : s.lines_)
     {

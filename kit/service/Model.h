@@ -56,7 +56,8 @@ struct Arrival
     int ilLocalLevel = numbers::impactNone;
     Party divertedBy;
     int diversionReason = numbers::diversionNone;
-    int peer = 0;  ///< the caller's own call, when the caller is a line of this phone
+    int forwardings = 0;  ///< how often it has been sent elsewhere
+    int peer = 0;         ///< the caller's own call, when the caller is a line of this phone
 };
 
 struct Call

@@ -92,7 +92,7 @@ void Simulation::afterIfStill(const Call& call, Time time, std::function<void(Ca
 
 void Simulation::advance(Time time)
 {
-    const Time until = now_ + time;
+    const Time until = now_ + std::max(time, Time(0));
     while (!timers_.empty() && timers_.begin()->first <= until)
     {
         now_ = timers_.begin()->first;
@@ -233,6 +233,7 @@ void Simulation::dial(Call& call, const std::string& dialled)
         arrival.from = call.local;
         arrival.type = callTypeInternal;
         arrival.priority = call.remote.priority;
+        arrival.forwardings = call.remote.forwardings;
         arrival.peer = call.id;
         if (hops > 0)
         {
@@ -361,8 +362,14 @@ Simulation::Outcome Simulation::arriveFollowing(const std::string& lineName, Arr
 void Simulation::divert(Call& call, const std::string& target, Reason reason,
                         DiversionReason diversion)
 {
+    if (call.remote.forwardings >= maximumForwardings)
+    {
+        clear(call, reasonNoAnswer);
+        return;
+    }
     const std::string number = plainNumber(target);
     Arrival arrival = call.remote;
+    ++arrival.forwardings;
     arrival.divertedBy = call.local;
     arrival.diversionReason = diversion;
     const int caller = call.peer;
@@ -371,6 +378,7 @@ void Simulation::divert(Call& call, const std::string& target, Reason reason,
     clear(call, reason);
     if (Call* const own = findCall(caller))
     {
+        own->remote.forwardings = arrival.forwardings;
         own->remote.divertedBy = arrival.divertedBy;
         own->remote.diversionReason = diversion;
         dial(*own, number);

@@ -170,7 +170,8 @@ private:
     int lastCallBackId_ = 0;
     bool muted_ = false;
     bool associatedCalls_ = false;
-    int serviceState_ = 0;
+    int serviceState_ = sfiServiceInService;
+    int activations_ = 0;  ///< counts changes of the service state asked for
     std::string systemStatus_ = words::systemNormal;
     std::string systemStatusInfo_;
     std::string lastSignalling_;

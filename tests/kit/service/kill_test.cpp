@@ -16,7 +16,9 @@
 #include <iostream>
 #include <map>
 #include <mutex>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace
@@ -187,6 +189,61 @@ TEST(ServiceDies, killedInTheMiddleOfTenThousandRequests)
     again.join();
     for (const auto& [lamp, result] : again.all())
         EXPECT_EQ(result, sfiSuccess) << lamp;
+}
+
+/// An application of its own, in a process of its own; 0 when all went well.
+int application(const std::string& socket, int number)
+{
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(socket));
+    kit::EventRecorder events;
+    if (framework.service().subscribe(&events) != sfiSuccess)
+        return 1;
+    for (int i = 0; i < 200; ++i)
+    {
+        const std::string lamp = std::to_string(number) + "-" + std::to_string(i);
+        if (framework.service().setLampMode("1001", lamp, 1) != sfiSuccess)
+            return 2;
+    }
+    return events.waitFor("systemStatusEvent", {{"statusInfo", "all"}}, 60s) ? 0 : 3;
+}
+
+TEST(ServiceProcesses, severalApplicationsAtOnce)
+{
+    const Journal journal("service-several-journal");
+    kit::ServiceProcess process("", {"--journal", journal.path()});
+    // Before there is a thread in this process, so that the children are whole.
+    std::vector<pid_t> children;
+    for (int i = 0; i < 3; ++i)
+    {
+        children.push_back(fork());
+        if (children.back() == 0)
+            _exit(application(process.socket(), i));
+    }
+    kit::SocketConnection watcher(process.socket());
+    std::string clients;
+    const auto ready = [&]
+    {
+        const std::string wanted = "1 subscriptions, 201 requests";
+        if (watcher.control("show clients", clients, 60s) != kit::Delivery::done)
+            return true;
+        int count = 0;
+        for (std::size_t at = clients.find(wanted); at != std::string::npos;
+             at = clients.find(wanted, at + 1))
+            ++count;
+        return count == 3;
+    };
+    const auto end = std::chrono::steady_clock::now() + 60s;
+    while (!ready() && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
+    std::string answer;
+    EXPECT_EQ(watcher.control("system NORMAL info all", answer, 60s), kit::Delivery::done);
+    for (const pid_t child : children)
+    {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << clients;
+    }
+    EXPECT_EQ(journal.lamps().size(), 600U);
 }
 
 TEST(ServiceDies, hangsAndComesBack)

@@ -544,7 +544,49 @@ const Row rows[] = {
         * advance 30s
         : RegistrationStateChangeEvent lineId=1001 registered=true registrationResult=done
         : RegistrationStateChangeEvent lineId=1002
-        : RegistrationStateChangeEvent lineId=1003)"},
+        : RegistrationStateChangeEvent lineId=1003
+        deactivate allowAutoActivate=true
+        : RegistrationStateChangeEvent registered=false
+        : RegistrationStateChangeEvent
+        : RegistrationStateChangeEvent
+        deactivate allowAutoActivate=false
+        : RegistrationStateChangeEvent registered=false
+        : RegistrationStateChangeEvent
+        : RegistrationStateChangeEvent
+        * advance 1h)"},
+    {"ForwardingBackAndForthEnds", R"(
+        setForwardingConfiguration line=1001 fwType=noAnswer status=true uri=1002 cfnrRingCount=1
+        : FeatureSuccessEvent
+        setForwardingConfiguration line=1002 fwType=noAnswer status=true uri=1001 cfnrRingCount=1
+        : FeatureSuccessEvent
+        * call 1001 from 4711
+        : IncomingCallEvent lineId=1001
+        : CallStateChangeEvent
+        * advance 5s
+        : CallForwardedEvent lineId=1001
+        : CallStateChangeEvent callState=cleared reason=forwarded
+        : IncomingCallEvent lineId=1002 diversionReason=noAnswer
+        : CallStateChangeEvent callState=offered
+        * advance 20s
+        : CallForwardedEvent
+        : CallStateChangeEvent
+        : IncomingCallEvent lineId=1001
+        : CallStateChangeEvent
+        : CallForwardedEvent
+        : CallStateChangeEvent
+        : IncomingCallEvent lineId=1002
+        : CallStateChangeEvent
+        : CallForwardedEvent
+        : CallStateChangeEvent
+        : IncomingCallEvent lineId=1001
+        : CallStateChangeEvent
+        : CallForwardedEvent
+        : CallStateChangeEvent
+        : IncomingCallEvent lineId=1002
+        : CallStateChangeEvent
+        * advance 24h
+        : IncomingCallMissedEvent reason=noAnswer
+        : CallStateChangeEvent callState=cleared reason=noAnswer)"},
     {"SecurityAndRecording", R"(
         * call 1001 from 4711
         : IncomingCallEvent
@@ -718,6 +760,7 @@ const Row rows[] = {
         holdCall line=1001 callId=1 -> sfi strange
         * show faults -> no faults
         * fail HoldCal -> error: fail: no method "HoldCal", did you mean HoldCall?
+        * fail AnswerCall times 0 -> error: 0 times is never
         * fail AnswerCall
         * heal
         * show faults -> no faults
