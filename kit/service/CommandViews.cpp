@@ -18,6 +18,17 @@ std::string seconds(Time time)
     return out.str();
 }
 
+namespace
+{
+
+/// "1 call", "2 calls"
+std::string counted(unsigned long number, const std::string& what)
+{
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
 std::string Commands::showLines() const
 {
     std::string text;
@@ -35,7 +46,7 @@ std::string Commands::showLines() const
                 if (type == forwardNoAnswer)
                     text += " after " + std::to_string(setting.ringCount) + " rings";
             }
-        text += ", " + std::to_string(s.callsOf(line.name).size()) + " calls\n";
+        text += ", " + counted(s.callsOf(line.name).size(), "call") + "\n";
     }
     return text;
 }
@@ -78,8 +89,9 @@ std::string Commands::showClients() const
 {
     std::string text;
     for (const auto& [id, client] : c.clients_)
-        text += "client " + std::to_string(id) + ", " + std::to_string(client.channels.size()) +
-                " subscriptions, " + std::to_string(client.requests) + " requests\n";
+        text += "client " + std::to_string(id) + ", " +
+                counted(client.channels.size(), "subscription") + ", " +
+                counted(client.requests, "request") + "\n";
     return text.empty() ? "no clients" : text;
 }
 
@@ -107,8 +119,8 @@ std::string Commands::showFaults() const
 {
     std::string text;
     for (const Fault& fault : c.faults_)
-        text += fault.method + ", " + std::to_string(fault.times) +
-                " times: " + (fault.silent ? "no answer" : fault.text) + "\n";
+        text += fault.method + ", " + counted(fault.times, "time") + ": " +
+                (fault.silent ? "no answer" : fault.text) + "\n";
     return text.empty() ? "no faults" : text;
 }
 

@@ -223,7 +223,7 @@ TEST(ServiceProcesses, severalApplicationsAtOnce)
     std::string clients;
     const auto ready = [&]
     {
-        const std::string wanted = "1 subscriptions, 201 requests";
+        const std::string wanted = "1 subscription, 201 requests";
         if (watcher.control("show clients", clients, 60s) != kit::Delivery::done)
             return true;
         int count = 0;

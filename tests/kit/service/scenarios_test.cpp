@@ -756,7 +756,7 @@ const Row rows[] = {
         * fail * times 1
         getMicrophoneMute -> sfiFailure
         holdCall line=1001 callId=1 -> sfi strange
-        * show faults -> HoldCall, 1 times: sfi strange
+        * show faults -> HoldCall, 1 time: sfi strange
         holdCall line=1001 callId=1 -> sfi strange
         * show faults -> no faults
         * fail HoldCal -> error: fail: no method "HoldCal", did you mean HoldCall?
