@@ -29,6 +29,8 @@ using Socket = asio::local::stream_protocol::socket;
 /// What may wait to be sent while the service does not read.
 constexpr std::size_t maximumWaiting = 64 * 1024 * 1024;
 constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24);
+/// How long a connection stays for what has been posted and not been sent.
+constexpr std::chrono::milliseconds farewell = std::chrono::seconds(1);
 
 /// A connected socket; throws ConnectionError.
 int connectTo(const std::string& path)
@@ -72,6 +74,10 @@ public:
 
     ~Core()
     {
+        {
+            std::unique_lock<std::mutex> lock(mutex);
+            sent.wait_for(lock, farewell, [this] { return !writing || gone; });
+        }
         io.stop();
         thread.join();
     }
@@ -121,6 +127,7 @@ private:
     std::deque<Parcel> waiting;
     std::size_t waitingBytes = 0;
     bool writing = false;
+    std::condition_variable sent;
     std::map<std::uint64_t, Waiter*> waiters;
     std::uint64_t lastId = 0;
     bool gone = false;
@@ -204,6 +211,7 @@ void SocketConnection::Core::write()
         if (waiting.empty() || gone)
         {
             writing = false;
+            sent.notify_all();
             return;
         }
         sending.assign(std::make_move_iterator(waiting.begin()),
@@ -289,6 +297,7 @@ void SocketConnection::Core::end(const std::string& why)
     waitingBytes = 0;
     for (const auto& entry : waiters)
         entry.second->changed.notify_one();
+    sent.notify_all();
 }
 
 SocketConnection::SocketConnection(const std::string& path) : core_(std::make_unique<Core>(path)) {}

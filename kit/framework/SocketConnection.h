@@ -21,7 +21,8 @@ public:
 ///
 /// Threads: any number may ask at once over the one socket; each waits for its own answer only.
 /// Events come on a thread of the connection's own. Not to be destroyed from inside the event sink,
-/// nor while a call is still inside.
+/// nor while a call is still inside. The destructor waits up to a second for posted messages to
+/// leave.
 ///
 /// Failures: a request whose time runs out is taken back when it has not been sent yet; otherwise
 /// the service may still carry it out, and its answer is thrown away. When the service goes, or

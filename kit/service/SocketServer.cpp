@@ -134,6 +134,7 @@ private:
         std::array<char, 65536> incoming;
         std::vector<std::string> sending;
         bool last = false;  ///< ends when everything has been sent
+        bool deaf = false;  ///< nothing can be sent to it any more
 
         // The service may be used on other threads, and then events come on those.
         std::mutex mutex;
@@ -349,8 +350,12 @@ void SocketServer::Core::write(const SessionPointer& session)
         overrun = session->overrun;
         if (!overrun && !session->sending.empty())
             return;
-        if (overrun)
+        if (overrun || session->deaf)
+        {
             session->waiting.clear();
+            session->waitingBytes = 0;
+            session->writing = overrun;
+        }
         else if (session->waiting.empty())
             session->writing = false;
         else
@@ -379,10 +384,10 @@ void SocketServer::Core::write(const SessionPointer& session)
                       [this, session](const asio::error_code& error, std::size_t)
                       {
                           session->sending.clear();
+                          // What it sent before it left is still carried out: reading ends it.
                           if (error)
-                              close(*session);
-                          else
-                              write(session);
+                              session->deaf = true;
+                          write(session);
                       });
 }
 

@@ -265,6 +265,28 @@ TEST_F(SocketService, goingAwayWakesAllWhoWait)
     EXPECT_EQ(answer, "sfiSuccess");
 }
 
+TEST_F(SocketService, whatWasPostedArrivesThoughTheSenderLeaves)
+{
+    constexpr int count = 2000;
+    const std::string post = "<Method>InitializeOrFinalizeServerFeatures</Method>"
+                             "<Line>1001</Line><initialize>1</initialize>";
+    kit::Framework watching(std::make_unique<kit::SocketConnection>(path));
+    kit::EventRecorder events;
+    ASSERT_EQ(watching.service().subscribe(&events), sfiSuccess);
+    {
+        // It is sent the events as well, and reads none once it has gone.
+        kit::SocketConnection leaving(path);
+        std::string answer;
+        ASSERT_EQ(leaving.subscribe("<Method>Subscribe</Method>", answer, "c", 10s),
+                  Delivery::done);
+        for (int i = 0; i < count; ++i)
+            ASSERT_EQ(leaving.post(post), Delivery::done);
+    }
+    service.control("system NORMAL info end");
+    for (int i = 0; i < count; ++i)
+        ASSERT_TRUE(events.waitFor("serverFeatureStatusEvent", {}, 10s)) << i;
+}
+
 TEST_F(SocketService, nonsenseEndsOneConnectionAndNoOther)
 {
     kit::SocketConnection good(path);
