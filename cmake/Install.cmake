@@ -37,6 +37,16 @@ function(install_pkgconfig name component)
     COMPONENT ${component})
 endfunction()
 
+# compressed(VARIABLE): puts a compressed copy in the place of the named file, as Debian wants it.
+function(compressed variable)
+  cmake_path(GET ${variable} FILENAME name)
+  configure_file(${${variable}} ${generated_dir}/compressed/${name} COPYONLY)
+  execute_process(COMMAND gzip -9nf ${generated_dir}/compressed/${name} COMMAND_ERROR_IS_FATAL ANY)
+  set(${variable}
+      ${generated_dir}/compressed/${name}.gz
+      PARENT_SCOPE)
+endfunction()
+
 # The library.
 install_library(CommunicationsServiceClient Runtime Development)
 install(
@@ -112,8 +122,12 @@ if(TARGET CommunicationsServiceKit)
     if(TARGET ${program})
       set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")
       install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Kit)
+      set(manual ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
+      if(COMMUNICATIONS_SERVICE_PACKAGES)
+        compressed(manual)
+      endif()
       install(
-        FILES ${PROJECT_SOURCE_DIR}/docs/man/${program}.1
+        FILES ${manual}
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
         COMPONENT Kit)
     endif()

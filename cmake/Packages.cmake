@@ -45,12 +45,10 @@ macro(debian_package component name section summary)
   set(CPACK_DEBIAN_${upper}_DESCRIPTION "${CPACK_COMPONENT_${upper}_DESCRIPTION}")
 
   # What Debian wants to find in every package, and only there.
-  set(documents ${generated_dir}/${name})
-  configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright ${documents}/copyright COPYONLY)
-  configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog ${documents}/changelog.Debian COPYONLY)
-  execute_process(COMMAND gzip -9nf ${documents}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)
+  set(changelog ${PROJECT_SOURCE_DIR}/packaging/changelog.Debian)
+  compressed(changelog)
   install(
-    FILES ${documents}/copyright ${documents}/changelog.Debian.gz
+    FILES ${PROJECT_SOURCE_DIR}/packaging/copyright ${changelog}
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${name}
     COMPONENT ${component})
   if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/overrides/${name})
