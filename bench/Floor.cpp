@@ -146,6 +146,14 @@ void addFloor()
                });
 
     using Ifc = CommunicationsServiceEventIfc;
+    add("crossCast/floor",
+        []
+        {
+            Executable* executable = &subscriber;
+            benchmark::DoNotOptimize(executable);
+            Ifc* events = dynamic_cast<Ifc*>(executable);
+            benchmark::DoNotOptimize(events);
+        });
     addEvent("DevicesChangedEvent",
              devicesChanged,
              [](Ifc& to, const Located&, std::string&) { to.onDevicesChangedEvent(); });

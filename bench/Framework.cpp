@@ -39,6 +39,10 @@ std::vector<std::string> Serializer::deserialize(std::string& text)
 
 void Serializer::deserialize(std::string& text, std::vector<int>& values)
 {
-    for (const std::string& item : deserialize(text))
-        values.push_back(std::atoi(item.c_str()));
+    std::size_t at = 0;
+    for (std::size_t end = text.find(','); end != std::string::npos; end = text.find(',', at))
+    {
+        values.push_back(std::atoi(text.c_str() + at));
+        at = end + 1;
+    }
 }

@@ -1,0 +1,65 @@
+#!/usr/bin/env python3
+"""Compares two revisions of the library in one run: bench/compare.py BEFORE [AFTER]
+
+AFTER is the working tree when it is left out. Both libraries are opened by the same program and
+measured in turn, in random order; the ratio of the minima is what to look at, and the instructions,
+which do not depend on what else the machine does.
+"""
+
+import argparse
+import pathlib
+import subprocess
+import tempfile
+
+import measure
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+
+def build(source, folder, *options):
+    measure.command("cmake", "-S", source, "-B", folder, "-DCMAKE_BUILD_TYPE=Release",
+                    "-DBUILD_TESTING=OFF", *options, stdout=subprocess.DEVNULL)
+    measure.command("cmake", "--build", folder, "--parallel", "2", stdout=subprocess.DEVNULL)
+    return folder
+
+
+def revision(name, folder):
+    source = folder / "source"
+    source.mkdir(parents=True)
+    archive = measure.command("git", "-C", ROOT, "archive", "--format=tar",
+                              f"--output={folder}/source.tar", name)
+    del archive
+    measure.command("tar", "-xf", folder / "source.tar", "-C", source)
+    return build(source, folder / "build") / "src/libCommunicationsServiceClient.so"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("before", help="revision to compare with")
+    parser.add_argument("after", nargs="?", help="other revision; the working tree by default")
+    parser.add_argument("--repetitions", type=int, default=25)
+    parser.add_argument("--filter", default=".*", help="only these cases (regular expression)")
+    arguments = parser.parse_args()
+
+    with tempfile.TemporaryDirectory() as folder:
+        folder = pathlib.Path(folder)
+        tree = build(ROOT, ROOT / "build/bench", "-DCOMMUNICATIONS_SERVICE_BENCHMARKS=ON")
+        before = revision(arguments.before, folder / "before")
+        after = (revision(arguments.after, folder / "after") if arguments.after
+                 else tree / "src/libCommunicationsServiceClient.so")
+        libraries = [f"--library=before:{before}", f"--library=after:{after}"]
+        program = tree / "bench/bench"
+        what = f"^([^g]|ge)({arguments.filter}).*/(before|after)$"
+        table = measure.times(program, arguments.repetitions, what, libraries)
+        counts = measure.instructions(program, libraries)
+
+    print(f"{'':34}{'before':>10}{'after':>10}{'ratio':>8}{'instructions':>16}{'allocations':>14}")
+    for case, row in table.items():
+        (b, _, b_allocations), (a, _, a_allocations) = row["before"], row["after"]
+        count = counts[case]
+        print(f"{case:34}{b:8.0f}ns{a:8.0f}ns{a / b:8.2f}"
+              f"{count['before']:>8} {count['after']:>7}{b_allocations:>9} {a_allocations:>4}")
+
+
+if __name__ == "__main__":
+    main()

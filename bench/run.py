@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""Measures the library against the floor, the plain writing and the peers, and puts the result
+into docs/performance.md (between the marks) and docs/performance.svg.
+"""
+
+import argparse
+import datetime
+import math
+import pathlib
+import platform
+import re
+import subprocess
+import tempfile
+
+import measure
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BUILD = ROOT / "build/bench"
+WHO = {"library": "library", "plain": "plain writing", "protobuf": "protobuf",
+       "protobuf.reused": "protobuf, reused", "GVariant": "GVariant", "pugixml": "pugixml",
+       "nlohmann": "nlohmann JSON"}
+COLOURS = {"library": "#c0392b", "plain": "#7f8c8d", "protobuf": "#2471a3",
+           "protobuf.reused": "#5dade2", "GVariant": "#8e44ad", "pugixml": "#229954",
+           "nlohmann": "#d68910"}
+# Where the figures are to come to: times the floor.
+GOALS = {"answerCall": 2, "outgoingCallMake": 2, "setForwardingConfiguration": 2,
+         "SendCSTARequest.2KiB": 2, "CallStateChangeEvent.18": 2.5, "IncomingCallEvent.17": 2.5,
+         "CallStateChangeEvent.18.reverse": 6}
+SMALL = ("DevicesChangedEvent", "CallHeldEvent")
+ORDER = ["answerCall", "outgoingCallMake", "setForwardingConfiguration", "SendCSTARequest.2KiB",
+         "getForwardingConfiguration", "getMessageWaitingIndicator", "getDevices.12",
+         "DevicesChangedEvent", "CallHeldEvent", "CallStateChangeEvent.18",
+         "CallStateChangeEvent.18.reverse", "IncomingCallEvent.17", "b2buaCSTAResponse.2KiB",
+         "securityStatusChanged"]
+
+
+def rows(header, lines):
+    yield "| " + " | ".join(header) + " |"
+    yield "|---" + "|--:" * (len(header) - 1) + "|"
+    for line in lines:
+        yield "| " + " | ".join(line) + " |"
+
+
+def ratios(table, cast):
+    who = [name for name in WHO if any(name in row for row in table.values())]
+    for case in ORDER:
+        row = table[case]
+        floor = row["floor"][0]
+        least, median, _ = row["library"]
+        goal = GOALS.get(case, 2 + cast / floor if case in SMALL else None)
+        verdict = "" if goal is None else f"{goal:.1f} " + ("yes" if least / floor <= goal else "no")
+        yield [case, f"{floor:.0f} ns", f"{least:.0f} ns", f"{median:.0f} ns",
+               *(f"{row[name][0] / floor:.1f}" if name in row else "" for name in who), verdict]
+
+
+def counts(table, instructions):
+    for case in ORDER:
+        row = table[case]
+        yield [case] + [f"{instructions[case][name]} / {row[name][2]}" if name in row else ""
+                        for name in ("floor", *WHO)]
+
+
+def growth(table):
+    series = {}
+    for case, row in table.items():
+        name, size = case.rsplit(".", 1)
+        series.setdefault(name.split(".")[1], []).append((int(size), row["library"][0]))
+    for name, points in series.items():
+        points.sort()
+        xs = [math.log(size) for size, _ in points]
+        ys = [math.log(time) for _, time in points]
+        x, y = sum(xs) / len(xs), sum(ys) / len(ys)
+        slope = (sum((a - x) * (b - y) for a, b in zip(xs, ys)) / sum((a - x) ** 2 for a in xs))
+        yield [name, *(f"{time / size:.2f}" for size, time in points), f"{slope:.2f}"]
+
+
+def picture(table):
+    left, top, width, step = 250, 56, 620, 26
+    height = top + step * len(ORDER) + 40
+    most = max(value[0] / row["floor"][0] for row in table.values() for value in row.values())
+
+    def x(ratio):
+        return left + width * math.log10(ratio) / math.log10(most * 1.1)
+
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {left + width + 20} {height}" '
+             'font-family="sans-serif" font-size="12"><rect width="100%" height="100%" fill="#fff"/>'
+             '<text x="10" y="18" font-weight="bold">Time of one call, in multiples of the floor '
+             '(least of all repetitions; logarithmic)</text>']
+    at = left
+    for name, label in WHO.items():
+        if any(name in row for row in table.values()):
+            parts.append(f'<circle cx="{at - 240}" cy="36" r="5" fill="{COLOURS[name]}"/>'
+                         f'<text x="{at - 230}" y="40">{label}</text>')
+            at += 40 + 7 * len(label)
+    for tick in (1, 2, 5, 10, 20, 50, 100, 200):
+        if tick <= most:
+            parts.append(f'<line x1="{x(tick):.1f}" y1="{top - 4}" x2="{x(tick):.1f}" '
+                         f'y2="{height - 32}" stroke="#ddd"/><text x="{x(tick):.1f}" '
+                         f'y="{height - 14}" text-anchor="middle">{tick}</text>')
+    for i, case in enumerate(ORDER):
+        y = top + step * i + 14
+        parts.append(f'<text x="{left - 10}" y="{y + 4}" text-anchor="end">{case}</text>'
+                     f'<line x1="{left}" y1="{y}" x2="{left + width}" y2="{y}" stroke="#eee"/>')
+        for name in reversed(WHO):
+            if name in table[case]:
+                ratio = table[case][name][0] / table[case]["floor"][0]
+                radius = 6 if name == "library" else 4
+                parts.append(f'<circle cx="{x(ratio):.1f}" cy="{y}" r="{radius}" '
+                             f'fill="{COLOURS[name]}"><title>{case}, {WHO[name]}: {ratio:.1f}'
+                             '</title></circle>')
+    return "\n".join(parts) + "\n</svg>\n"
+
+
+def library_facts(library):
+    with tempfile.NamedTemporaryFile() as stripped:
+        measure.command("strip", "-o", stripped.name, library)
+        size = pathlib.Path(stripped.name).stat().st_size
+    text = measure.command("readelf", "-rW", library, capture_output=True).stdout
+    kinds = re.findall(r"\bR_[A-Z0-9_]+", text)
+    relative = sum(kind.endswith("RELATIVE") for kind in kinds)
+    lazy = sum("JUMP_SLO" in kind for kind in kinds)
+    return (f"Stripped shared object: {size} bytes. Load-time relocations: {len(kinds) - lazy}, "
+            f"of them {relative} relative ones, which need no symbol; and {lazy} calls that are "
+            "bound when they are first made.")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--repetitions", type=int, default=25)
+    parser.add_argument("--growth-repetitions", type=int, default=5)
+    parser.add_argument("--note", default="", help="a sentence about the machine's state")
+    arguments = parser.parse_args()
+
+    measure.command("cmake", "-S", ROOT, "-B", BUILD, "-DCMAKE_BUILD_TYPE=Release",
+                    "-DBUILD_TESTING=OFF", "-DCOMMUNICATIONS_SERVICE_BENCHMARKS=ON",
+                    stdout=subprocess.DEVNULL)
+    measure.command("cmake", "--build", BUILD, "--parallel", "2", stdout=subprocess.DEVNULL)
+    program = BUILD / "bench/bench"
+    table = measure.times(program, arguments.repetitions, "-^growth")
+    cast = table.pop("crossCast")["floor"][0]
+    table["CallStateChangeEvent.18.reverse"]["floor"] = table["CallStateChangeEvent.18"]["floor"]
+    instructions = measure.instructions(program)
+    instructions["CallStateChangeEvent.18.reverse"]["floor"] = (
+        instructions["CallStateChangeEvent.18"]["floor"])
+    growing = measure.times(program, arguments.growth_repetitions, "^growth")
+
+    who = [name for name in WHO if any(name in row for row in table.values())]
+    model = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
+    lines = [f"Measured on {datetime.date.today()}, {model[1] if model else platform.machine()}, "
+             f"{arguments.repetitions} repetitions, interleaved at random. {arguments.note}".rstrip(),
+             "", "Least times, and multiples of the floor:", "",
+             *rows(["", "floor", "library", "median", *(WHO[name] for name in who), "goal"],
+                   ratios(table, cast)),
+             "", f"One cross-cast from `Executable` to the event interface: {cast:.0f} ns.",
+             "", "Instructions and allocations of one call:", "",
+             *rows(["", "floor", *(WHO[name] for name in WHO)], counts(table, instructions)),
+             "", "Nanoseconds for each byte of texts that are long or hostile, by size, and the "
+             "exponent fitted to them:", "",
+             *rows(["", *(f"{4 ** i} KiB" for i in range(8)), "exponent"], growth(growing)),
+             "", library_facts(BUILD / "src/libCommunicationsServiceClient.so")]
+    (ROOT / "docs/performance.svg").write_text(picture(table), encoding="utf-8")
+    page = ROOT / "docs/performance.md"
+    text = page.read_text(encoding="utf-8")
+    begin, end = "<!-- figures -->\n", "<!-- end of figures -->"
+    if begin not in text or end not in text:
+        measure.fail(f"{page} has no marks for the figures")
+    head, tail = text.split(begin)[0], text.split(end)[1]
+    page.write_text(head + begin + "\n" + "\n".join(lines) + "\n\n" + end + tail, encoding="utf-8")
+    print("\n".join(lines))
+
+
+if __name__ == "__main__":
+    main()
