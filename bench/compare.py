@@ -26,9 +26,8 @@ def build(source, folder, *options):
 def revision(name, folder):
     source = folder / "source"
     source.mkdir(parents=True)
-    archive = measure.command("git", "-C", ROOT, "archive", "--format=tar",
-                              f"--output={folder}/source.tar", name)
-    del archive
+    measure.command("git", "-C", ROOT, "archive", "--format=tar",
+                    f"--output={folder}/source.tar", name)
     measure.command("tar", "-xf", folder / "source.tar", "-C", source)
     return build(source, folder / "build") / "src/libCommunicationsServiceClient.so"
 
@@ -38,25 +37,27 @@ def main():
     parser.add_argument("before", help="revision to compare with")
     parser.add_argument("after", nargs="?", help="other revision; the working tree by default")
     parser.add_argument("--repetitions", type=int, default=25)
-    parser.add_argument("--filter", default=".*", help="only these cases (regular expression)")
+    parser.add_argument("--cases", default="[a-fh-zA-Z]|get",
+                        help="what the names of the cases begin with (regular expression); "
+                        "by default all but growth")
     arguments = parser.parse_args()
 
     with tempfile.TemporaryDirectory() as folder:
         folder = pathlib.Path(folder)
-        tree = build(ROOT, ROOT / "build/bench", "-DCOMMUNICATIONS_SERVICE_BENCHMARKS=ON")
+        tree = build(ROOT, ROOT / "build-bench", "-DCOMMUNICATIONS_SERVICE_BENCHMARKS=ON")
         before = revision(arguments.before, folder / "before")
         after = (revision(arguments.after, folder / "after") if arguments.after
                  else tree / "src/libCommunicationsServiceClient.so")
         libraries = [f"--library=before:{before}", f"--library=after:{after}"]
         program = tree / "bench/bench"
-        what = f"^([^g]|ge)({arguments.filter}).*/(before|after)$"
+        what = f"^({arguments.cases}).*/(before|after)$"
         table = measure.times(program, arguments.repetitions, what, libraries)
         counts = measure.instructions(program, libraries)
 
     print(f"{'':34}{'before':>10}{'after':>10}{'ratio':>8}{'instructions':>16}{'allocations':>14}")
-    for case, row in table.items():
+    for case, row in sorted(table.items()):
         (b, _, b_allocations), (a, _, a_allocations) = row["before"], row["after"]
-        count = counts[case]
+        count = counts.get(case, {"before": "", "after": ""})
         print(f"{case:34}{b:8.0f}ns{a:8.0f}ns{a / b:8.2f}"
               f"{count['before']:>8} {count['after']:>7}{b_allocations:>9} {a_allocations:>4}")
 

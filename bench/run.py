@@ -15,7 +15,7 @@ import tempfile
 import measure
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-BUILD = ROOT / "build/bench"
+BUILD = ROOT / "build-bench"
 WHO = {"library": "library", "plain": "plain writing", "protobuf": "protobuf",
        "protobuf.reused": "protobuf, reused", "GVariant": "GVariant", "pugixml": "pugixml",
        "nlohmann": "nlohmann JSON"}
