@@ -24,12 +24,17 @@ class Connection
 {
 public:
     using EventSink = std::function<void(const std::string& channelName, const std::string& event)>;
+    using GoneSink = std::function<void()>;
 
     virtual ~Connection() = default;
 
     /// Where events go. Called on any thread, in the order in which the service sent them; must only
     /// take them in. Set before the first subscription.
     virtual void setEventSink(EventSink sink) = 0;
+
+    /// Told once when the service has gone, also while nothing is asked, where the connection can
+    /// notice; at once if it has gone already. Called on any thread; must only take it in.
+    virtual void setGoneSink(GoneSink) {}
 
     /// Sends a request and waits for the answer, which is left alone unless it is `done`.
     virtual Delivery request(const std::string& request, std::string& answer,

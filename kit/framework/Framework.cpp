@@ -69,15 +69,12 @@ public:
 
     ~Core()
     {
-        // First what brings events, then what delivers them.
-        std::shared_ptr<Connection> last;
+        // A callback that is running may still call operations: the connection goes last.
         {
             const std::lock_guard<std::mutex> lock(inbox_->mutex);
-            last = std::move(connection_);
             inbox_->stopping = true;
         }
         inbox_->changed.notify_all();
-        last.reset();
         if (dispatcher_.joinable())
             dispatcher_.join();
         proxy_->shutdown();
@@ -102,21 +99,20 @@ public:
         if (fresh == nullptr)
             throw std::invalid_argument("the framework needs a connection");
         std::shared_ptr<Connection> connection = std::move(fresh);
-        std::uint64_t era = 0;
-        {
-            const std::lock_guard<std::mutex> lock(inbox_->mutex);
-            era = ++inbox_->era;
-        }
+        const std::uint64_t era = ++connections_;
         // Not this object: a connection that somebody still holds may outlive it.
         connection->setEventSink(
             [inbox = inbox_, era](const std::string& channel, const std::string& event)
             { inbox->take(era, channel, event); });
+        const std::shared_ptr<Connection> next = connection;
         {
             const std::lock_guard<std::mutex> lock(inbox_->mutex);
             connection_.swap(connection);
+            inbox_->era = era;
             inbox_->waiting.clear();
         }
         inbox_->changed.notify_all();
+        next->setGoneSink([inbox = inbox_, era] { inbox->takeGone(era); });
     }
 
     std::string channelOf(Executable& subscriber)
@@ -151,13 +147,13 @@ public:
         if (options_.events != Events::onPump)
             return 0;
         std::unique_lock<std::mutex> lock(inbox_->mutex);
-        if (delivering_ != nullptr && deliverer_ == std::this_thread::get_id())
+        if (deliverer_ == std::this_thread::get_id())
             return 0;
         inbox_->changed.wait_for(lock, wait, [&] { return !inbox_->waiting.empty(); });
         std::size_t delivered = 0;
         while (!inbox_->waiting.empty())
         {
-            inbox_->changed.wait(lock, [&] { return delivering_ == nullptr; });
+            inbox_->changed.wait(lock, [&] { return !busy(); });
             if (!inbox_->waiting.empty() && deliverNext(lock))
                 ++delivered;
         }
@@ -167,17 +163,18 @@ public:
     bool settle(std::chrono::milliseconds timeout)
     {
         std::unique_lock<std::mutex> lock(inbox_->mutex);
-        return inbox_->changed.wait_for(
-            lock,
-            timeout,
-            [&] { return inbox_->waiting.empty() && delivering_ == nullptr; });
+        return inbox_->changed.wait_for(lock,
+                                        timeout,
+                                        [&] { return inbox_->waiting.empty() && !busy(); });
     }
 
 private:
+    /// An event, or that the service has gone.
     struct Arrived
     {
         std::string channel;
         std::string text;
+        bool gone;
     };
 
     /// Where connections put their events.
@@ -186,7 +183,8 @@ private:
         std::mutex mutex;
         std::condition_variable changed;
         std::deque<Arrived> waiting;
-        std::uint64_t era = 0;  ///< counts connections; events of an earlier one are dropped
+        std::uint64_t era = 0;     ///< the connection in use; what others bring is dropped
+        std::uint64_t goneIn = 0;  ///< the connection whose going has been taken in
         bool stopping = false;
 
         void take(std::uint64_t from, const std::string& channel, const std::string& event)
@@ -195,7 +193,19 @@ private:
                 const std::lock_guard<std::mutex> lock(mutex);
                 if (from != era || stopping)
                     return;
-                waiting.push_back({channel, event});
+                waiting.push_back({channel, event, false});
+            }
+            changed.notify_all();
+        }
+
+        void takeGone(std::uint64_t from)
+        {
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                if (from != era || from == goneIn || stopping)
+                    return;
+                goneIn = from;
+                waiting.push_back({"", "", true});
             }
             changed.notify_all();
         }
@@ -226,9 +236,12 @@ private:
 
     void sendOneWay(const std::string& message) override
     {
-        const std::shared_ptr<Connection> service = connection();
+        std::uint64_t era = 0;
+        const std::shared_ptr<Connection> service = current(era);
         const Delivery delivery = service->post(message);
         observe({Passage::What::message, Sending::oneWay, 0, "", message, delivery, {}});
+        if (delivery == Delivery::gone)
+            inbox_->takeGone(era);
         if (delivery != Delivery::done)
             report(nameOfRequest(message) + " was not sent: " + service->description() +
                    " is gone");
@@ -254,7 +267,8 @@ private:
     std::string ask(Sending sending, const std::string& request, std::string& response,
                     const std::string& channel, std::chrono::milliseconds timeout)
     {
-        const std::shared_ptr<Connection> service = connection();
+        std::uint64_t era = 0;
+        const std::shared_ptr<Connection> service = current(era);
         const std::uint64_t number = ++requests_;
         observe({Passage::What::request, sending, number, channel, request, Delivery::done, {}});
         const Delivery delivery = sending == Sending::subscribe
@@ -269,7 +283,18 @@ private:
         problem +=
             delivery == Delivery::gone ? " is gone" : " did not answer within " + inWords(timeout);
         report(problem);
+        // Not every connection notices by itself.
+        if (delivery == Delivery::gone)
+            inbox_->takeGone(era);
         return problem;
+    }
+
+    /// The connection in use, and which it is.
+    std::shared_ptr<Connection> current(std::uint64_t& era) const
+    {
+        const std::lock_guard<std::mutex> lock(inbox_->mutex);
+        era = inbox_->era;
+        return connection_;
     }
 
     void observe(Passage passage) const
@@ -306,6 +331,16 @@ private:
     {
         const Arrived event = std::move(inbox_->waiting.front());
         inbox_->waiting.pop_front();
+        if (event.gone)
+        {
+            deliverer_ = std::this_thread::get_id();
+            lock.unlock();
+            tellGone();
+            lock.lock();
+            deliverer_ = std::thread::id();
+            inbox_->changed.notify_all();
+            return false;
+        }
         const auto found = subscribers_.find(event.channel);
         if (found == subscribers_.end())
         {
@@ -322,6 +357,17 @@ private:
         deliverer_ = std::thread::id();
         inbox_->changed.notify_all();
         return true;
+    }
+
+    /// Whether a callback is running.
+    bool busy() const { return deliverer_ != std::thread::id(); }
+
+    void tellGone() const
+    {
+        const std::string problem = connection()->description() + " is gone";
+        log(1, problem);
+        if (options_.gone)
+            options_.gone(problem);
     }
 
     void deliver(Executable& subscriber, const Arrived& event)
@@ -368,6 +414,7 @@ private:
     std::unique_ptr<Proxy> proxy_;
     CommunicationsServiceIfc* service_;
     std::atomic<std::uint64_t> requests_{0};
+    std::atomic<std::uint64_t> connections_{0};
 
     const std::shared_ptr<Inbox> inbox_ = std::make_shared<Inbox>();
 

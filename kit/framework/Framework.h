@@ -83,6 +83,10 @@ public:
         /// Hears one line of text for each failure to reach the service, and for a callback that
         /// throws. On the thread concerned, several at once; must not throw.
         ProblemSink problems;
+        /// Hears once for each connection that its service has gone, also while nothing is asked:
+        /// time to reconnect(), which may be done in here. In its turn among the events, and on
+        /// their thread.
+        ProblemSink gone;
     };
 
     /// Throws LibraryError, and std::invalid_argument for no connection.

@@ -87,6 +87,7 @@ public:
 
     Delivery ask(Frame frame, std::string& answer, std::chrono::milliseconds timeout);
     Delivery post(Frame frame);
+    void setGoneSink(GoneSink to);
     void setSink(EventSink newSink);
     std::string complaint() const;
 
@@ -124,6 +125,7 @@ private:
 
     mutable std::mutex mutex;
     EventSink sink;
+    GoneSink goneSink;
     std::deque<Parcel> waiting;
     std::size_t waitingBytes = 0;
     bool writing = false;
@@ -288,16 +290,34 @@ void SocketConnection::Core::end(const std::string& why)
 {
     asio::error_code ignored;
     socket.close(ignored);
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (gone)
-        return;
-    gone = true;
-    reason = why;
-    waiting.clear();
-    waitingBytes = 0;
-    for (const auto& entry : waiters)
-        entry.second->changed.notify_one();
-    sent.notify_all();
+    GoneSink to;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (gone)
+            return;
+        gone = true;
+        to = goneSink;
+        reason = why;
+        waiting.clear();
+        waitingBytes = 0;
+        for (const auto& entry : waiters)
+            entry.second->changed.notify_one();
+        sent.notify_all();
+    }
+    if (to)
+        to();
+}
+
+void SocketConnection::Core::setGoneSink(GoneSink to)
+{
+    bool already = false;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        already = gone;
+        goneSink = to;
+    }
+    if (already && to)
+        to();
 }
 
 SocketConnection::SocketConnection(const std::string& path) : core_(std::make_unique<Core>(path)) {}
@@ -307,6 +327,11 @@ SocketConnection::~SocketConnection() = default;
 void SocketConnection::setEventSink(EventSink sink)
 {
     core_->setSink(std::move(sink));
+}
+
+void SocketConnection::setGoneSink(GoneSink sink)
+{
+    core_->setGoneSink(std::move(sink));
 }
 
 Delivery SocketConnection::request(const std::string& request, std::string& answer,

@@ -38,6 +38,7 @@ public:
     SocketConnection& operator=(const SocketConnection&) = delete;
 
     void setEventSink(EventSink sink) override;
+    void setGoneSink(GoneSink sink) override;
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds timeout) override;
     Delivery subscribe(const std::string& request, std::string& answer,

@@ -231,6 +231,11 @@ void FaultConnection::setEventSink(EventSink sink)
         });
 }
 
+void FaultConnection::setGoneSink(GoneSink sink)
+{
+    connection_->setGoneSink(std::move(sink));
+}
+
 Delivery FaultConnection::request(const std::string& request, std::string& answer,
                                   std::chrono::milliseconds timeout)
 {

@@ -60,6 +60,7 @@ public:
     int happened() const;
 
     void setEventSink(EventSink sink) override;
+    void setGoneSink(GoneSink sink) override;
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds timeout) override;
     Delivery subscribe(const std::string& request, std::string& answer,

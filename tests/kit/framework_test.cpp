@@ -32,6 +32,7 @@ struct FakeService
 {
     std::mutex mutex;
     kit::Connection::EventSink sink;
+    kit::Connection::GoneSink goneSink;
     Delivery delivery = Delivery::done;
     std::string answer = "sfiSuccess";
     std::vector<std::string> received;
@@ -63,6 +64,8 @@ public:
     explicit FakeConnection(FakeService& service) : service_(service) {}
 
     void setEventSink(EventSink sink) override { service_.sink = std::move(sink); }
+
+    void setGoneSink(GoneSink sink) override { service_.goneSink = std::move(sink); }
 
     Delivery request(const std::string& request, std::string& answer, milliseconds timeout) override
     {
@@ -421,6 +424,72 @@ TEST_F(FrameworkTest, AfterReconnectingOnlyTheNewServiceIsHeard)
     EXPECT_EQ(framework->pump(), 1u);
     EXPECT_EQ(recorder_.events().front().value("callId"), "3");
     EXPECT_THAT(next.received, ElementsAre("<Method>Subscribe</Method>"));
+}
+
+TEST_F(FrameworkTest, ThatTheServiceHasGoneIsToldOnceAndInItsTurn)
+{
+    std::vector<std::string> told;
+    Framework* made = nullptr;
+    FakeService next;
+    Framework::Options options;
+    options.events = Framework::Events::onPump;
+    options.gone = [&](const std::string& problem)
+    {
+        told.push_back(problem + " after " + std::to_string(recorder_.events().size()));
+        made->reconnect(std::make_unique<FakeConnection>(next));
+        made->service().subscribe(&recorder_);
+    };
+    const std::unique_ptr<Framework> framework = make(options);
+    made = framework.get();
+    framework->service().subscribe(&recorder_);
+    service_.sendHeld(1);
+    const kit::Connection::GoneSink old = service_.goneSink;
+    old();
+    old();
+    EXPECT_FALSE(framework->settle(milliseconds(0)));
+    EXPECT_EQ(framework->pump(), 1u);
+    old();  // of a connection that is no longer in use
+    next.sendHeld(2);
+    EXPECT_EQ(framework->pump(), 1u);
+    EXPECT_THAT(told, ElementsAre("the fake service is gone after 1"));
+
+    // One that does not notice by itself: with the first request that finds it gone.
+    next.delivery = Delivery::gone;
+    framework->service().answerCall("1001", 1);
+    framework->service().setIsInServiceInitiatedState("1001", true);
+    FakeService third;
+    framework->reconnect(std::make_unique<FakeConnection>(third));
+    third.delivery = Delivery::gone;
+    framework->service().setIsInServiceInitiatedState("1001", true);
+    framework->service().answerCall("1001", 1);
+    third.delivery = Delivery::done;
+    next.delivery = Delivery::done;
+    framework->pump();
+    EXPECT_THAT(
+        told,
+        ElementsAre("the fake service is gone after 1", "the fake service is gone after 2"));
+}
+
+TEST_F(FrameworkTest, ACallbackMayCallWhileTheFrameworkIsDestroyed)
+{
+    std::unique_ptr<Framework> framework = make();
+    CommunicationsServiceIfc& service = framework->service();
+    Gate gate;
+    int result = sfiFailure;
+    recorder_.onEach(
+        [&](const kit::ReceivedEvent&)
+        {
+            gate.pass();
+            result = service.answerCall("1001", 1);
+        });
+    service.subscribe(&recorder_);
+    service_.sendHeld(1);
+    gate.awaitEntered();
+    std::future<void> destroyed = std::async(std::launch::async, [&] { framework.reset(); });
+    EXPECT_EQ(destroyed.wait_for(milliseconds(20)), std::future_status::timeout);
+    gate.open();
+    destroyed.get();
+    EXPECT_EQ(result, sfiSuccess);
 }
 
 TEST_F(FrameworkTest, ThereIsAlwaysAConnection)
