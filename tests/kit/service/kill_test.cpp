@@ -163,8 +163,8 @@ TEST(ServiceDies, killedInTheMiddleOfTenThousandRequests)
     kit::Framework::Options options;
     std::atomic<int> problems{0};
     options.problems = [&](const std::string&) { ++problems; };
-    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()), options);
     kit::EventRecorder events;
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()), options);
     ASSERT_EQ(framework.service().subscribe(&events), sfiSuccess);
 
     Callers callers;
@@ -194,8 +194,8 @@ TEST(ServiceDies, killedInTheMiddleOfTenThousandRequests)
 /// An application of its own, in a process of its own; 0 when all went well.
 int application(const std::string& socket, int number)
 {
-    kit::Framework framework(std::make_unique<kit::SocketConnection>(socket));
     kit::EventRecorder events;
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(socket));
     if (framework.service().subscribe(&events) != sfiSuccess)
         return 1;
     for (int i = 0; i < 200; ++i)

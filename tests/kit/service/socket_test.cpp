@@ -174,11 +174,11 @@ protected:
 
 TEST_F(SocketService, severalApplicationsSeeTheSamePhone)
 {
-    kit::Framework one(std::make_unique<kit::SocketConnection>(path));
-    kit::Framework two(std::make_unique<kit::SocketConnection>(path));
     kit::EventRecorder first;
     kit::EventRecorder second;
     kit::EventRecorder secondToo;
+    kit::Framework one(std::make_unique<kit::SocketConnection>(path));
+    kit::Framework two(std::make_unique<kit::SocketConnection>(path));
     ASSERT_EQ(one.service().subscribe(&first), sfiSuccess);
     ASSERT_EQ(two.service().subscribe(&second), sfiSuccess);
     ASSERT_EQ(two.service().subscribe(&secondToo), sfiSuccess);
@@ -270,8 +270,8 @@ TEST_F(SocketService, whatWasPostedArrivesThoughTheSenderLeaves)
     constexpr int count = 2000;
     const std::string post = "<Method>InitializeOrFinalizeServerFeatures</Method>"
                              "<Line>1001</Line><initialize>1</initialize>";
-    kit::Framework watching(std::make_unique<kit::SocketConnection>(path));
     kit::EventRecorder events;
+    kit::Framework watching(std::make_unique<kit::SocketConnection>(path));
     ASSERT_EQ(watching.service().subscribe(&events), sfiSuccess);
     {
         // It is sent the events as well, and reads none once it has gone.
@@ -490,8 +490,8 @@ TEST(ServiceProgram, replacesWhatADeadOneLeftAndCleansUpItself)
 TEST(ServiceProgram, clockThatRuns)
 {
     kit::ServiceProcess process("", {"--speed", "1000"});
-    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()));
     kit::EventRecorder events;
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()));
     ASSERT_EQ(framework.service().subscribe(&events), sfiSuccess);
     ASSERT_EQ(framework.service().activate(), sfiSuccess);
     ASSERT_EQ(framework.service().outgoingCallMake("1001", 1, "2001", false, false, false),

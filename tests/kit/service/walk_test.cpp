@@ -143,6 +143,7 @@ void walk(kit::Framework& framework)
 
     // What the one-way requests did, beside their events.
     std::string answer;
+    framework.remove(events);
     framework.connection()->control("show system", answer, 5s);
     EXPECT_NE(answer.find("signalling data of 3 bytes"), std::string::npos) << answer;
     framework.connection()->control("show log", answer, 5s);
