@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cwchar>
+#include <langinfo.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -41,8 +42,10 @@ LineEditor::LineEditor(Session& session, Display& display, std::string historyFi
       editor_(nullptr),
       history_(history_init())
 {
-    // Without a locale a letter of two bytes would be two letters.
+    // Texts are UTF-8, also where the environment says nothing of the kind.
     std::setlocale(LC_CTYPE, "");
+    if (std::string(nl_langinfo(CODESET)) != "UTF-8")
+        std::setlocale(LC_CTYPE, "C.UTF-8");
     editor_ = el_init("communications-phone", stdin, stdout, stderr);
     el_set(editor_, EL_CLIENTDATA, this);
     el_set(editor_, EL_PROMPT, prompt);

@@ -1,0 +1,158 @@
+// The phone at a terminal: events above the line being typed, completion, history, Ctrl-C.
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+/// The program on a terminal of its own.
+class Terminal : public testing::Test
+{
+protected:
+    void start(bool colours)
+    {
+        winsize size = {};
+        size.ws_row = 40;
+        size.ws_col = 100;
+        child_ = forkpty(&terminal_, nullptr, nullptr, &size);
+        ASSERT_GE(child_, 0);
+        if (child_ == 0)
+        {
+            setenv("TERM", "xterm", 1);
+            setenv("LC_ALL", "C", 1);
+            if (colours)
+                unsetenv("NO_COLOR");
+            else
+                setenv("NO_COLOR", "1", 1);
+            execl(PHONE_PROGRAM, PHONE_PROGRAM, nullptr);
+            _exit(127);
+        }
+        ASSERT_TRUE(waitFor("phone> "));
+    }
+
+    ~Terminal() override
+    {
+        if (child_ > 0)
+        {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, 0);
+        }
+        close(terminal_);
+    }
+
+    void type(const std::string& text)
+    {
+        ASSERT_EQ(write(terminal_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+
+    /// Reads until the text has appeared behind what was waited for before.
+    bool waitFor(const std::string& text)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        for (;;)
+        {
+            const std::size_t found = screen_.find(text, seen_);
+            if (found != std::string::npos)
+            {
+                seen_ = found + text.size();
+                return true;
+            }
+            pollfd source = {terminal_, POLLIN, 0};
+            char bytes[4096];
+            ssize_t got = 0;
+            if (std::chrono::steady_clock::now() > end || poll(&source, 1, 100) < 0 ||
+                (source.revents != 0 && (got = read(terminal_, bytes, sizeof bytes)) <= 0))
+            {
+                ADD_FAILURE() << "no \"" << text << "\" in:\n" << screen_.substr(seen_);
+                return false;
+            }
+            if (source.revents != 0)
+                screen_.append(bytes, static_cast<std::size_t>(got));
+        }
+    }
+
+    /// Reads on until the program has closed its terminal.
+    int exitStatus()
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        pollfd source = {terminal_, POLLIN, 0};
+        char bytes[4096];
+        while (std::chrono::steady_clock::now() < end)
+            if (poll(&source, 1, 100) > 0 && read(terminal_, bytes, sizeof bytes) <= 0)
+            {
+                int status = 0;
+                waitpid(child_, &status, 0);
+                child_ = -1;
+                return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+            }
+        return -1;
+    }
+
+    std::string screen_;
+    std::size_t seen_ = 0;
+    int terminal_ = -1;
+    pid_t child_ = -1;
+};
+
+TEST_F(Terminal, EventsDoNotBreakTheLineBeingTyped)
+{
+    start(false);
+    type("dial 2008\n");
+    ASSERT_TRUE(waitFor("callState=delivered"));
+    type("say half of it");
+    // The far end answers after a second.
+    ASSERT_TRUE(waitFor("callState=connected"));
+    ASSERT_TRUE(waitFor("phone> say half of it"));
+    type(" and the rest\n");
+    ASSERT_TRUE(waitFor("\nhalf of it and the rest\r\n"));
+    EXPECT_EQ(screen_.find("\033[3"), std::string::npos) << "colours in spite of NO_COLOR";
+    ASSERT_TRUE(waitFor("phone> "));
+    type("\x04");
+    EXPECT_EQ(exitStatus(), 0);
+}
+
+TEST_F(Terminal, CompletesRemembersAndDropsLines)
+{
+    start(true);
+    type("sim call 1001 fr\t2001\n");
+    ASSERT_TRUE(waitFor("\033[36m* IncomingCallEvent"));
+    type("answerC\t\n");
+    ASSERT_TRUE(waitFor("answerCall line=1001 callId=1: sfiSuccess"));
+    // Two words fit: they are shown, and what they share is typed already.
+    type("retri\t\t");
+    ASSERT_TRUE(waitFor("retrieve  retrieveCall"));
+    type("\x03");
+    ASSERT_TRUE(waitFor("^C"));
+    ASSERT_TRUE(waitFor("phone> "));
+    type("nonsense\n");
+    ASSERT_TRUE(waitFor("there is no command nonsense"));
+    ASSERT_TRUE(waitFor("phone> "));
+    type("say gr\xc3\xbc\xc3\x9f\n");
+    ASSERT_TRUE(waitFor("\033[1mgr\xc3\xbc\xc3\x9f"));
+    ASSERT_TRUE(waitFor("phone> "));
+    type("\033[A");
+    ASSERT_TRUE(waitFor("say gr"));
+    type("\n");
+    ASSERT_TRUE(waitFor("\033[1mgr\xc3\xbc\xc3\x9f"));
+    ASSERT_TRUE(waitFor("phone> "));
+    type("wait 1min");
+    ASSERT_TRUE(waitFor("wait 1min"));
+    type("\n");
+    ASSERT_TRUE(waitFor("\n"));
+    kill(child_, SIGINT);
+    ASSERT_TRUE(waitFor("phone> "));
+    type("calls\n");
+    ASSERT_TRUE(waitFor("1 line=1001 connected"));
+    type("quit\n");
+    EXPECT_EQ(exitStatus(), 0);
+}
+
+}  // namespace
