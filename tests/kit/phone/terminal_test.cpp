@@ -8,6 +8,7 @@
 #include <pty.h>
 #include <string>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace
@@ -35,7 +36,7 @@ protected:
             execl(PHONE_PROGRAM, PHONE_PROGRAM, nullptr);
             _exit(127);
         }
-        ASSERT_TRUE(waitFor("phone> "));
+        ASSERT_TRUE(waitForPrompt());
     }
 
     ~Terminal() override
@@ -79,6 +80,23 @@ protected:
         }
     }
 
+    /// The prompt appears a moment before the line editor takes the terminal over: what is typed in
+    /// between is echoed twice, and Ctrl-D gets lost.
+    bool waitForPrompt()
+    {
+        if (!waitFor("phone> "))
+            return false;
+        for (int i = 0; i < 20000; ++i)
+        {
+            termios modes = {};
+            if (tcgetattr(terminal_, &modes) == 0 && (modes.c_lflag & ICANON) == 0)
+                return true;
+            usleep(1000);
+        }
+        ADD_FAILURE() << "the line editor does not begin";
+        return false;
+    }
+
     /// Reads on until the program has closed its terminal.
     int exitStatus()
     {
@@ -86,13 +104,19 @@ protected:
         pollfd source = {terminal_, POLLIN, 0};
         char bytes[4096];
         while (std::chrono::steady_clock::now() < end)
-            if (poll(&source, 1, 100) > 0 && read(terminal_, bytes, sizeof bytes) <= 0)
+        {
+            ssize_t got = 1;
+            if (poll(&source, 1, 100) > 0 && (got = read(terminal_, bytes, sizeof bytes)) > 0)
+                screen_.append(bytes, static_cast<std::size_t>(got));
+            if (got <= 0)
             {
                 int status = 0;
                 waitpid(child_, &status, 0);
                 child_ = -1;
                 return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
             }
+        }
+        ADD_FAILURE() << "it has not ended:\n" << screen_;
         return -1;
     }
 
@@ -114,7 +138,7 @@ TEST_F(Terminal, EventsDoNotBreakTheLineBeingTyped)
     type(" and the rest\n");
     ASSERT_TRUE(waitFor("\nhalf of it and the rest\r\n"));
     EXPECT_EQ(screen_.find("\033[3"), std::string::npos) << "colours in spite of NO_COLOR";
-    ASSERT_TRUE(waitFor("phone> "));
+    ASSERT_TRUE(waitForPrompt());
     type("\x04");
     EXPECT_EQ(exitStatus(), 0);
 }
@@ -131,24 +155,24 @@ TEST_F(Terminal, CompletesRemembersAndDropsLines)
     ASSERT_TRUE(waitFor("retrieve  retrieveCall"));
     type("\x03");
     ASSERT_TRUE(waitFor("^C"));
-    ASSERT_TRUE(waitFor("phone> "));
+    ASSERT_TRUE(waitForPrompt());
     type("nonsense\n");
     ASSERT_TRUE(waitFor("there is no command nonsense"));
-    ASSERT_TRUE(waitFor("phone> "));
+    ASSERT_TRUE(waitForPrompt());
     type("say gr\xc3\xbc\xc3\x9f\n");
     ASSERT_TRUE(waitFor("\033[1mgr\xc3\xbc\xc3\x9f"));
-    ASSERT_TRUE(waitFor("phone> "));
+    ASSERT_TRUE(waitForPrompt());
     type("\033[A");
     ASSERT_TRUE(waitFor("say gr"));
     type("\n");
     ASSERT_TRUE(waitFor("\033[1mgr\xc3\xbc\xc3\x9f"));
-    ASSERT_TRUE(waitFor("phone> "));
+    ASSERT_TRUE(waitForPrompt());
     type("wait 1min");
     ASSERT_TRUE(waitFor("wait 1min"));
     type("\n");
     ASSERT_TRUE(waitFor("\n"));
     kill(child_, SIGINT);
-    ASSERT_TRUE(waitFor("phone> "));
+    ASSERT_TRUE(waitForPrompt());
     type("calls\n");
     ASSERT_TRUE(waitFor("1 line=1001 connected"));
     type("quit\n");
