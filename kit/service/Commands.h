@@ -42,7 +42,6 @@ class Arguments
 public:
     std::map<std::string, std::string> values;
     std::string rest;
-    int callId = 0;
 
     bool has(const std::string& name) const { return values.count(name) != 0; }
 

@@ -4,7 +4,6 @@
 #include "kit/protocol/Numbers.h"
 #include "kit/service/Robots.h"
 
-#include <array>
 #include <map>
 #include <string>
 

@@ -4,6 +4,7 @@
 #include "kit/service/Wording.h"
 
 #include <algorithm>
+#include <set>
 
 namespace kit::service
 {

@@ -5,10 +5,8 @@
 #include "kit/service/Model.h"
 
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
