@@ -711,6 +711,8 @@ TEST_F(EventTest, APayloadStandsBehindTheFirstEndOfItsLastField)
          "onB2buaCSTAEventOrRequest('1003', ' <lineURI>4</lineURI>')"},
         {"<Method>b2buaCSTAEventOrRequest</Method><lineURI>1003</lineURI>",
          "onB2buaCSTAEventOrRequest('1003', '')"},
+        {"<Method>b2buaCSTAEventOrRequests</Method><lineURI>1004</lineURI>P",
+         "onB2buaCSTAEventOrRequest('1004', 'P')"},
         {"<Method>b2buaCSTAEventOrRequest</Method><success>0</success>PAYLOAD",
          "onB2buaCSTAEventOrRequest('', 'b2buaCSTAEventOrRequest</Method><success>0</success>PAYLOAD')"},
         {"<Method>b2buaCSTAEventOrRequest</Method><lineURI>1003/lineURI>PAYLOAD",
