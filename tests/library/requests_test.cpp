@@ -650,6 +650,7 @@ TEST_F(RequestTest, ForwardingIsReadFromFieldsAndAlwaysWritten)
         // The first end tag counts, wherever it stands: a value may run on to the end.
         {"<uri>sip:a", 0, true, "sip:a", -1},
         {"</uri><uri>sip:a</uri><status>0</status>", 0, false, "sip:a</uri><status>0</status>", -1},
+        {"<sfiResult>x</uri></sfiResult><status>0</status><uri>a</uri>", 0, false, "a</uri>", -1},
         {"</cfnrRingCount><cfnrRingCount>7</cfnrRingCount><uri>b</uri>", 0, true, "b", 7},
         {"<sfiResult>sfiSuccess", 5, true, "", -1},
         {"</sfiResult><sfiResult>sfiSuccess</sfiResult>", 0, true, "", -1},
