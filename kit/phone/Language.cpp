@@ -1,5 +1,6 @@
 #include "kit/phone/Language.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -251,22 +252,20 @@ std::chrono::milliseconds parseDuration(const Word& word)
         double milliseconds;
     };
     static const Unit units[] = {{"ms", 1}, {"s", 1000}, {"min", 60000}};
-    const char* begin = word.text.c_str();
     // Digits first, so that "nan", "1e9" and "0x10" are none.
-    std::size_t digits = word.text.find_first_not_of("0123456789.");
-    if (digits == std::string::npos)
-        digits = word.text.size();
-    char* end = nullptr;
-    const double number = digits == 0 ? -1 : std::strtod(word.text.substr(0, digits).c_str(), &end);
-    if (digits > 0 && *end == '\0')
-        for (const Unit& unit : units)
-            if (std::string(begin + digits) == unit.name)
-            {
-                const double milliseconds = number * unit.milliseconds;
-                if (milliseconds > 3600000)
-                    throw Mistake(quote(word.text) + " is longer than an hour", word.column);
-                return std::chrono::milliseconds(static_cast<long>(milliseconds + 0.5));
-            }
+    const std::size_t digits =
+        std::min(word.text.size(), word.text.find_first_not_of("0123456789."));
+    const std::string number = word.text.substr(0, digits);
+    const bool isNumber = number.find_first_of("0123456789") != std::string::npos &&
+                          number.find('.') == number.rfind('.');
+    for (const Unit& unit : units)
+        if (isNumber && word.text.substr(digits) == unit.name)
+        {
+            const double milliseconds = std::strtod(number.c_str(), nullptr) * unit.milliseconds;
+            if (milliseconds > 3600000)
+                throw Mistake(shown(word.text, 40) + " is longer than an hour", word.column);
+            return std::chrono::milliseconds(static_cast<long>(milliseconds + 0.5));
+        }
     throw Mistake(shown(word.text, 40) + " is no time; write it as 500ms, 2s or 1min", word.column);
 }
 

@@ -52,7 +52,8 @@ LineEditor::LineEditor(Session& session, Display& display, std::string historyFi
     el_set(editor_, EL_EDITOR, "emacs");
     el_set(editor_, EL_SIGNAL, 0);
     el_set(editor_, EL_GETCFN, readCharacter);
-    el_set(editor_, EL_ADDFN, "complete", "completes the word", completeWord);
+    // The narrow call would copy the two texts and never release them.
+    el_wset(editor_, EL_ADDFN, L"complete", L"completes the word", completeWord);
     el_set(editor_, EL_BIND, "^I", "complete", nullptr);
     el_set(editor_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
 
