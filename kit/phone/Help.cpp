@@ -16,6 +16,16 @@ std::string padded(const std::string& text, std::size_t width)
     return text + std::string(width - std::min(width, text.size()), ' ');
 }
 
+/// What is too long for the first column has a row to itself.
+std::string twoColumns(const std::string& first, const std::string& second)
+{
+    constexpr std::size_t width = 30;
+    return "  " +
+           (first.size() > width ? first + "\n  " + std::string(width, ' ')
+                                 : padded(first, width)) +
+           " " + second + "\n";
+}
+
 std::string joined(const std::vector<std::string>& words, const char* separator)
 {
     std::string text;
@@ -59,8 +69,8 @@ std::string shortWordList()
     for (const ShortWord& shortWord : shortWords())
     {
         const Operation& operation = *findOperation(shortWord.operation);
-        text += "  " + padded(wordUsage(shortWord), 30) + " " + padded(operation.name, 27) + " " +
-                operation.summary + "\n";
+        text +=
+            twoColumns(wordUsage(shortWord), padded(operation.name, 27) + " " + operation.summary);
     }
     return text;
 }
@@ -69,8 +79,7 @@ std::string overview()
 {
     std::string text = "Commands:\n";
     for (const Command& command : commands())
-        text += "  " + padded(std::string(command.name) + " " + command.usage, 30) + " " +
-                command.summary + "\n";
+        text += twoColumns(std::string(command.name) + " " + command.usage, command.summary);
     text += "Short words, each for an operation; line and call follow from what the phone does:\n";
     text += shortWordList();
     text += "Operations (help OPERATION shows arguments and wire text):\n";

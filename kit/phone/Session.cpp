@@ -525,12 +525,18 @@ void Session::draw(const std::vector<Step>& steps)
     }
 }
 
-void Session::finish()
+bool Session::finish()
 {
     pump();
     if (picture_ != Picture::none)
         draw(flow_.finish());
     display_.endProgress();
+    const std::lock_guard<std::mutex> lock(recordsMutex_);
+    if (trace_)
+        return true;
+    display_.complain("the trace is not complete: " + settings_.traceFile +
+                      " could not be written to the end");
+    return false;
 }
 
 void Session::keepTime()

@@ -103,8 +103,9 @@ public:
     /// Readable when something has arrived.
     int wakeDescriptor() const { return wake_[0]; }
 
-    /// Tidies up: what of the picture still waits for an answer is printed.
-    void finish();
+    /// Tidies up: what of the picture still waits for an answer is printed. False, and told, when
+    /// the trace could not be written.
+    bool finish();
 
     /// `quit` was carried out.
     bool hasEnded() const { return ended_; }

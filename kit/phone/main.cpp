@@ -164,10 +164,12 @@ public:
                                 : options_.script.empty() || options_.script == "-"
                                     ? session_->runLines(std::cin, "stdin")
                                     : session_->runScript(options_.script);
-        session_->finish();
+        const bool traced = session_->finish();
         if (service_)
             service_->setLog(nullptr);
-        return static_cast<int>(verdict);
+        if (!std::cout)
+            throw std::runtime_error("what was to be printed could not be written");
+        return static_cast<int>(traced || verdict != Verdict::met ? verdict : Verdict::mistake);
     }
 
 private:

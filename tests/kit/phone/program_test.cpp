@@ -111,6 +111,9 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
          3,
          "communications-phone: no service at /nowhere: there is no such socket\n"},
         {"--ladder-from " + met, 2, "communications-phone: " + met + ":1: not JSON (byte 1)\n"},
+        {"--trace /dev/full --script " + met,
+         2,
+         "the trace is not complete: /dev/full could not be written to the end\n"},
         {"--version", 0, ""},
     };
     for (const auto& row : rows)
