@@ -26,10 +26,13 @@ endfunction()
 
 # install_pkgconfig(NAME COMPONENT): found from where the file itself lies, wherever that is.
 function(install_pkgconfig name component)
-  file(RELATIVE_PATH up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-  string(REGEX REPLACE "/$" "" up "${up}")
-  file(RELATIVE_PATH libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
-  file(RELATIVE_PATH includedir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+  foreach(variable IN ITEMS LIBDIR INCLUDEDIR)
+    string(TOLOWER ${variable} lower)
+    set(${lower} ${CMAKE_INSTALL_FULL_${variable}})
+    cmake_path(RELATIVE_PATH ${lower} BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX})
+  endforeach()
+  set(up ${CMAKE_INSTALL_PREFIX})
+  cmake_path(RELATIVE_PATH up BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${generated_dir}/${name}.pc @ONLY)
   install(
     FILES ${generated_dir}/${name}.pc
@@ -85,14 +88,15 @@ if(COMMUNICATIONS_SERVICE_PLUGIN)
       FATAL_ERROR "COMMUNICATIONS_SERVICE_PLUGIN=${COMMUNICATIONS_SERVICE_PLUGIN} is a name that "
                   "the library has anyway; leave it empty or choose another")
   endif()
-  file(RELATIVE_PATH library ${plugin_dir} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set(library
+      ${CMAKE_INSTALL_FULL_LIBDIR}/libCommunicationsServiceClient.so.${COMMUNICATIONS_SERVICE_SOVERSION}
+  )
+  cmake_path(RELATIVE_PATH library BASE_DIRECTORY ${plugin_dir})
   file(MAKE_DIRECTORY ${generated_dir}/plugin)
-  file(CREATE_LINK
-       ${library}libCommunicationsServiceClient.so.${COMMUNICATIONS_SERVICE_SOVERSION}
-       ${generated_dir}/plugin/${plugin_name} SYMBOLIC)
+  file(CREATE_LINK ${library} ${generated_dir}/plugin/${plugin_name} SYMBOLIC)
   cmake_path(IS_PREFIX CMAKE_INSTALL_PREFIX ${plugin_dir} inside)
   if(inside)
-    file(RELATIVE_PATH plugin_dir ${CMAKE_INSTALL_PREFIX} ${plugin_dir}/.)
+    cmake_path(RELATIVE_PATH plugin_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX})
   endif()
   install(
     FILES ${generated_dir}/plugin/${plugin_name}
@@ -117,7 +121,8 @@ if(TARGET CommunicationsServiceKit)
     FILES ${PROJECT_SOURCE_DIR}/kit/service/SimulatedService.h
     DESTINATION ${include_dir}/kit/service
     COMPONENT Kit)
-  file(RELATIVE_PATH libdir_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set(libdir_from_bin ${CMAKE_INSTALL_FULL_LIBDIR})
+  cmake_path(RELATIVE_PATH libdir_from_bin BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR})
   foreach(program IN ITEMS communications-phone communications-service-sim)
     if(TARGET ${program})
       set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_bin}")

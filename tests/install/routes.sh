@@ -63,6 +63,29 @@ stage)
         fi
     done
     ;;
+plugin)
+    # The link under which the framework opens the library leads to it, wherever it is wanted. The
+    # library is not built again for this.
+    while read -r prefix libdir plugin place; do
+        rm -rf "$WORK/plugin" "$WORK/plugin-image"
+        "$CMAKE" -S "$SOURCE" -B "$WORK/plugin" -DBUILD_TESTING=OFF -DCMAKE_BUILD_TYPE="$CONFIG" \
+            -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_INSTALL_LIBDIR="$libdir" \
+            -DCOMMUNICATIONS_SERVICE_PLUGIN="$plugin" >"$WORK/plugin.log" 2>&1 ||
+            { cat "$WORK/plugin.log" && fail "cannot configure with $plugin"; }
+        cp -P "$BUILD"/src/libCommunicationsServiceClient.so* "$WORK/plugin/src/"
+        DESTDIR=$WORK/plugin-image "$CMAKE" --install "$WORK/plugin" --component Runtime >/dev/null
+        [ -L "$WORK/plugin-image$place" ] || fail "with $plugin there is no link $place"
+        [ -e "$WORK/plugin-image$place" ] ||
+            fail "with $plugin, $place leads to $(readlink "$WORK/plugin-image$place")"
+    done <<END
+/usr lib plugin.so /usr/plugin.so
+/usr lib lib/plugin.so /usr/lib/plugin.so
+/usr lib/triplet lib/libCommunicationsServiceClient.so /usr/lib/libCommunicationsServiceClient.so
+/usr lib/triplet lib/framework/client.so /usr/lib/framework/client.so
+/usr lib /opt/framework/client.so /opt/framework/client.so
+/usr /opt/lib share/client.so /usr/share/client.so
+END
+    ;;
 components)
     diff <(files Runtime) <(expected_files <"$here/files-runtime.txt") ||
         fail "component Runtime installs other files (<) than files-runtime.txt lists (>)"
