@@ -8,6 +8,7 @@
 #include <benchmark/benchmark.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -51,7 +52,12 @@ struct Touch
 {
     unsigned long sum = 0;
 
-    void look(const std::string& text) { sum += text.empty() ? 0UL : text.size() + text.back(); }
+    void look(const std::string& text)
+    {
+        sum += text.size();
+        if (!text.empty())
+            sum += static_cast<unsigned char>(text.back());
+    }
     void look(int number) { sum += static_cast<unsigned int>(number); }
     void look(unsigned int number) { sum += number; }
     void look(bool flag) { sum += flag ? 1UL : 0UL; }

@@ -49,7 +49,7 @@ template <typename Read>
 void addRequest(const std::string& name, const std::string& request, const std::string& answer,
                 Read read)
 {
-    ProxyRequest* const channel = new Channel(answer);
+    const std::shared_ptr<ProxyRequest> channel = std::make_shared<Channel>(answer);
     add(name + "/floor",
         [channel, request, read]
         {

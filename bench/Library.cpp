@@ -24,7 +24,7 @@ namespace
 {
 
 template <typename Object>
-Object* create(void* library, const char* factory)
+std::shared_ptr<Object> create(void* library, const char* factory)
 {
     void* const symbol = library != nullptr ? dlsym(library, factory) : nullptr;
     if (symbol == nullptr)
@@ -32,16 +32,16 @@ Object* create(void* library, const char* factory)
         std::fprintf(stderr, "bench: %s\n", dlerror());
         std::exit(EXIT_FAILURE);
     }
-    return reinterpret_cast<Object* (*)()>(symbol)();
+    return std::shared_ptr<Object>(reinterpret_cast<Object* (*)()>(symbol)());
 }
 
 template <typename Operations>
 void addRequest(const std::string& name, const std::string& answer,
-                std::function<Operations*(Channel&)> connect, void (*ask)(Operations&))
+                std::function<std::shared_ptr<Operations>(Channel&)> connect,
+                void (*ask)(Operations&))
 {
-    Channel* const channel = new Channel(answer);
-    Operations* const operations = connect(*channel);
-    add(name, [operations, ask] { ask(*operations); });
+    const auto channel = std::make_shared<Channel>(answer);
+    add(name, [channel, operations = connect(*channel), ask] { ask(*operations); });
 }
 
 std::string deviceList(std::size_t count)
@@ -92,7 +92,8 @@ const Growing growing[] = {
 };
 
 template <typename Operations>
-void addRequests(const std::string& who, std::function<Operations*(Channel&)> connect)
+void addRequests(const std::string& who,
+                 std::function<std::shared_ptr<Operations>(Channel&)> connect)
 {
     addRequest<Operations>("answerCall/" + who,
                            "sfiSuccess",
@@ -172,7 +173,8 @@ void addRequests(const std::string& who, std::function<Operations*(Channel&)> co
                                        getDevices);
 }
 
-void addEvent(const std::string& name, Invoker* invoker, const std::string& text)
+void addEvent(const std::string& name, const std::shared_ptr<Invoker>& invoker,
+              const std::string& text)
 {
     add(name,
         [invoker, text] {
@@ -183,7 +185,7 @@ void addEvent(const std::string& name, Invoker* invoker, const std::string& text
         });
 }
 
-void addEvents(const std::string& who, Invoker* invoker)
+void addEvents(const std::string& who, const std::shared_ptr<Invoker>& invoker)
 {
     addEvent("DevicesChangedEvent/" + who, invoker, devicesChanged.text());
     addEvent("CallHeldEvent/" + who, invoker, callHeld.text());
@@ -209,7 +211,7 @@ void addLibrary(const std::string& who, const std::string& path)
         who,
         [library](Channel& channel)
         {
-            auto* const proxy =
+            const auto proxy =
                 create<CommunicationsServiceProxy>(library, "createCommunicationsServiceProxy");
             proxy->initProxy(channel);
             return proxy;
@@ -221,6 +223,7 @@ void addLibrary(const std::string& who, const std::string& path)
 
 void addPlain()
 {
-    addRequests<PlainProxy>("plain", [](Channel& channel) { return new PlainProxy(channel); });
-    addEvents("plain", new PlainInvoker);
+    addRequests<PlainProxy>("plain",
+                            [](Channel& channel) { return std::make_shared<PlainProxy>(channel); });
+    addEvents("plain", std::make_shared<PlainInvoker>());
 }

@@ -37,7 +37,7 @@ struct Tuple
 template <typename Write, typename Read>
 void addRequest(const std::string& name, const std::string& answer, Write write, Read read)
 {
-    ProxyRequest* const channel = new Channel(answer);
+    const std::shared_ptr<ProxyRequest> channel = std::make_shared<Channel>(answer);
     add(name + "/GVariant",
         [channel, write, read]
         {

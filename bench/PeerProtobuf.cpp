@@ -32,7 +32,8 @@ void fill(google::protobuf::Message& to, const Message& from)
 template <typename Write, typename Read>
 void addRequest(const std::string& name, const peer::Answer& answer, Write write, Read read)
 {
-    ProxyRequest* const channel = new Channel(answer.SerializeAsString());
+    const std::shared_ptr<ProxyRequest> channel =
+        std::make_shared<Channel>(answer.SerializeAsString());
     add(name + "/protobuf",
         [channel, write, read]
         {
@@ -44,15 +45,15 @@ void addRequest(const std::string& name, const peer::Answer& answer, Write write
             fresh.ParseFromString(answered);
             read(fresh);
         });
-    auto* const request = new peer::Request;
-    auto* const text = new std::string;
-    auto* const parsed = new peer::Answer;
+    const auto request = std::make_shared<peer::Request>();
+    const auto text = std::make_shared<std::string>();
+    const auto parsed = std::make_shared<peer::Answer>();
     add(name + "/protobuf.reused",
         [channel, write, read, request, text, parsed]
         {
             request->Clear();
             write(*request);
-            request->SerializeToString(text);
+            request->SerializeToString(text.get());
             std::string answered;
             channel->sendRequest(*text, answered);
             parsed->ParseFromString(answered);
@@ -144,7 +145,7 @@ void addEvent(const std::string& name, const peer::Event& event)
             tell(subscriber, fresh);
             response.messageHandled();
         });
-    auto* const kept = new peer::Event;
+    const auto kept = std::make_shared<peer::Event>();
     add(name + "/protobuf.reused",
         [bytes, kept]
         {
