@@ -67,7 +67,7 @@ std::string rawText(const Statement& statement, const std::string& what)
 /// An event as it travels, from raw text or from its name and some of its fields.
 std::string eventFrom(const Statement& statement, const Variables& variables)
 {
-    const std::string raw = rawText(statement, "an event: its text, or its name and fields");
+    std::string raw = rawText(statement, "an event: its text, or its name and fields");
     if (raw[0] == '<' || statement.rest[0] == '"' || statement.rest[0] == '\'')
         return raw;
     std::vector<Word> words = wordsOf(statement);

@@ -194,7 +194,7 @@ std::string MermaidLadder::add(const Step& step)
 std::string MermaidLadder::participant(const std::string& farEnd, std::string& declaration)
 {
     auto found = std::find(farEnds_.begin(), farEnds_.end(), farEnd);
-    const std::string name = "far" + std::to_string(found - farEnds_.begin() + 1);
+    std::string name = "far" + std::to_string(found - farEnds_.begin() + 1);
     if (found == farEnds_.end())
     {
         farEnds_.push_back(farEnd);

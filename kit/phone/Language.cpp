@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -264,7 +265,7 @@ std::chrono::milliseconds parseDuration(const Word& word)
             const double milliseconds = std::strtod(number.c_str(), nullptr) * unit.milliseconds;
             if (milliseconds > 3600000)
                 throw Mistake(shown(word.text, 40) + " is longer than an hour", word.column);
-            return std::chrono::milliseconds(static_cast<long>(milliseconds + 0.5));
+            return std::chrono::milliseconds(std::lround(milliseconds));
         }
     throw Mistake(shown(word.text, 40) + " is no time; write it as 500ms, 2s or 1min", word.column);
 }

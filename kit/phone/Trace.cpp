@@ -1,5 +1,6 @@
 #include "kit/phone/Trace.h"
 
+#include <cmath>
 #include <istream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -133,8 +134,10 @@ Record fromJson(const std::string& line)
         if (!object.is_object())
             throw std::runtime_error("not a JSON object");
         record.kind = valueIn<Record::Kind>(kinds, "kind", object);
-        record.time = std::chrono::microseconds(
-            static_cast<long long>(object.at("time").get<double>() * 1e6 + 0.5));
+        const double seconds = object.at("time").get<double>();
+        if (seconds < 0 || seconds > 1e9)
+            throw std::runtime_error("\"time\" is no time since the start");
+        record.time = std::chrono::microseconds(std::llround(seconds * 1e6));
         record.number = object.value("number", 0);
         if (object.contains("sending"))
             record.sending = valueIn<Sending>(sendings, "sending", object);

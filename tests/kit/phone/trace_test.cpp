@@ -227,6 +227,8 @@ TEST(Trace, SaysWhichLineIsWrongAndHow)
         {"{\"time\":1,\"kind\":\"evnt\",\"text\":\"\"}",
          "t:2: \"kind\" is \"evnt\", which is none of its words"},
         {"{\"time\":1,\"kind\":\"event\"}", "t:2: \"text\" is missing"},
+        {"{\"time\":1e300,\"kind\":\"event\",\"text\":\"\"}",
+         "t:2: \"time\" is no time since the start"},
         {"{\"time\":1,\"kind\":\"event\",\"text\":7}",
          "t:2: not a record of a trace: a member is of the wrong type"},
         {"{\"time\":1,\"kind\":\"event\",\"textHex\":\"0g\"}",
