@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
@@ -18,6 +19,14 @@ namespace
 class Terminal : public testing::Test
 {
 protected:
+    void SetUp() override
+    {
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+        if (terminal < 0)
+            GTEST_SKIP() << "there are no pseudo terminals here; is /dev/pts mounted?";
+        close(terminal);
+    }
+
     void start(bool colours)
     {
         winsize size = {};
