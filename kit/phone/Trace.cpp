@@ -183,7 +183,7 @@ std::vector<Record> readTrace(std::istream& in, const std::string& name)
 }
 
 ObservedConnection::ObservedConnection(std::unique_ptr<Connection> connection, Observer observer)
-    : connection_(std::move(connection)), observer_(std::move(observer))
+    : observer_(std::move(observer)), connection_(std::move(connection))
 {
 }
 

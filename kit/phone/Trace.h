@@ -76,12 +76,13 @@ private:
     void tellAnswer(int number, Sending sending, Delivery delivery, const std::string& text);
     void tell(Record record);
 
-    const std::unique_ptr<Connection> connection_;
     EventSink sink_;
     const Observer observer_;
     const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::mutex mutex_;
     int number_ = 0;
+    const std::unique_ptr<Connection>
+        connection_;  ///< last, and so gone before what its events use
 };
 
 }  // namespace kit::phone
