@@ -540,6 +540,12 @@ TEST_F(EventTest, NamesOfEventsMatchByTheirFrontSaveTheFirst)
         for (const std::string& other :
              {otherCase, " " + name, "X" + name, name.substr(1), name.substr(0, name.size() - 1)})
             EXPECT_EQ(deliver(method(other)), ignored) << other;
+        for (std::size_t i = 0; i < name.size(); ++i)
+        {
+            std::string other = name;
+            other[i] = '#';
+            EXPECT_EQ(deliver(method(other)), ignored) << other;
+        }
     }
 }
 

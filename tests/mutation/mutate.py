@@ -5,9 +5,10 @@ usage: mutate.py [--jobs N] [--sample N] [--file NAME] [--list] BUILD
 
 BUILD is a folder for this script alone; it is configured at need. Every string, character, number,
 comparison, logical and arithmetic operator, truth value, and pair of neighbouring arguments in src/
-is changed once, in an order of chance: a run that is stopped early has seen a fair sample. A changed file is compiled without optimisation, linked with the library's own tests
-and these are run; what they let pass has the allocation and thread tests run too. A change that does
-not compile does not count.
+is changed once, in an order of chance: a run that is stopped early has seen a fair sample. A changed
+file is compiled without optimisation, linked with the library's own tests and these are run; what they
+let pass has the allocation and thread tests run too, and then all of it once more under
+AddressSanitizer. A change that does not compile does not count.
 
 Survivors are held against survivors.txt, which gives the reason why each is harmless. The run fails
 when less than 95 % are caught or when a survivor is not in that list.
@@ -30,8 +31,9 @@ HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 WANTED = 0.95
 TIMEOUT = 60
-# What an endless loop would fill is limited.
+# What an endless loop would fill is limited; a sanitizer needs the addresses.
 MEMORY = "ulimit -v 4000000; "
+SANITIZER = "-fsanitize=address"
 
 TOKEN = re.compile(
     r"""(?P<comment>//[^\n]*|/\*.*?\*/)
@@ -155,11 +157,10 @@ def mutants_of(file, text):
 class Builder:
     """Compiles and links by the commands of a configured build."""
 
-    def __init__(self, build):
+    def __init__(self, build, flags=""):
         self.build = build
-        self.tests = {}
         configure = ["cmake", "-S", str(ROOT), "-B", str(build), "-G", "Ninja",
-                     "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O0 -g0 -w",
+                     "-DCMAKE_BUILD_TYPE=Debug", f"-DCMAKE_CXX_FLAGS=-O0 -g0 -w {flags}",
                      "-DCMAKE_CXX_FLAGS_DEBUG=", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
                      "-DCOMMUNICATIONS_SERVICE_KIT=OFF", "-DCOMMUNICATIONS_SERVICE_EXAMPLES=OFF",
                      "-DCMAKE_CXX_COMPILER_LAUNCHER="]
@@ -215,8 +216,17 @@ STEPS = [
 ]
 
 
-def verdict(builder, mutant, text):
+def verdict(builders, mutant, text):
     """ "invalid", "caught" or "survived"."""
+    found = "survived"
+    for builder, limit in zip(builders, (MEMORY, "")):
+        found = verdict_of(builder, limit, mutant, text)
+        if found != "survived":
+            break
+    return found
+
+
+def verdict_of(builder, limit, mutant, text):
     with tempfile.TemporaryDirectory() as folder:
         copy = pathlib.Path(folder) / "src"
         shutil.copytree(ROOT / "src", copy)
@@ -242,7 +252,7 @@ def verdict(builder, mutant, text):
                 command = command.split(" && cd ")[0].removesuffix(" && :")
                 if run(command, builder.build) != 0:
                     return "invalid"
-            if run(f"{MEMORY}exec {linked[test]} {options}", builder.build) != 0:
+            if run(f"{limit}exec {linked[test]} {options}", builder.build) != 0:
                 return "caught"
     return "survived"
 
@@ -278,18 +288,19 @@ def main():
     if options.list:
         print("\n".join(map(str, all_mutants)))
         return 0
-    builder = Builder(options.build.resolve())
-    for test, filters in STEPS:
-        command = builder.links[test]
-        path = re.search(r" -o (\S+)", command).group(1)
-        if run(f"{MEMORY}exec {path} {filters}", builder.build) != 0:
-            sys.exit(f"mutate: {test} fails without any change")
+    builders = [Builder(options.build.resolve()),
+                Builder(options.build.resolve() / "sanitized", SANITIZER)]
+    for builder, limit in zip(builders, (MEMORY, "")):
+        for test, filters in STEPS:
+            path = re.search(r" -o (\S+)", builder.links[test]).group(1)
+            if run(f"{limit}exec {path} {filters}", builder.build) != 0:
+                sys.exit(f"mutate: {test} fails without any change")
 
     start = time.monotonic()
     counts = {"invalid": 0, "caught": 0, "survived": 0}
     survivors = []
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        results = pool.map(lambda m: (m, verdict(builder, m, texts[m.file])), all_mutants)
+        results = pool.map(lambda m: (m, verdict(builders, m, texts[m.file])), all_mutants)
         for done, (mutant, found) in enumerate(results, 1):
             counts[found] += 1
             if found == "survived":
