@@ -5,6 +5,7 @@
 #include "framework/InvokerResponse.h"
 #include "framework/Serializer.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -146,10 +147,11 @@ void CommunicationsServiceEventInvoker::callStateChangeEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     // The record's texts are copied without bounds, on purpose: a long one runs on into the fields
-    // behind it. Room for the longest that the message can hold keeps that inside this allocation,
-    // which is not tested for null.
+    // behind it. Room for the longest that the message can hold, in the last field, keeps that inside
+    // this allocation, which is not tested for null.
+    const std::size_t longest = offsetof(CallPartyInfo, callingNumber) + text.size();
     std::unique_ptr<char, Free> memory(
-        static_cast<char*>(std::malloc(sizeof(CallPartyInfo) + text.size())));
+        static_cast<char*>(std::malloc(std::max(longest, sizeof(CallPartyInfo)))));
     char* const record = memory.get();
     record[offsetof(CallPartyInfo, reservedText1)] = '\0';
     record[offsetof(CallPartyInfo, reservedText2)] = '\0';
