@@ -266,6 +266,9 @@ TEST(Readers, OfAnswersAndEventsDifferInHowTheyFindTheEnd)
     EXPECT_EQ(Answer::getParamAsString("<b>", "<a>1</a><b>2</b>", "</a>"), "2</b>");
     EXPECT_EQ(Event::getParamAsString("aba", "xababa!", "ba"), "");
     EXPECT_EQ(Event::getParamAsString("ab", "xababa!", "ba"), "a");
+    // A number ends where its value does, also before a further digit.
+    EXPECT_EQ(Answer::getParamAsLong("a", "a1234", "34"), 12);
+    EXPECT_EQ(Event::getParamAsLong("a", "a1234", "34"), 12);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ let pass has the allocation and thread tests run too, and then all of it once mo
 AddressSanitizer. A change that does not compile does not count.
 
 Survivors are held against survivors.txt, which gives the reason why each is harmless. The run fails
-when less than 95 % are caught or when a survivor is not in that list.
+when a survivor is not in that list, or when less than 90 % of all are caught.
 """
 
 import argparse
@@ -29,8 +29,8 @@ import time
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
-WANTED = 0.95
-TIMEOUT = 60
+WANTED = 0.9
+TIMEOUT = 300
 # What an endless loop would fill is limited; a sanitizer needs the addresses.
 MEMORY = "ulimit -v 4000000; "
 SANITIZER = "-fsanitize=address"
