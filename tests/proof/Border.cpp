@@ -17,6 +17,9 @@
 #include <memory>
 #include <stdexcept>
 
+class CommunicationsServiceProxy;
+class CommunicationsServiceEventInvoker;
+
 namespace
 {
 
@@ -49,16 +52,17 @@ bool throws(Call call)
     return false;
 }
 
-template <typename Object>
+// A factory returns the library's own class, whose object starts with the base that is known here.
+template <typename Object, typename Own>
 std::unique_ptr<Object> create(void* library, const char* factory)
 {
-    const auto make = reinterpret_cast<Object* (*)()>(dlsym(library, factory));
+    const auto make = reinterpret_cast<Own* (*)()>(dlsym(library, factory));
     if (make == nullptr)
     {
         std::printf("%s\n", dlerror());
         std::exit(1);
     }
-    return std::unique_ptr<Object>(make());
+    return std::unique_ptr<Object>(reinterpret_cast<Object*>(make()));
 }
 
 struct Thrown
@@ -144,8 +148,11 @@ int main(int argc, char** argv)
     }
     {
         Recorder subscriber;
-        const auto proxy = create<Proxy>(library, "createCommunicationsServiceProxy");
-        const auto invoker = create<Invoker>(library, "createCommunicationsServiceEventInvoker");
+        const auto proxy =
+            create<Proxy, CommunicationsServiceProxy>(library, "createCommunicationsServiceProxy");
+        const auto invoker = create<Invoker, CommunicationsServiceEventInvoker>(
+            library,
+            "createCommunicationsServiceEventInvoker");
         requests(*proxy, subscriber);
         events(*invoker, subscriber);
     }
