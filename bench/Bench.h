@@ -76,7 +76,7 @@ struct Touch
     }
 
     template <typename... Arguments>
-    void operator()(const char*, const Arguments&... arguments)
+    void heard(const char*, const Arguments&... arguments)
     {
         (look(arguments), ...);
         benchmark::DoNotOptimize(sum);
@@ -90,7 +90,7 @@ struct Channel : ProxyRequest
 
     void sendRequest(const std::string& request, std::string& response) override
     {
-        touch("", request);
+        touch.heard("", request);
         response = answer;
     }
     void sendRequestTimed(const std::string&, std::string&, int) override {}

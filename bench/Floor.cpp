@@ -120,7 +120,7 @@ void addFloor()
                [from = Located(forwardingAnswer)](const std::string& answer)
                {
                    const std::string text = from.value(answer, 2);
-                   Touch()("", 5, true, text, 3);
+                   Touch().heard("", 5, true, text, 3);
                });
     addRequest("getMessageWaitingIndicator",
                Message{"GetMessageWaitingIndicator", {}, ""}.text(),
@@ -128,7 +128,7 @@ void addFloor()
                [from = Located(messageWaitingAnswer)](const std::string& answer)
                {
                    const std::string number = from.value(answer, 9);
-                   Touch()("", 5, 1, 3, 12, 1, 2, 4, 5, 1, number);
+                   Touch().heard("", 5, 1, 3, 12, 1, 2, 4, 5, 1, number);
                });
     std::string list;
     for (const std::string& device : devices)
@@ -142,7 +142,7 @@ void addFloor()
                    items.reserve(12);
                    for (std::size_t i = 0; i < 12; ++i)
                        items.emplace_back(answer, 1 + i * 14, 12);
-                   Touch()("", items);
+                   Touch().heard("", items);
                });
 
     using Ifc = CommunicationsServiceEventIfc;

@@ -123,11 +123,11 @@ void addRequests(const std::string& who,
             bool status = false;
             std::string text;
             int rings = 0;
-            Touch()("",
-                    to.getForwardingConfiguration(sfiForwardingType(1), status, text, rings),
-                    status,
-                    text,
-                    rings);
+            Touch().heard("",
+                          to.getForwardingConfiguration(sfiForwardingType(1), status, text, rings),
+                          status,
+                          text,
+                          rings);
         });
     addRequest<Operations>("getMessageWaitingIndicator/" + who,
                            messageWaitingAnswer.text(),
@@ -137,31 +137,31 @@ void addRequests(const std::string& who,
                                int n[4] = {};
                                unsigned int c[4] = {};
                                std::string number;
-                               Touch()("",
-                                       to.getMessageWaitingIndicator(n[0],
-                                                                     c[0],
-                                                                     c[1],
-                                                                     c[2],
-                                                                     c[3],
-                                                                     n[1],
-                                                                     n[2],
-                                                                     n[3],
-                                                                     number),
-                                       n[0],
-                                       n[1],
-                                       n[2],
-                                       n[3],
-                                       c[0],
-                                       c[1],
-                                       c[2],
-                                       c[3],
-                                       number);
+                               Touch().heard("",
+                                             to.getMessageWaitingIndicator(n[0],
+                                                                           c[0],
+                                                                           c[1],
+                                                                           c[2],
+                                                                           c[3],
+                                                                           n[1],
+                                                                           n[2],
+                                                                           n[3],
+                                                                           number),
+                                             n[0],
+                                             n[1],
+                                             n[2],
+                                             n[3],
+                                             c[0],
+                                             c[1],
+                                             c[2],
+                                             c[3],
+                                             number);
                            });
     const auto getDevices = [](Operations& to)
     {
         std::vector<std::string> items;
         to.getDevices(items);
-        Touch()("", items);
+        Touch().heard("", items);
     };
     addRequest<Operations>("getDevices.12/" + who, deviceList(devices.size()), connect, getDevices);
     for (const Growing& row : growing)

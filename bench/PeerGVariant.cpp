@@ -52,7 +52,7 @@ void done(const std::string& answer)
     const Tuple tuple("(i)", answer);
     gint32 result = 0;
     g_variant_get(tuple.variant, "(i)", &result);
-    Touch()("", result);
+    Touch().heard("", result);
 }
 
 /// The fields in one tuple behind the name of the event: "s" for texts and "i" for numbers.
@@ -146,7 +146,7 @@ void addGVariant()
             const char* text = nullptr;
             gint32 rings = 0;
             g_variant_get(tuple.variant, "(ib&si)", &result, &status, &text, &rings);
-            Touch()("", result, status != FALSE, std::string(text), rings);
+            Touch().heard("", result, status != FALSE, std::string(text), rings);
         });
     addRequest(
         "getMessageWaitingIndicator",
@@ -169,7 +169,17 @@ void addGVariant()
                           &n[7],
                           &n[8],
                           &number);
-            Touch()("", n[0], n[1], n[2], n[3], n[4], n[5], n[6], n[7], n[8], std::string(number));
+            Touch().heard("",
+                          n[0],
+                          n[1],
+                          n[2],
+                          n[3],
+                          n[4],
+                          n[5],
+                          n[6],
+                          n[7],
+                          n[8],
+                          std::string(number));
         });
     GVariantBuilder list;
     g_variant_builder_init(&list, G_VARIANT_TYPE("as"));
@@ -189,7 +199,7 @@ void addGVariant()
             while (g_variant_iter_next(iterator, "&s", &item))
                 items.push_back(item);
             g_variant_iter_free(iterator);
-            Touch()("", items);
+            Touch().heard("", items);
         });
 
     addEvent("DevicesChangedEvent",

@@ -106,7 +106,7 @@ void tellCallState(CommunicationsServiceEventIfc& to, const Fields& e)
 
 void word(const std::string& answer)
 {
-    Touch()("", answer == "sfiSuccess");
+    Touch().heard("", answer == "sfiSuccess");
 }
 
 }  // namespace
@@ -174,11 +174,11 @@ void addNlohmann()
         {
             const Fields a(answer);
             const std::string text = a.value("uri");
-            Touch()("",
-                    a.value("sfiResult") == "sfiSuccess",
-                    a.number("status"),
-                    text,
-                    a.number("cfnrRingCount"));
+            Touch().heard("",
+                          a.value("sfiResult") == "sfiSuccess",
+                          a.number("status"),
+                          text,
+                          a.number("cfnrRingCount"));
         });
     addRequest(
         "getMessageWaitingIndicator",
@@ -188,17 +188,17 @@ void addNlohmann()
         {
             const Fields a(answer);
             const std::string number = a.value("voiceMailNumber");
-            Touch()("",
-                    a.value("func_return_val") == "sfiSuccess",
-                    a.number("Type"),
-                    a.number("newMsgs"),
-                    a.number("oldMsgs"),
-                    a.number("newUrgMsgs"),
-                    a.number("oldUrgMsgs"),
-                    a.number("return_type"),
-                    a.number("available_info"),
-                    a.number("messages_waiting"),
-                    number);
+            Touch().heard("",
+                          a.value("func_return_val") == "sfiSuccess",
+                          a.number("Type"),
+                          a.number("newMsgs"),
+                          a.number("oldMsgs"),
+                          a.number("newUrgMsgs"),
+                          a.number("oldUrgMsgs"),
+                          a.number("return_type"),
+                          a.number("available_info"),
+                          a.number("messages_waiting"),
+                          number);
         });
     Message list;
     for (const std::string& device : devices)
@@ -213,7 +213,7 @@ void addNlohmann()
             std::vector<std::string> items;
             for (const Json& item : a.root.at("item"))
                 items.push_back(item.get_ref<const std::string&>());
-            Touch()("", items);
+            Touch().heard("", items);
         });
 
     addEvent("DevicesChangedEvent",

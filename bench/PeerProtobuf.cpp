@@ -161,7 +161,7 @@ void addProtobuf()
 {
     peer::Answer done;
     done.set_result(5);
-    const auto look = [](const peer::Answer& answer) { Touch()("", answer.result()); };
+    const auto look = [](const peer::Answer& answer) { Touch().heard("", answer.result()); };
     addRequest(
         "answerCall",
         done,
@@ -220,7 +220,7 @@ void addProtobuf()
         {
             const auto& a = got.forwarding();
             const std::string text = a.uri();
-            Touch()("", a.sfiresult(), a.status(), text, a.cfnrringcount());
+            Touch().heard("", a.sfiresult(), a.status(), text, a.cfnrringcount());
         });
     answer.Clear();
     fill(*answer.mutable_message_waiting(), messageWaitingAnswer);
@@ -232,17 +232,17 @@ void addProtobuf()
         {
             const auto& a = got.message_waiting();
             const std::string number = a.voicemailnumber();
-            Touch()("",
-                    a.func_return_val(),
-                    a.type(),
-                    a.newmsgs(),
-                    a.oldmsgs(),
-                    a.newurgmsgs(),
-                    a.oldurgmsgs(),
-                    a.return_type(),
-                    a.available_info(),
-                    a.messages_waiting(),
-                    number);
+            Touch().heard("",
+                          a.func_return_val(),
+                          a.type(),
+                          a.newmsgs(),
+                          a.oldmsgs(),
+                          a.newurgmsgs(),
+                          a.oldurgmsgs(),
+                          a.return_type(),
+                          a.available_info(),
+                          a.messages_waiting(),
+                          number);
         });
     answer.Clear();
     for (const std::string& device : devices)
@@ -255,7 +255,7 @@ void addProtobuf()
         {
             const auto& a = got.devices().items();
             const std::vector<std::string> items(a.begin(), a.end());
-            Touch()("", items);
+            Touch().heard("", items);
         });
 
     peer::Event event;

@@ -127,7 +127,7 @@ void tellCallState(CommunicationsServiceEventIfc& to, const Fields& e)
 
 void word(const std::string& answer)
 {
-    Touch()("", answer == "sfiSuccess");
+    Touch().heard("", answer == "sfiSuccess");
 }
 
 }  // namespace
@@ -195,11 +195,11 @@ void addPugixml()
         {
             const Fields a(answer);
             const std::string text = a.value("uri");
-            Touch()("",
-                    std::strcmp(a.value("sfiResult"), "sfiSuccess") == 0,
-                    a.number("status"),
-                    text,
-                    a.number("cfnrRingCount"));
+            Touch().heard("",
+                          std::strcmp(a.value("sfiResult"), "sfiSuccess") == 0,
+                          a.number("status"),
+                          text,
+                          a.number("cfnrRingCount"));
         });
     addRequest(
         "getMessageWaitingIndicator",
@@ -209,17 +209,17 @@ void addPugixml()
         {
             const Fields a(answer);
             const std::string number = a.value("voiceMailNumber");
-            Touch()("",
-                    std::strcmp(a.value("func_return_val"), "sfiSuccess") == 0,
-                    a.number("Type"),
-                    a.number("newMsgs"),
-                    a.number("oldMsgs"),
-                    a.number("newUrgMsgs"),
-                    a.number("oldUrgMsgs"),
-                    a.number("return_type"),
-                    a.number("available_info"),
-                    a.number("messages_waiting"),
-                    number);
+            Touch().heard("",
+                          std::strcmp(a.value("func_return_val"), "sfiSuccess") == 0,
+                          a.number("Type"),
+                          a.number("newMsgs"),
+                          a.number("oldMsgs"),
+                          a.number("newUrgMsgs"),
+                          a.number("oldUrgMsgs"),
+                          a.number("return_type"),
+                          a.number("available_info"),
+                          a.number("messages_waiting"),
+                          number);
         });
     Message list;
     for (const std::string& device : devices)
@@ -234,7 +234,7 @@ void addPugixml()
             std::vector<std::string> items;
             for (const pugi::xml_node& item : a.root.children("item"))
                 items.push_back(item.child_value());
-            Touch()("", items);
+            Touch().heard("", items);
         });
 
     addEvent("DevicesChangedEvent",

@@ -4,11 +4,14 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "framework/Executable.h"
 
-/// A subscriber that gives the name and the arguments of each callback to one function object.
+/// A subscriber that gives the name and the arguments of each callback to one function of its base:
+/// heard(name, arguments...). The benchmark, the tests and the fuzzers differ in what that does.
 template <typename Ear>
-class Subscriber : public Executable, public CommunicationsServiceEventIfc
+class Subscriber : public Executable, public CommunicationsServiceEventIfc, public Ear
 {
 public:
+    using Ear::heard;
+
     void init(Context&) override {}
     void shutdown() override {}
 
@@ -19,7 +22,7 @@ public:
                                 const std::string& preemptionText, bool callBackFeatureAvailable,
                                 int ilCallLevel, int ilLocalLevel) override
     {
-        heard("CallStateChangeEvent",
+        heard("onCallStateChangeEvent",
               lineId,
               callId,
               callState,
@@ -39,7 +42,7 @@ public:
     void onRegistrationStateChangeEvent(const std::string& lineId, int callId, bool registered,
                                         int registrationResult) override
     {
-        heard("RegistrationStateChangeEvent", lineId, callId, registered, registrationResult);
+        heard("onRegistrationStateChangeEvent", lineId, callId, registered, registrationResult);
     }
     void onIncomingCallEvent(const std::string& lineId, int callId, const std::string& uri,
                              const std::string& name, const std::string& fullPai,
@@ -49,7 +52,7 @@ public:
                              bool zipAutoAnswer, int resourcePriority, int ilCallLevel,
                              int ilLocalLevel, bool isVideoCall) override
     {
-        heard("IncomingCallEvent",
+        heard("onIncomingCallEvent",
               lineId,
               callId,
               uri,
@@ -71,17 +74,17 @@ public:
     void onIncomingPickupCallEvent(const std::string& lineId, int callId, const std::string& uri,
                                    const std::string& name, const std::string& fullPai) override
     {
-        heard("IncomingPickupCallEvent", lineId, callId, uri, name, fullPai);
+        heard("onIncomingPickupCallEvent", lineId, callId, uri, name, fullPai);
     }
     void onCallHeldEvent(const std::string& lineId, int callId) override
     {
-        heard("CallHeldEvent", lineId, callId);
+        heard("onCallHeldEvent", lineId, callId);
     }
     void onCallRetrievedEvent(const std::string& lineId, int callId, const std::string& uri,
                               const std::string& name, const std::string& fullPai, int ilCallLevel,
                               int ilLocalLevel, bool connectedToMediaServer) override
     {
-        heard("CallRetrievedEvent",
+        heard("onCallRetrievedEvent",
               lineId,
               callId,
               uri,
@@ -93,19 +96,19 @@ public:
     }
     void onFeatureSuccessEvent(const std::string& lineId, int callId, int feature) override
     {
-        heard("FeatureSuccessEvent", lineId, callId, feature);
+        heard("onFeatureSuccessEvent", lineId, callId, feature);
     }
     void onFeatureFailedEvent(const std::string& lineId, int callId, int feature,
                               int featureFailure) override
     {
-        heard("FeatureFailedEvent", lineId, callId, feature, featureFailure);
+        heard("onFeatureFailedEvent", lineId, callId, feature, featureFailure);
     }
     void onRemoteEndpointDetailsChangedEvent(const std::string& lineId, int callId,
                                              const std::string& uri, const std::string& name,
                                              const std::string& fullPai, bool exitConf,
                                              bool jointCall) override
     {
-        heard("RemoteEndpointDetailsChangedEvent",
+        heard("onRemoteEndpointDetailsChangedEvent",
               lineId,
               callId,
               uri,
@@ -119,7 +122,7 @@ public:
                                    const std::string& diversionUri,
                                    const std::string& diversionName, int diversionReason) override
     {
-        heard("IncomingCallMissedEvent",
+        heard("onIncomingCallMissedEvent",
               lineId,
               callId,
               uri,
@@ -135,7 +138,7 @@ public:
                               const std::string& callingPartyFullPai,
                               const std::string& newDestination, int reason) override
     {
-        heard("CallForwardedEvent",
+        heard("onCallForwardedEvent",
               lineId,
               callId,
               callingParty,
@@ -147,15 +150,15 @@ public:
     void onIncomingAssociatedCallEvent(const std::string& lineId, int currentCallId,
                                        int newCallId) override
     {
-        heard("IncomingAssociatedCallEvent", lineId, currentCallId, newCallId);
+        heard("onIncomingAssociatedCallEvent", lineId, currentCallId, newCallId);
     }
-    void onDevicesChangedEvent() override { heard("DevicesChangedEvent"); }
+    void onDevicesChangedEvent() override { heard("onDevicesChangedEvent"); }
     void onMessageWaitingEvent(const std::string& lineId, int type, unsigned int newMessages,
                                unsigned int oldMessages, unsigned int newUrgentMessages,
                                unsigned int oldUrgentMessages, int returnType, int availInfo,
                                int messagesWaiting, const std::string& voiceMailNumber) override
     {
-        heard("MessageWaitingEvent",
+        heard("onMessageWaitingEvent",
               lineId,
               type,
               newMessages,
@@ -169,17 +172,17 @@ public:
     }
     void onDoNotDisturbEvent(const std::string& deviceId, bool doNotDisturbOn) override
     {
-        heard("DoNotDisturbEvent", deviceId, doNotDisturbOn);
+        heard("onDoNotDisturbEvent", deviceId, doNotDisturbOn);
     }
     void onAgentStateEvent(const std::string& deviceId, const std::string& agentState) override
     {
-        heard("AgentStateEvent", deviceId, agentState);
+        heard("onAgentStateEvent", deviceId, agentState);
     }
     void onSecurityStatusChanged(const std::string& lineURI, int callId, int securityStatus,
                                  std::vector<int>& callIdsRecorded,
                                  std::vector<std::string>& callLineURIsRecorded) override
     {
-        heard("SecurityStatusChanged",
+        heard("onSecurityStatusChanged",
               lineURI,
               callId,
               securityStatus,
@@ -189,45 +192,45 @@ public:
     void onCallRecordingStatusEvent(const std::string& lineId, int callId,
                                     const std::string& callRecorded) override
     {
-        heard("CallRecordingStatusEvent", lineId, callId, callRecorded);
+        heard("onCallRecordingStatusEvent", lineId, callId, callRecorded);
     }
     void onPreemptionStatusChanged(const std::string& lineURI, int callId, int priority, int cause,
                                    const std::string& reason) override
     {
-        heard("PreemptionStatusChanged", lineURI, callId, priority, cause, reason);
+        heard("onPreemptionStatusChanged", lineURI, callId, priority, cause, reason);
     }
     void onImpactLevelChanged(const std::string& lineURI, int callId, int ilCallLevel,
                               int ilLocalLevel) override
     {
-        heard("ImpactLevelChanged", lineURI, callId, ilCallLevel, ilLocalLevel);
+        heard("onImpactLevelChanged", lineURI, callId, ilCallLevel, ilLocalLevel);
     }
     void onSystemStatusEvent(const std::string& status, const std::string& statusInfo) override
     {
-        heard("SystemStatusEvent", status, statusInfo);
+        heard("onSystemStatusEvent", status, statusInfo);
     }
     void onServerFeatureStatusEvent(const std::string& lineURI, const std::string& status) override
     {
-        heard("ServerFeatureStatusEvent", lineURI, status);
+        heard("onServerFeatureStatusEvent", lineURI, status);
     }
     void onB2buaCSTAResponse(const std::string& lineURI, bool success,
                              std::string& cstaResponse) override
     {
-        heard("B2buaCSTAResponse", lineURI, success, cstaResponse);
+        heard("onB2buaCSTAResponse", lineURI, success, cstaResponse);
     }
     void onB2buaCSTAEventOrRequest(const std::string& lineURI, std::string& cstaMessage) override
     {
-        heard("B2buaCSTAEventOrRequest", lineURI, cstaMessage);
+        heard("onB2buaCSTAEventOrRequest", lineURI, cstaMessage);
     }
     void onConferenceStatusEvent(const std::string& lineId, int callId,
                                  const std::string& xmlContent) override
     {
-        heard("ConferenceStatusEvent", lineId, callId, xmlContent);
+        heard("onConferenceStatusEvent", lineId, callId, xmlContent);
     }
     void onCallCompletionEvent(const std::string& lineId, const std::string& uri,
                                int callCompletionType, int callCompletionState,
                                bool displayOutcomeCallUI) override
     {
-        heard("CallCompletionEvent",
+        heard("onCallCompletionEvent",
               lineId,
               uri,
               callCompletionType,
@@ -237,20 +240,18 @@ public:
     void onCallCompletionFailedEvent(const std::string& lineId, const std::string& uri,
                                      int callCompletionFailureType) override
     {
-        heard("CallCompletionFailedEvent", lineId, uri, callCompletionFailureType);
+        heard("onCallCompletionFailedEvent", lineId, uri, callCompletionFailureType);
     }
     void onBluetoothAudioStatusChanged(const std::string& lineId, int callId, bool audioEnabled,
                                        bool audioGateway, bool inBandRinging) override
     {
-        heard("BluetoothAudioStatusChanged",
+        heard("onBluetoothAudioStatusChanged",
               lineId,
               callId,
               audioEnabled,
               audioGateway,
               inBandRinging);
     }
-
-    Ear heard;
 };
 
 #endif

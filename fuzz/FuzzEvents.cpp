@@ -3,9 +3,10 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "Fuzzer.h"
-#include "Plain.h"
+#include "bench/Plain.h"
 #include "tests/proof/Framework.h"
 #include "tests/proof/Recorder.h"
+#include "tests/proof/Samples.h"
 
 #include <cstdint>
 
@@ -14,17 +15,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0)
         return 0;
     std::string message;
-    if (data[0] < plain::methods.size())
-        message = "<Method>" + plain::methods[data[0]] + "</Method>";
+    if (data[0] < std::size(eventSamples))
+        message = "<Method>" + nameOf(eventSamples[data[0]]) + "</Method>";
     message.append(reinterpret_cast<const char*>(data + 1), size - 1);
     message.resize(message.find('\0') == std::string::npos ? message.size() : message.find('\0'));
 
     static CommunicationsServiceEventInvoker invoker;
-    static Recorder subscriber;
+    static PlainInvoker plain;
+    static Recorder subscriber, expected;
     Response response;
     subscriber.said.clear();
+    expected.said.clear();
     invoker.handleMessage(&subscriber, message.c_str(), static_cast<int>(size), &response);
-    demandEqual("callbacks", subscriber.said, plain::callbacks(message));
+    plain.handleMessage(&expected, message.c_str(), static_cast<int>(size), nullptr);
+    demandEqual("callbacks", subscriber.said, expected.said);
     demandEqual("responses", response.times, 1);
     return 0;
 }

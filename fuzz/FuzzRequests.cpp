@@ -2,7 +2,7 @@
 
 #include "CommunicationsServiceProxy.h"
 #include "Fuzzer.h"
-#include "Plain.h"
+#include "bench/Plain.h"
 #include "tests/proof/Framework.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -24,12 +24,22 @@ std::string cutBehind(const std::string& request, const std::string& tag)
     return request.substr(0, request.find("<" + tag + ">") + tag.size() + 2);
 }
 
+std::string request(const std::string& method,
+                    const std::vector<std::pair<std::string, std::string>>& fields)
+{
+    std::string message = "<Method>" + method + "</Method>";
+    for (const auto& [tag, value] : fields)
+        message += "<" + tag + ">" + value + "</" + tag + ">";
+    return message;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static FrameworkOfOne context;
-    static Channel channel(context);
+    static Channel channel(context), plainChannel(context);
+    static PlainProxy plain(plainChannel);
     static CommunicationsServiceProxy proxy;
     proxy.initProxy(channel);
 
@@ -61,43 +71,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     proxy.cancelCallbacks(line, number, second, static_cast<sfiCancelCallBackType>(other), one);
     demandEqual("cancelCallbacks",
                 channel.sent,
-                plain::request("CancelCallbacks",
-                               {{"Line", line},
-                                {"CallID", numberText},
-                                {"URI", second},
-                                {"CancelCallBackType", otherText},
-                                {"DisplayOutcomeCallUI", flag(one)}}));
+                request("CancelCallbacks",
+                        {{"Line", line},
+                         {"CallID", numberText},
+                         {"URI", second},
+                         {"CancelCallBackType", otherText},
+                         {"DisplayOutcomeCallUI", flag(one)}}));
 
-    proxy.setForwardingConfiguration(line,
-                                     static_cast<sfiForwardingType>(number),
-                                     two,
-                                     third,
-                                     other,
-                                     three);
-    demandEqual("setForwardingConfiguration",
-                channel.sent,
-                plain::request("setForwardingConfiguration",
-                               {{"Line", line},
-                                {"fwType", numberText},
-                                {"status", flag(two)},
-                                {"uri", third},
-                                {"cfnrRingCount", otherText},
-                                {"forceTKVSUpdate", flag(three)}}));
+    const sfiForwardingType type = static_cast<sfiForwardingType>(number);
+    proxy.setForwardingConfiguration(line, type, two, third, other, three);
+    plain.setForwardingConfiguration(line, type, two, third, other, three);
+    demandEqual("setForwardingConfiguration", channel.sent, plainChannel.sent);
 
     // A null text cuts the request off; the tag that is searched must not come out of the line.
     proxy.outgoingCallMake("1001", number, null ? nullptr : second.c_str(), one, two, three);
-    const std::string call = plain::request("OutgoingCallMakeRequest",
-                                            {{"Line", "1001"},
-                                             {"CallID", numberText},
-                                             {"Destination", untilZero(second)},
-                                             {"DSSDirectCall", flag(one)},
-                                             {"BridgeCall", flag(two)},
-                                             {"CallCompletionCall", flag(three)}});
+    plain.outgoingCallMake("1001", number, null ? "" : second.c_str(), one, two, three);
+    const std::string& call = plainChannel.sent;
     demandEqual("outgoingCallMake", channel.sent, null ? cutBehind(call, "Destination") : call);
 
     proxy.generateDigits(line, other, null ? nullptr : third.c_str());
-    std::string digits =
-        plain::request("GenerateDigits", {{"Line", line}, {"activeCall", otherText}});
+    std::string digits = request("GenerateDigits", {{"Line", line}, {"activeCall", otherText}});
     digits += null ? "<digits>" : "<digits>" + untilZero(third) + "</digits>";
     demandEqual("generateDigits", channel.sent, digits);
 
@@ -110,27 +103,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     demandEqual("systemStatus", channel.sent, status);
 
     proxy.SendCSTARequest(line, second);
-    demandEqual("SendCSTARequest",
-                channel.sent,
-                plain::request("SendCSTARequest", {{"Line", line}}) + second);
+    plain.SendCSTARequest(line, second);
+    demandEqual("SendCSTARequest", channel.sent, plainChannel.sent);
 
     proxy.RemoveConfParticipant(number, second, third);
     demandEqual("RemoveConfParticipant",
                 channel.sent,
-                plain::request("RemoveConfParticipant",
-                               {{"callID", numberText},
-                                {"remoteParticipant", second},
-                                {"conferenceMemberId", third}}));
+                request("RemoveConfParticipant",
+                        {{"callID", numberText},
+                         {"remoteParticipant", second},
+                         {"conferenceMemberId", third}}));
 
     proxy.setServiceState(static_cast<sfiServiceState>(number));
     demandEqual("setServiceState",
                 channel.sent,
-                plain::request("SetServiceState",
-                               {{"state",
-                                 number == 0   ? "sfiServiceInService"
-                                 : number == 1 ? "sfiServiceOutOfService"
-                                 : number == 2 ? "sfiServiceDoNotDisturb"
-                                               : ""}}));
+                request("SetServiceState",
+                        {{"state",
+                          number == 0   ? "sfiServiceInService"
+                          : number == 1 ? "sfiServiceOutOfService"
+                          : number == 2 ? "sfiServiceDoNotDisturb"
+                                        : ""}}));
 
     proxy.processSignallingComponentEvent(line.data(), static_cast<int>(line.size()));
     demandEqual("processSignallingComponentEvent", channel.sent, "SigEvent:" + line);

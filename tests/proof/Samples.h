@@ -3,6 +3,7 @@
 
 #include "CommunicationsServiceIfc.h"
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -192,5 +193,37 @@ inline const EventSample eventSamples[] = {
 // clang-format on
 
 #undef LINE
+
+/// The tags in a sample, in their order.
+inline std::vector<std::string> tagsIn(const std::string& sample)
+{
+    std::vector<std::string> tags;
+    for (std::size_t at = sample.find('<'); at != std::string::npos; at = sample.find('<', at + 1))
+    {
+        const std::string tag = sample.substr(at + 1, sample.find('>', at) - at - 1);
+        if (sample.find("</" + tag + ">") != std::string::npos)
+            tags.push_back(tag);
+    }
+    return tags;
+}
+
+/// The name of an event.
+inline std::string nameOf(const EventSample& event)
+{
+    const std::string text = event.text + std::string("<Method>").size();
+    return text.substr(0, text.find('<'));
+}
+
+/// The tags of all events and answers, each once.
+inline std::vector<std::string> allTags()
+{
+    std::set<std::string> all;
+    for (const std::string& tag : tagsIn(answerSample))
+        all.insert(tag);
+    for (const EventSample& event : eventSamples)
+        for (const std::string& tag : tagsIn(event.text))
+            all.insert(tag);
+    return {all.begin(), all.end()};
+}
 
 #endif

@@ -1,12 +1,12 @@
 // Events and requests with changing content, as many as asked for. Memory must stay what it is after
-// the first tenth, and now and then a value is compared with the plain implementation.
+// the first tenth, and now and then a value is compared with the plain writing of the library.
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
 #include "Framework.h"
 #include "Recorder.h"
 #include "Samples.h"
-#include "fuzz/Plain.h"
+#include "bench/Plain.h"
 
 #include <unistd.h>
 
@@ -57,7 +57,7 @@ private:
         std::string all;
         for (std::size_t i = 0; i < count; ++i)
         {
-            const std::string& tag = plain::tags[below(plain::tags.size())];
+            const std::string& tag = tags_[below(tags_.size())];
             const std::string value = below(2) == 0 ? text() : std::to_string(random_());
             all += "<" + tag + ">" + value + "</" + tag + ">";
         }
@@ -66,12 +66,15 @@ private:
 
     void event(bool compares)
     {
-        const std::string message = "<Method>" + plain::methods[below(plain::methods.size())] +
-                                    "</Method>" + fields(below(20));
+        const std::string message =
+            "<Method>" + nameOf(eventSamples[below(28)]) + "</Method>" + fields(below(20));
         subscriber_.said.clear();
         invoker_.handleMessage(&subscriber_, message.c_str(), 0, &response_);
-        if (compares)
-            demand(subscriber_.said == plain::callbacks(message), message);
+        if (!compares)
+            return;
+        Recorder told;
+        PlainInvoker().handleMessage(&told, message.c_str(), 0, nullptr);
+        demand(subscriber_.said == told.said, message);
     }
 
     void request(bool compares)
@@ -79,22 +82,15 @@ private:
         const std::string line = text();
         const std::string uri = text();
         const int number = static_cast<int>(random_());
+        const sfiForwardingType type = static_cast<sfiForwardingType>(number);
         channel_.answer = fields(below(10));
-        proxy_.setForwardingConfiguration(line,
-                                          static_cast<sfiForwardingType>(number),
-                                          true,
-                                          uri,
-                                          -number,
-                                          false);
+        proxy_.setForwardingConfiguration(line, type, true, uri, -number, false);
         if (compares)
-            demand(channel_.sent == plain::request("setForwardingConfiguration",
-                                                   {{"Line", line},
-                                                    {"fwType", std::to_string(number)},
-                                                    {"status", "1"},
-                                                    {"uri", uri},
-                                                    {"cfnrRingCount", std::to_string(-number)},
-                                                    {"forceTKVSUpdate", "0"}}),
-                   channel_.sent);
+        {
+            const std::string sent = channel_.sent;
+            PlainProxy(channel_).setForwardingConfiguration(line, type, true, uri, -number, false);
+            demand(sent == channel_.sent, sent);
+        }
         requestSamples[below(sizeof requestSamples / sizeof requestSamples[0])].call(proxy_,
                                                                                      &subscriber_);
     }
@@ -107,6 +103,7 @@ private:
         std::exit(1);
     }
 
+    const std::vector<std::string> tags_ = allTags();
     std::minstd_rand random_{1};
     FrameworkOfOne context_;
     Channel channel_{context_};

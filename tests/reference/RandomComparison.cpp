@@ -6,9 +6,9 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
 #include "bench/Plain.h"
-#include "bench/Subscriber.h"
 #include "framework/Proxy.h"
-#include "framework/ProxyRequest.h"
+#include "tests/proof/Queries.h"
+#include "tests/proof/Samples.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -28,178 +28,17 @@ extern "C"
 namespace
 {
 
-/// Writes down what it is given.
-struct Recorder
+/// Each event's name, then its tags.
+const std::vector<std::vector<std::string>> events = []
 {
-    std::string record;
-
-    void add(const std::string& text) { record += '[' + text + ']'; }
-    void add(const char* text) { add(std::string(text)); }
-    void add(int number) { add(std::to_string(number)); }
-    void add(unsigned int number) { add(std::to_string(number)); }
-    void add(bool flag) { add(flag ? "true" : "false"); }
-
-    void add(const CallPartyInfo* party)
+    std::vector<std::vector<std::string>> all;
+    for (const EventSample& event : eventSamples)
     {
-        const char* const bytes = reinterpret_cast<const char*>(party);
-        for (const int field : {0, 81, 162, 223, 288, 353, 418, 483})
-            add(bytes + field);
-        add(static_cast<int>(party->reservedNumber));
+        all.push_back(tagsIn(event.text));
+        all.back().front() = nameOf(event);  // instead of "Method"
     }
-
-    template <typename Item>
-    void add(const std::vector<Item>& items)
-    {
-        for (const Item& item : items)
-            add(item);
-    }
-
-    template <typename... Arguments>
-    void operator()(const char* callback, const Arguments&... arguments)
-    {
-        record += callback;
-        (add(arguments), ...);
-    }
-};
-
-/// Answers each request with the same text.
-struct Channel : ProxyRequest
-{
-    void sendRequest(const std::string& request, std::string& response) override
-    {
-        last = request;
-        response = answer;
-    }
-    void sendRequestTimed(const std::string&, std::string&, int) override {}
-    void sendSubscribe(const std::string&, std::string&, const std::string&, int) override {}
-    void sendOneWay(const std::string&) override {}
-    void setProtocol(const std::string&) override {}
-
-    std::string answer;
-    std::string last;
-};
-
-const std::vector<std::vector<std::string>> events = {
-    {"CallStateChangeEvent",
-     "LineID",
-     "CallID",
-     "CallState",
-     "Reason",
-     "SendOptions",
-     "URI",
-     "Name",
-     "FullPAI",
-     "GPUCLG",
-     "GPUCLGName",
-     "GPUCLD",
-     "GPUCLDName",
-     "ResourcePriority",
-     "PreemptionCause",
-     "PreemptionText",
-     "CallBackFearureAvailable",
-     "ILCallLevel",
-     "ILLocalLevel"},
-    {"RegistrationStateChangeEvent", "LineID", "CallID", "Registered", "RegistrationResult"},
-    {"IncomingCallEvent",
-     "LineID",
-     "CallID",
-     "URI",
-     "Name",
-     "FullPAI",
-     "AlertInformation_AlertURI",
-     "AlertInformation_InfoParam",
-     "AlertInformation_AutoAnswer",
-     "CallType",
-     "DiversionURI",
-     "DiversionName",
-     "DiversionReason",
-     "AICSZIPAutoAnswer",
-     "ResourcePriority",
-     "ILCallLevel",
-     "ILLocalLevel",
-     "IsVideoCall"},
-    {"IncomingPickupCallEvent", "LineID", "CallID", "URI", "Name", "FullPAI"},
-    {"CallHeldEvent", "LineID", "CallID"},
-    {"CallRetrievedEvent",
-     "LineID",
-     "CallID",
-     "URI",
-     "Name",
-     "FullPAI",
-     "ILCallLevel",
-     "ILLocalLevel",
-     "ConnectedToMediaServer"},
-    {"FeatureSuccessEvent", "LineID", "CallID", "Feature"},
-    {"FeatureFailedEvent", "LineID", "CallID", "Feature", "FeatureFailure"},
-    {"RemoteEndpointDetailsChangedEvent",
-     "LineID",
-     "CallID",
-     "URI",
-     "Name",
-     "FullPAI",
-     "exitConf",
-     "jointCall"},
-    {"IncomingCallMissedEvent",
-     "LineID",
-     "CallID",
-     "URI",
-     "Name",
-     "FullPAI",
-     "Reason",
-     "DiversionURI",
-     "DiversionName",
-     "DiversionReason"},
-    {"CallForwardedEvent",
-     "LineID",
-     "CallID",
-     "CallingParty",
-     "CallingPartyName",
-     "CallingPartyFullPAI",
-     "NewDestination",
-     "Reason"},
-    {"IncomingAssociatedCallEvent", "LineID", "CurrentCallID", "NewCallID"},
-    {"DevicesChangedEvent"},
-    {"messageWaitingEvent",
-     "LineID",
-     "type",
-     "new_messages",
-     "old_messages",
-     "new_urgent_messages",
-     "old_urgent_messages",
-     "return_type",
-     "avail_info",
-     "messages_waiting",
-     "voiceMailNumber"},
-    {"DoNotDisturbEvent", "deviceId", "doNotDisturbOn"},
-    {"AgentStateEvent", "deviceId", "agentState"},
-    {"systemStatusEvent", "status", "statusInfo"},
-    {"serverFeatureStatusEvent", "lineURI", "status"},
-    {"b2buaCSTAResponse", "lineURI", "success"},
-    {"b2buaCSTAEventOrRequest", "lineURI"},
-    {"conferenceStatusEvent", "LineID", "CallID", "XMLContent"},
-    {"securityStatusChanged",
-     "lineURI",
-     "callId",
-     "securityStatus",
-     "CallIDsRecorded",
-     "CallLineURIsRecorded"},
-    {"preemptionStatusChanged", "lineURI", "callId", "priority", "cause", "reason"},
-    {"impactLevelChanged", "lineURI", "callId", "ILCallLevel", "ILLocalLevel"},
-    {"callRecordingStatusEvent", "LineID", "callId", "callRecorded"},
-    {"callCompletionEvent",
-     "LineID",
-     "URI",
-     "CallCompletionType",
-     "CallCompletionState",
-     "DisplayOutcomeCallUI"},
-    {"callCompletionFailedEvent", "LineID", "URI", "CallCompletionFailureType"},
-    {"bluetoothAudioStatusChanged",
-     "LineID",
-     "CallID",
-     "AudioEnabled",
-     "AudioGateway",
-     "InBandRinging"},
-};
+    return all;
+}();
 
 const std::vector<std::vector<std::string>> answers = {
     {"sfiResult", "status", "uri", "cfnrRingCount"},
@@ -371,48 +210,9 @@ private:
 
 std::string heard(Invoker& invoker, const std::string& message)
 {
-    Subscriber<Recorder> subscriber;
+    Recorder subscriber;
     invoker.handleMessage(&subscriber, message.c_str(), 0, nullptr);
-    return subscriber.heard.record;
-}
-
-template <typename Operations>
-std::string asked(Operations& operations, const Channel& channel)
-{
-    Recorder record;
-    bool status = false;
-    std::string text = "before";
-    int numbers[4] = {};
-    unsigned int counts[4] = {};
-    std::vector<std::string> devices = {"before"};
-    record("getForwardingConfiguration",
-           operations.getForwardingConfiguration(sfiForwardingType(7), status, text, numbers[0]),
-           status,
-           text,
-           numbers[0],
-           channel.last);
-    record("getMessageWaitingIndicator",
-           operations.getMessageWaitingIndicator(numbers[0],
-                                                 counts[0],
-                                                 counts[1],
-                                                 counts[2],
-                                                 counts[3],
-                                                 numbers[1],
-                                                 numbers[2],
-                                                 numbers[3],
-                                                 text),
-           numbers[0],
-           numbers[1],
-           numbers[2],
-           numbers[3],
-           counts[0],
-           counts[1],
-           counts[2],
-           counts[3],
-           text,
-           channel.last);
-    record("getDevices", operations.getDevices(devices), devices, channel.last);
-    return record.record;
+    return subscriber.said;
 }
 
 bool agree(const std::string& message, const std::string& library, const std::string& plain)
@@ -438,7 +238,8 @@ int main(int count, char** words)
     const std::unique_ptr<Invoker> invoker(
         reinterpret_cast<Invoker*>(createCommunicationsServiceEventInvoker()));
     auto& operations = dynamic_cast<CommunicationsServiceIfc&>(*proxy);
-    Channel channel;
+    FrameworkOfOne context;
+    Channel channel(context);
     proxy->initProxy(channel);
     PlainInvoker plainInvoker;
     PlainProxy plainProxy(channel);
