@@ -1,6 +1,8 @@
 // The stand-in framework over a connection that does what the test tells it.
 #include "kit/framework/Framework.h"
 
+#include "FakeConnection.h"
+
 #include "framework/Logging.h"
 #include "framework/Serializer.h"
 #include "kit/framework/Exception.h"
@@ -21,79 +23,12 @@ using kit::Delivery;
 using kit::EventRecorder;
 using kit::Framework;
 using kit::Passage;
+using kit::test::FakeConnection;
+using kit::test::FakeService;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/// What the connection's service is like, shared with the test because the framework owns the
-/// connection.
-struct FakeService
-{
-    std::mutex mutex;
-    kit::Connection::EventSink sink;
-    kit::Connection::GoneSink goneSink;
-    Delivery delivery = Delivery::done;
-    std::string answer = "sfiSuccess";
-    std::vector<std::string> received;
-    std::vector<milliseconds> timeouts;
-    std::string channel;  ///< of the last subscription
-
-    Delivery take(const std::string& text, milliseconds timeout, std::string* answerTo)
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        received.push_back(text);
-        timeouts.push_back(timeout);
-        if (delivery == Delivery::done && answerTo != nullptr)
-            *answerTo = answer;
-        return delivery;
-    }
-
-    void send(const std::string& event) { sink(channel, event); }
-
-    void sendHeld(int callId)
-    {
-        send(
-            kit::eventText(*kit::findEvent("CallHeldEvent"), {{"callId", std::to_string(callId)}}));
-    }
-};
-
-class FakeConnection : public kit::Connection
-{
-public:
-    explicit FakeConnection(FakeService& service) : service_(service) {}
-
-    void setEventSink(EventSink sink) override { service_.sink = std::move(sink); }
-
-    void setGoneSink(GoneSink sink) override { service_.goneSink = std::move(sink); }
-
-    Delivery request(const std::string& request, std::string& answer, milliseconds timeout) override
-    {
-        return service_.take(request, timeout, &answer);
-    }
-
-    Delivery subscribe(const std::string& request, std::string& answer,
-                       const std::string& channelName, milliseconds timeout) override
-    {
-        service_.channel = channelName;
-        return service_.take(request, timeout, &answer);
-    }
-
-    Delivery post(const std::string& message) override
-    {
-        return service_.take(message, milliseconds(0), nullptr);
-    }
-
-    Delivery control(const std::string&, std::string&, milliseconds) override
-    {
-        return Delivery::done;
-    }
-
-    std::string description() const override { return "the fake service"; }
-
-private:
-    FakeService& service_;
-};
 
 class FrameworkTest : public testing::Test
 {

@@ -1,4 +1,5 @@
 // The helpers for applications' tests.
+#include "FakeConnection.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
@@ -24,6 +25,8 @@ namespace
 
 using kit::Delivery;
 using kit::Fault;
+using kit::test::FakeConnection;
+using kit::test::FakeService;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::_;
@@ -240,52 +243,6 @@ TEST(MocksTest, EventsComeFromTheRealInvoker)
                     {{"lineId", "1001"}, {"ilLocalLevel", "high"}, {"isVideoCall", "on"}});
 }
 
-/// A service that answers everything at once and counts.
-class CountingConnection : public kit::Connection
-{
-public:
-    struct Counts
-    {
-        int requests = 0;
-        int posts = 0;
-        EventSink sink;
-    };
-
-    explicit CountingConnection(Counts& counts) : counts_(counts) {}
-
-    void setEventSink(EventSink sink) override { counts_.sink = std::move(sink); }
-
-    Delivery request(const std::string&, std::string& answer, milliseconds) override
-    {
-        ++counts_.requests;
-        answer = "sfiSuccess";
-        return Delivery::done;
-    }
-
-    Delivery subscribe(const std::string& request, std::string& answer, const std::string&,
-                       milliseconds timeout) override
-    {
-        return this->request(request, answer, timeout);
-    }
-
-    Delivery post(const std::string&) override
-    {
-        ++counts_.posts;
-        return Delivery::done;
-    }
-
-    Delivery control(const std::string& command, std::string& answer, milliseconds) override
-    {
-        answer = command;
-        return Delivery::done;
-    }
-
-    std::string description() const override { return "the counting service"; }
-
-private:
-    Counts& counts_;
-};
-
 class FaultTest : public testing::Test
 {
 protected:
@@ -311,8 +268,8 @@ protected:
         return "gone, " + answer;
     }
 
-    CountingConnection::Counts counts_;
-    kit::FaultConnection connection_{std::make_unique<CountingConnection>(counts_)};
+    FakeService service_;
+    kit::FaultConnection connection_{std::make_unique<FakeConnection>(service_)};
     std::vector<std::string> events_;
 };
 
@@ -322,7 +279,7 @@ TEST_F(FaultTest, EachFaultSpoilsARequest)
     {
         Fault fault;
         const char* outcome;
-        int reached;  ///< how often the service got it
+        std::size_t reached;  ///< how often the service got it
     };
     const Case cases[] = {
         {Fault::noAnswer, "timed out, untouched", 1},
@@ -335,10 +292,10 @@ TEST_F(FaultTest, EachFaultSpoilsARequest)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(kit::faultNames()[static_cast<std::size_t>(c.fault)]);
-        counts_.requests = 0;
+        service_.received.clear();
         connection_.inject(c.fault, "AnswerCall", 1);
         EXPECT_EQ(ask(), c.outcome);
-        EXPECT_EQ(counts_.requests, c.reached);
+        EXPECT_EQ(service_.received.size(), c.reached);
         EXPECT_EQ(ask(), "sfiSuccess") << "once, and then no more";
     }
     connection_.inject(Fault::garbage, "", 1);
@@ -393,7 +350,7 @@ TEST_F(FaultTest, EventsAreSpoiltToo)
     for (const auto& [fault, expected] : cases)
     {
         connection_.inject(fault, "DevicesChangedEvent", 1);
-        counts_.sink("channel", event);
+        service_.sink("channel", event);
         EXPECT_EQ(events_, expected);
         events_.clear();
     }
@@ -404,12 +361,13 @@ TEST_F(FaultTest, EventsAreSpoiltToo)
 TEST_F(FaultTest, OneWayMessages)
 {
     const std::string message = "<Method>setIsInServiceInitiatedState</Method>";
-    for (const auto& [fault, reached] : {std::pair(Fault::duplicate, 2), std::pair(Fault::gone, 0)})
+    for (const auto& [fault, reached] :
+         {std::pair(Fault::duplicate, 2U), std::pair(Fault::gone, 0U)})
     {
-        counts_.posts = 0;
+        service_.received.clear();
         connection_.inject(fault, "setIsInServiceInitiatedState", 1);
         EXPECT_EQ(connection_.post(message), reached != 0 ? Delivery::done : Delivery::gone);
-        EXPECT_EQ(counts_.posts, reached);
+        EXPECT_EQ(service_.received.size(), reached);
     }
     connection_.inject(Fault::exception, "", 1);
     EXPECT_THROW(connection_.post("SigEvent:x"), MarloException);
@@ -521,17 +479,6 @@ TEST(ServiceProcessTest, TheDeathOfTheKitsOwnIsToldWhileNothingIsAsked)
     std::future<std::string> heard = told.get_future();
     ASSERT_EQ(heard.wait_for(seconds(10)), std::future_status::ready);
     EXPECT_EQ(heard.get(), "the service at " + process.socket() + " is gone");
-
-    EXPECT_EQ(framework.service().activate(), sfiFailure);
-    process.restart();
-    framework.reconnect(std::make_unique<kit::SocketConnection>(process.socket()));
-    kit::EventRecorder events;
-    EXPECT_EQ(framework.service().activate(), sfiSuccess);
-    EXPECT_EQ(framework.service().subscribe(&events), sfiSuccess);
-    EXPECT_EQ(framework.service().setDoNotDisturb("1001", true), sfiSuccess);
-    const auto quiet = events.waitFor("DoNotDisturbEvent", {{"doNotDisturbOn", "on"}}, seconds(10));
-    EXPECT_TRUE(quiet) << quiet.problem;
-    framework.remove(events);
 }
 
 }  // namespace

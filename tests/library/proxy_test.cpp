@@ -185,37 +185,6 @@ TEST(Defaults, DoNothing)
     EXPECT_EQ(support::takeTrace(), Lines());
 }
 
-TEST(ServiceStates, HaveNames)
-{
-    EXPECT_EQ(serialize(sfiServiceInService), "sfiServiceInService");
-    EXPECT_EQ(serialize(sfiServiceOutOfService), "sfiServiceOutOfService");
-    EXPECT_EQ(serialize(sfiServiceDoNotDisturb), "sfiServiceDoNotDisturb");
-    for (const int other : {3, -1, INT_MAX, INT_MIN})
-        EXPECT_EQ(serialize(static_cast<sfiServiceState>(other)), "");
-}
-
-TEST(Enumerations, HaveTheirValues)
-{
-    EXPECT_EQ(int(sfiSuccess), 5);
-    EXPECT_EQ(int(sfiFailure), 0);
-    EXPECT_EQ(int(sfiFailureCallBackInvalidState), 1);
-    EXPECT_EQ(int(sfiFailureCallBackAllreadyExists), 4);
-    EXPECT_EQ(int(sfiServiceInService), 0);
-    EXPECT_EQ(int(sfiServiceDoNotDisturb), 2);
-    for (const std::size_t size : {sizeof(sfiResult),
-                                   sizeof(sfiServiceState),
-                                   sizeof(sfiFeature),
-                                   sizeof(sfiRefuseCall),
-                                   sizeof(sfiCancelCallBackType),
-                                   sizeof(sfiForwardingType),
-                                   sizeof(CSTAEventCause)})
-        EXPECT_EQ(size, 4U);
-    EXPECT_EQ(int(CSTAEventCause::activeParticipation), 1);
-    EXPECT_EQ(int(CSTAEventCause::trunksBusy), 33);
-    EXPECT_EQ(int(CSTAEventCause::blocked), 35);
-    EXPECT_EQ(int(CSTAEventCause::unauthorisedBearerService), 87);
-}
-
 TEST(Readers, OfAnswersAndEventsDifferInHowTheyFindTheEnd)
 {
     using Answer = CommunicationsServiceProxy;

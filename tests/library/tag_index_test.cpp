@@ -137,23 +137,4 @@ TEST(TagIndexTest, EachByteOfANameCounts)
     }
 }
 
-/// The room for notes ends at some "<": behind it the message is searched, and nothing is lost.
-TEST(TagIndexTest, ATagIsFoundBehindAnyNumberOfOthers)
-{
-    for (const char* other : {"<abc>", "</abc>", "<", "<abc>1</abc>"})
-    {
-        std::string front;
-        for (int count = 0; count < 90; ++count, front += other)
-        {
-            const std::string message = front + "<URI>1</URI><URI>2</URI>";
-            TagIndex index(message);
-            EXPECT_EQ(index.behindOpening("URI"), front.size() + 5) << count;
-            EXPECT_EQ(index.closing("URI", 0), front.size() + 6) << count;
-            EXPECT_EQ(index.closing("URI", front.size() + 6), front.size() + 6) << count;
-            EXPECT_EQ(index.closing("URI", front.size() + 7), front.size() + 18) << count;
-            EXPECT_EQ(index.closing("Name", 0), TagIndex::npos) << count;
-        }
-    }
-}
-
 }  // namespace

@@ -130,6 +130,20 @@ void events(Invoker& invoker, Recorder& subscriber)
         "the standard library's exception, from an event");
 }
 
+// The two names are the compiler's, which applications have in them.
+void exports(void* library)
+{
+    const auto name = reinterpret_cast<std::string (*)(sfiServiceState)>(
+        dlsym(library, "_Z9serializeB5cxx1115sfiServiceState"));
+    check(name != nullptr && name(sfiServiceDoNotDisturb) == "sfiServiceDoNotDisturb",
+          "names of states are exported");
+    const auto find = reinterpret_cast<std::string (*)(void*, Executable*)>(
+        dlsym(library, "_ZN16FrameworkContext11findChannelB5cxx11EP10Executable"));
+    FrameworkOfOne context;
+    check(find != nullptr && find(&context, nullptr).empty(),
+          "the default body is exported, which is not the override");
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -155,6 +169,7 @@ int main(int argc, char** argv)
             "createCommunicationsServiceEventInvoker");
         requests(*proxy, subscriber);
         events(*invoker, subscriber);
+        exports(library);
     }
     check(dlclose(library) == 0, "the library is closed");
     std::printf("%d of %d checks passed\n", checks - failures, checks);

@@ -121,13 +121,15 @@ TEST_F(Threads, CallbacksThatCall)
         [this](int)
         {
             Nested subscriber(proxy, invoker);
+            Response response;
             for (const EventSample& sample : eventSamples)
             {
                 subscriber.said.clear();
-                invoker.handleMessage(&subscriber, sample.text, 0, nullptr);
+                invoker.handleMessage(&subscriber, sample.text, 0, &response);
                 ASSERT_EQ(subscriber.said, sample.said);
             }
             EXPECT_EQ(subscriber.inside, 28);
+            EXPECT_EQ(response.times, 28);
         });
 }
 

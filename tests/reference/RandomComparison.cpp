@@ -68,6 +68,15 @@ public:
         if (below(50) == 0)
             method += piece(tags);
         const std::string head = element("Method", method);
+        if (below(4) == 0)
+        {
+            // Elements in their order up to some field, then nothing but pieces.
+            std::string text =
+                head + body(Tags(tags.begin(), tags.begin() + long(below(tags.size() + 1))));
+            for (std::size_t pieces = below(below(10) == 0 ? 400 : 60); pieces > 0; --pieces)
+                text += piece(tags);
+            return text;
+        }
         return damaged(below(20) == 0 ? body(tags) + head : head + body(tags), tags);
     }
 

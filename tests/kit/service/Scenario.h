@@ -5,12 +5,43 @@
 #include "kit/service/SimulatedService.h"
 
 #include <deque>
+#include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 
-/// "name=value name="more words"" taken apart; a word without a name has the name "".
-kit::Values valuesOf(const std::string& text);
+inline std::string trimmed(const std::string& text)
+{
+    const std::size_t begin = text.find_first_not_of(" \t");
+    if (begin == std::string::npos)
+        return std::string();
+    return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
 
-std::string trimmed(const std::string& text);
+/// "name=value name="more words"" taken apart; a word without a name has the name "".
+inline kit::Values valuesOf(const std::string& text)
+{
+    kit::Values values;
+    std::size_t at = 0;
+    while (at < text.size())
+    {
+        std::string word;
+        bool quoted = false;
+        for (; at < text.size() && (quoted || text[at] != ' '); ++at)
+            if (text[at] == '\\' && at + 1 < text.size())
+                word += text[++at];
+            else if (text[at] == '"')
+                quoted = !quoted;
+            else
+                word += text[at];
+        ++at;
+        const std::size_t equal = word.find('=');
+        if (equal != std::string::npos)
+            values.emplace_back(word.substr(0, equal), word.substr(equal + 1));
+        else if (!word.empty())
+            values.emplace_back("", word);
+    }
+    return values;
+}
 
 /// Runs a script against the simulated service, strictly: whatever it says or does and the script
 /// does not expect is a failure. A line is one of
@@ -21,30 +52,157 @@ std::string trimmed(const std::string& text);
 ///     * command -> answer                  a command; without an answer any but an error
 ///     : Event name=value ...               the next event, and fields of it
 ///     ! complaint                          the next line of the log
+///     ~ request or command                 the way there: its events are what another script tells
 ///     # comment
 class Scenario
 {
 public:
-    Scenario();
+    Scenario()
+        : client_(service_.connect(
+              [this](const std::string& channel, const std::string& event)
+              {
+                  EXPECT_EQ(channel, "channel");
+                  events_.push_back(event);
+              }))
+    {
+        service_.setLog([this](const std::string& line) { complaints_.push_back(line); });
+        EXPECT_EQ(service_.subscribe(client_, "<Method>Subscribe</Method>", "channel"),
+                  "sfiSuccess");
+    }
 
     /// A phone whose lines are registered, with nothing of that left to expect.
-    void activate();
+    void activate()
+    {
+        ASSERT_EQ(service_.request(client_, "<Method>Activate</Method>"), "sfiSuccess");
+        events_.clear();
+    }
 
-    void run(const std::string& script);
-
-    kit::SimulatedService& service() { return service_; }
-    int client() const { return client_; }
+    void run(const std::string& script)
+    {
+        std::istringstream in(script);
+        std::string line;
+        for (int number = 1; std::getline(in, line); ++number)
+        {
+            line = trimmed(line);
+            if (line.empty() || line[0] == '#')
+                continue;
+            SCOPED_TRACE("line " + std::to_string(number) + ": " + line);
+            runLine(line);
+            if (testing::Test::HasFailure())
+                return;
+        }
+        SCOPED_TRACE("at the end");
+        expectQuiet();
+    }
 
 private:
-    void runLine(const std::string& line);
-    void request(const std::string& text, bool answered, const std::string* expected);
-    void expectEvent(const std::string& expected);
-    void expectQuiet();
+    void runLine(const std::string& line)
+    {
+        if (line[0] == ':')
+        {
+            expectEvent(trimmed(line.substr(1)));
+            return;
+        }
+        if (line[0] == '~')
+        {
+            runLine(trimmed(line.substr(1)));
+            events_.clear();
+            return;
+        }
+        if (line[0] == '!')
+        {
+            ASSERT_FALSE(complaints_.empty()) << "no complaint";
+            EXPECT_EQ(complaints_.front(), trimmed(line.substr(1)));
+            complaints_.pop_front();
+            return;
+        }
+        expectQuiet();
+        const std::size_t arrow = line.find(" -> ");
+        const std::string command = trimmed(line.substr(0, arrow));
+        const std::string answer =
+            arrow == std::string::npos ? "" : trimmed(line.substr(arrow + 4));
+        const std::string* const expected = arrow == std::string::npos ? nullptr : &answer;
+        if (command[0] == '*')
+        {
+            const std::string got = service_.control(trimmed(command.substr(1)));
+            if (expected != nullptr)
+                EXPECT_EQ(got, *expected);
+            else
+                EXPECT_EQ(got.rfind("error: ", 0), std::string::npos) << got;
+            return;
+        }
+        const std::size_t blank = command.find(' ');
+        const std::string word = command.substr(0, blank);
+        const std::string rest = blank == std::string::npos ? "" : trimmed(command.substr(blank));
+        if (word == "raw")
+        {
+            request(rest, true, expected);
+            return;
+        }
+        const kit::Operation* const operation = kit::findOperation(word);
+        ASSERT_NE(operation, nullptr) << "no operation";
+        request(kit::requestText(*operation, valuesOf(rest)),
+                operation->sending != kit::Sending::oneWay,
+                expected);
+    }
+
+    void request(const std::string& text, bool answered, const std::string* expected)
+    {
+        if (!answered)
+            service_.post(client_, text);
+        else
+            EXPECT_EQ(service_.request(client_, text),
+                      expected != nullptr ? *expected : "sfiSuccess");
+    }
+
+    void expectEvent(const std::string& expected)
+    {
+        ASSERT_FALSE(events_.empty()) << "no event";
+        const kit::Message message = kit::parse(events_.front());
+        events_.pop_front();
+        const std::size_t blank = expected.find(' ');
+        ASSERT_EQ(message.method, expected.substr(0, blank));
+        const kit::Event* const event = kit::findEvent(message.method);
+        ASSERT_NE(event, nullptr);
+        // Whatever a scenario looks at, no field is left out and none is added.
+        std::vector<std::string> tags;
+        std::vector<std::string> sent;
+        for (const kit::Field& field : event->arguments)
+            if (*field.tag != '\0')
+                tags.push_back(field.tag);
+        for (const kit::Message::Element& element : message.elements)
+            sent.push_back(element.tag);
+        EXPECT_EQ(sent, tags);
+        if (blank == std::string::npos)
+            return;
+        for (const auto& [name, value] : valuesOf(expected.substr(blank + 1)))
+        {
+            const kit::Field* found = nullptr;
+            for (const kit::Field& field : event->arguments)
+                if (name == field.argument || (*field.tag != '\0' && name == field.tag))
+                    found = &field;
+            ASSERT_NE(found, nullptr) << "no field " << name;
+            const std::string* const got =
+                found->kind == kit::Kind::payload ? &message.payload : message.find(found->tag);
+            ASSERT_NE(got, nullptr) << name;
+            EXPECT_EQ(kit::toPeople(*found, *got), value) << name;
+        }
+    }
+
+    void expectQuiet()
+    {
+        for (const std::string& event : events_)
+            ADD_FAILURE() << "not expected: " << event;
+        for (const std::string& complaint : complaints_)
+            ADD_FAILURE() << "not expected: " << complaint;
+        events_.clear();
+        complaints_.clear();
+    }
 
     kit::SimulatedService service_;
-    int client_;
     std::deque<std::string> events_;
     std::deque<std::string> complaints_;
+    int client_;
 };
 
 #endif

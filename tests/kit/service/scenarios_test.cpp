@@ -184,11 +184,8 @@ const Row rows[] = {
         : CallRetrievedEvent callId=1
         : FeatureSuccessEvent callId=1 feature=alternate)"},
     {"ConsultationAndAttendedTransfer", R"(
-        * call 1001 from 4711
-        : IncomingCallEvent
-        : CallStateChangeEvent
-        answerCall line=1001 callId=1
-        : CallStateChangeEvent callState=connected
+        ~ * call 1001 from 4711
+        ~ answerCall line=1001 callId=1
         consultationCall line=1001 callId=1 destination=2001
         : CallStateChangeEvent callId=1 callState=held
         : CallHeldEvent callId=1
@@ -206,11 +203,8 @@ const Row rows[] = {
         : FeatureSuccessEvent callId=2 feature=attendedTransfer
         * show calls -> no calls)"},
     {"BlindTransferAndWhatPreventsIt", R"(
-        * call 1001 from 4711
-        : IncomingCallEvent
-        : CallStateChangeEvent
-        answerCall line=1001 callId=1
-        : CallStateChangeEvent callState=connected
+        ~ * call 1001 from 4711
+        ~ answerCall line=1001 callId=1
         blindTransferCall line=1001 callId=1 destination=2002 -> sfiFailure
         : FeatureFailedEvent callId=1 feature=blindTransfer featureFailure=busy
         ! BlindTransfer: 2002 is busy
@@ -223,17 +217,9 @@ const Row rows[] = {
         : CallStateChangeEvent lineId=1002 callId=2 callState=offered
         : FeatureSuccessEvent callId=1 feature=blindTransfer)"},
     {"Conference", R"(
-        * call 1001 from 4711
-        : IncomingCallEvent
-        : CallStateChangeEvent
-        answerCall line=1001 callId=1
-        : CallStateChangeEvent callState=connected
-        consultationCall line=1001 callId=1 destination=2001
-        : CallStateChangeEvent
-        : CallHeldEvent
-        : CallStateChangeEvent
-        : CallStateChangeEvent
-        : FeatureSuccessEvent
+        ~ * call 1001 from 4711
+        ~ answerCall line=1001 callId=1
+        ~ consultationCall line=1001 callId=1 destination=2001
         * advance 2s
         : CallStateChangeEvent callId=2 callState=connected
         conferenceCall line=1001 activeCall=2 heldCall=1 feature=conference
@@ -348,7 +334,8 @@ const Row rows[] = {
         * call 1001 from 4711 -> not put through: doNotDisturb
         : IncomingCallMissedEvent lineId=1001 uri=sip:4711 reason=doNotDisturb
         getDoNotDisturb deviceId=1009 -> sfiFailure
-        ! GetDoNotDisturb: no line "1009", did you mean 1001?)"},
+        ! GetDoNotDisturb: no line "1009", did you mean 1001?
+        * show log -> GetDoNotDisturb: no line "1009", did you mean 1001?)"},
     {"CallBackOnBusy", R"(
         outgoingCallMake line=1001 callId=1 destination=2002
         : CallStateChangeEvent callState=initiated
@@ -445,12 +432,8 @@ const Row rows[] = {
     {"CallBacksCancelled", R"(
         cancelCallbacks line=1001 uri=2002 cancelCallBackType=one -> sfiFailure
         ! CancelCallbacks: line 1001 has no call-back for "2002"
-        outgoingCallMake line=1001 callId=1 destination=2002
-        : CallStateChangeEvent
-        : CallStateChangeEvent callState=failed
-        activateCallbackBusy line=1001 callId=1
-        : callCompletionEvent
-        : FeatureSuccessEvent
+        ~ outgoingCallMake line=1001 callId=1 destination=2002
+        ~ activateCallbackBusy line=1001 callId=1
         cancelCallbacks line=1001 callId=1 uri=sip:2002 cancelCallBackType=one displayOutcomeCallUI=false
         : callCompletionEvent uri=sip:2002 callCompletionState=cancelled displayOutcomeCallUI=false
         activateCallbackBusy line=1001 callId=1
@@ -504,7 +487,8 @@ const Row rows[] = {
         : serverFeatureStatusEvent lineURI=1002 status=initialized
         InitializeOrFinalizeServerFeatures line=1002 initialize=false
         : serverFeatureStatusEvent lineURI=1002 status=finalized
-        processSignallingComponentEvent data=REINVITE)"},
+        processSignallingComponentEvent data=REINVITE
+        * show system -> sfiServiceInService, system status DEGRADED (backup), microphone mute, associated calls off, signalling data of 8 bytes, clock at 0 s)"},
     {"CstaPeer", R"(
         SendCSTARequest line=1001 cstaRequest=<MakeCall/>
         : b2buaCSTAResponse lineURI=1001 success=true cstaResponse=<MakeCall/>
@@ -588,11 +572,8 @@ const Row rows[] = {
         : IncomingCallMissedEvent reason=noAnswer
         : CallStateChangeEvent callState=cleared reason=noAnswer)"},
     {"SecurityAndRecording", R"(
-        * call 1001 from 4711
-        : IncomingCallEvent
-        : CallStateChangeEvent
-        answerCall line=1001 callId=1
-        : CallStateChangeEvent
+        ~ * call 1001 from 4711
+        ~ answerCall line=1001 callId=1
         makeSecurityChangeReinvite line=1001 callId=1 forceFlag=false
         : securityStatusChanged lineURI=1001 callId=1 securityStatus=encrypted callIdsRecorded= callLineURIsRecorded=
         : FeatureSuccessEvent feature=security
@@ -606,11 +587,8 @@ const Row rows[] = {
         * secure state open
         : securityStatusChanged securityStatus=open callIdsRecorded=)"},
     {"PreemptionAndImpact", R"(
-        * call 1001 from 4711
-        : IncomingCallEvent
-        : CallStateChangeEvent
-        answerCall line=1001 callId=1
-        : CallStateChangeEvent
+        ~ * call 1001 from 4711
+        ~ answerCall line=1001 callId=1
         * impact call-level medium local-level low
         : impactLevelChanged lineURI=1001 callId=1 ilCallLevel=medium ilLocalLevel=low
         * call 1001 from 4712 priority flash
