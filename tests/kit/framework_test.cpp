@@ -1,6 +1,7 @@
 // The stand-in framework over a connection that does what the test tells it.
 #include "kit/framework/Framework.h"
 
+#include "Complaint.h"
 #include "FakeConnection.h"
 
 #include "framework/Logging.h"
@@ -23,6 +24,7 @@ using kit::Delivery;
 using kit::EventRecorder;
 using kit::Framework;
 using kit::Passage;
+using kit::test::complaintOf;
 using kit::test::FakeConnection;
 using kit::test::FakeService;
 using std::chrono::milliseconds;
@@ -504,15 +506,7 @@ TEST_F(FrameworkTest, ManyThreadsMayCallWhileEventsArrive)
 /// Why the library cannot be used.
 std::string refusal(const std::string& path)
 {
-    try
-    {
-        const kit::Library library(path);
-    }
-    catch (const kit::LibraryError& error)
-    {
-        return error.what();
-    }
-    return "nothing";
+    return complaintOf<kit::LibraryError>([&] { const kit::Library library(path); });
 }
 
 TEST(LibraryFile, SaysWhyItCannotBeUsed)

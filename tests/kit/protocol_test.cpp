@@ -1,5 +1,6 @@
 // The protocol is written twice: in the library, and in the kit's table. Here each is held against
 // the other, for every operation and every event.
+#include "Complaint.h"
 #include "kit/framework/Caller.h"
 #include "kit/protocol/Lists.h"
 #include "kit/protocol/Protocol.h"
@@ -431,18 +432,11 @@ TEST(Nearest, FindsWhatWasMeant)
         EXPECT_EQ(kit::nearest(word, tags), meant) << word;
 }
 
-/// The text of the std::invalid_argument that building throws.
+/// What building says of a value.
 std::string complaint(const char* method, const Values& values)
 {
-    try
-    {
-        kit::eventText(*kit::findEvent(method), values);
-    }
-    catch (const std::invalid_argument& problem)
-    {
-        return problem.what();
-    }
-    return "nothing";
+    return kit::test::complaintOf<std::invalid_argument>(
+        [&] { kit::eventText(*kit::findEvent(method), values); });
 }
 
 TEST(Building, TakesNamesAndNumbers)

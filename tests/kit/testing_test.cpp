@@ -1,4 +1,5 @@
 // The helpers for applications' tests.
+#include "Complaint.h"
 #include "FakeConnection.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Framework.h"
@@ -25,6 +26,7 @@ namespace
 
 using kit::Delivery;
 using kit::Fault;
+using kit::test::complaintOf;
 using kit::test::FakeConnection;
 using kit::test::FakeService;
 using std::chrono::milliseconds;
@@ -34,21 +36,6 @@ using testing::ElementsAre;
 using testing::Field;
 using testing::HasSubstr;
 using testing::Return;
-
-/// What an std::invalid_argument says that the action throws.
-template <typename Action>
-std::string complaint(Action action)
-{
-    try
-    {
-        action();
-    }
-    catch (const std::invalid_argument& problem)
-    {
-        return problem.what();
-    }
-    return "nothing";
-}
 
 TEST(RecordingChannelTest, AnswersAsScripted)
 {
@@ -102,9 +89,10 @@ TEST(RecordingChannelTest, RecordsWhatIsSent)
 TEST(RecordingChannelTest, AMisspeltNameIsNotTaken)
 {
     kit::RecordingChannel channel;
-    EXPECT_EQ(complaint([&] { channel.answer("answercall", ""); }),
+    EXPECT_EQ(complaintOf<std::invalid_argument>([&] { channel.answer("answercall", ""); }),
               "there is no request answercall, did you mean AnswerCall?");
-    EXPECT_EQ(complaint([&] { channel.requests("Bananas"); }), "there is no request Bananas");
+    EXPECT_EQ(complaintOf<std::invalid_argument>([&] { channel.requests("Bananas"); }),
+              "there is no request Bananas");
 }
 
 TEST(EventInjectorTest, SendsFieldsAndTextsOfAnyKind)
@@ -139,18 +127,19 @@ TEST(EventInjectorTest, SaysWhatIsWrong)
         void init(Context&) override {}
         void shutdown() override {}
     } plain;
-    EXPECT_EQ(complaint([&] { kit::EventInjector injector(plain); }),
+    EXPECT_EQ(complaintOf<std::invalid_argument>([&] { kit::EventInjector injector(plain); }),
               "the subscriber does not implement CommunicationsServiceEventIfc");
     kit::EventRecorder events;
     kit::EventInjector injector(events);
-    EXPECT_EQ(complaint([&] { injector.inject("CallHeldEvnt"); }),
+    EXPECT_EQ(complaintOf<std::invalid_argument>([&] { injector.inject("CallHeldEvnt"); }),
               "there is no event CallHeldEvnt, did you mean CallHeldEvent?");
-    EXPECT_EQ(complaint(
+    EXPECT_EQ(complaintOf<std::invalid_argument>(
                   [&] {
                       injector.inject("CallHeldEvent", {{"calId", "1"}});
                   }),
               "unknown field calId in CallHeldEvent, did you mean callId?");
-    EXPECT_EQ(complaint([&] { injector.injectWithout({"line"}, "CallHeldEvent"); }),
+    EXPECT_EQ(complaintOf<std::invalid_argument>(
+                  [&] { injector.injectWithout({"line"}, "CallHeldEvent"); }),
               "unknown field line in CallHeldEvent, did you mean lineId?");
 }
 
@@ -191,9 +180,9 @@ TEST(EventRecorderTest, TellsTheNearestEventAndWhatDiffers)
               "FeatureSuccessEvent lineId=1001 callId=0 feature=retrieve (feature is retrieve)");
     EXPECT_THAT(events.waitFor("AgentStateEvent", {}, milliseconds(0)).problem,
                 HasSubstr("(it is CallHeldEvent)"));
-    EXPECT_EQ(complaint([&] { events.waitFor("CallHeld", {}); }),
+    EXPECT_EQ(complaintOf<std::invalid_argument>([&] { events.waitFor("CallHeld", {}); }),
               "there is no event CallHeld, did you mean CallHeldEvent?");
-    EXPECT_EQ(complaint(
+    EXPECT_EQ(complaintOf<std::invalid_argument>(
                   [&] {
                       events.waitFor("CallHeldEvent", {{"callId", "x"}});
                   }),
@@ -354,7 +343,8 @@ TEST_F(FaultTest, EventsAreSpoiltToo)
         EXPECT_EQ(events_, expected);
         events_.clear();
     }
-    EXPECT_EQ(complaint([&] { connection_.inject(Fault::empty, "DeviceChangedRequest"); }),
+    EXPECT_EQ(complaintOf<std::invalid_argument>(
+                  [&] { connection_.inject(Fault::empty, "DeviceChangedRequest"); }),
               "there is no request DeviceChangedRequest");
 }
 
@@ -444,15 +434,8 @@ TEST(ServiceProcessTest, StartsKillsAndRestarts)
 
 std::string refusal(const std::string& program)
 {
-    try
-    {
-        const kit::ServiceProcess process(program, {}, seconds(10));
-    }
-    catch (const std::runtime_error& error)
-    {
-        return error.what();
-    }
-    return "nothing";
+    return complaintOf<std::runtime_error>(
+        [&] { const kit::ServiceProcess process(program, {}, seconds(10)); });
 }
 
 TEST(ServiceProcessTest, SaysWhyItDoesNotRun)

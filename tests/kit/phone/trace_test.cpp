@@ -1,5 +1,7 @@
 // What is drawn and written down: traces, call flows; and what expectations say.
 
+#include "tests/kit/Complaint.h"
+
 #include "kit/phone/Expectation.h"
 #include "kit/phone/Labels.h"
 #include "kit/phone/Ladder.h"
@@ -237,15 +239,7 @@ TEST(Trace, SaysWhichLineIsWrongAndHow)
     for (const auto& row : rows)
     {
         std::istringstream file(toJson(event("x")) + "\n" + row.line + "\n");
-        try
-        {
-            readTrace(file, "t");
-            ADD_FAILURE() << row.line;
-        }
-        catch (const std::runtime_error& error)
-        {
-            EXPECT_STREQ(error.what(), row.error);
-        }
+        EXPECT_EQ(test::complaintOf<std::runtime_error>([&] { readTrace(file, "t"); }), row.error);
     }
 }
 
@@ -332,15 +326,9 @@ TEST(Expectation, IsReadWithItsTimeAndName)
         {"CallHeldEvent 12", "expect takes field=value, \"within TIME\" and \"as NAME\", not 12"},
     };
     for (const auto& row : rows)
-        try
-        {
-            expectation(row.text);
-            ADD_FAILURE() << row.text;
-        }
-        catch (const Mistake& mistake)
-        {
-            EXPECT_EQ(std::string(mistake.what()).rfind(row.mistake, 0), 0U) << mistake.what();
-        }
+        EXPECT_EQ(test::complaintOf<Mistake>([&] { expectation(row.text); }).rfind(row.mistake, 0),
+                  0U)
+            << row.text;
 }
 
 TEST(Expectation, SaysWhatWasNearestAndWhatDiffers)

@@ -57,6 +57,7 @@ inline kit::Values valuesOf(const std::string& text)
 class Scenario
 {
 public:
+    /// A phone whose lines are registered, with nothing of that left to expect.
     Scenario()
         : client_(service_.connect(
               [this](const std::string& channel, const std::string& event)
@@ -68,12 +69,7 @@ public:
         service_.setLog([this](const std::string& line) { complaints_.push_back(line); });
         EXPECT_EQ(service_.subscribe(client_, "<Method>Subscribe</Method>", "channel"),
                   "sfiSuccess");
-    }
-
-    /// A phone whose lines are registered, with nothing of that left to expect.
-    void activate()
-    {
-        ASSERT_EQ(service_.request(client_, "<Method>Activate</Method>"), "sfiSuccess");
+        EXPECT_EQ(service_.request(client_, "<Method>Activate</Method>"), "sfiSuccess");
         events_.clear();
     }
 

@@ -804,7 +804,6 @@ class ServiceScenario : public testing::TestWithParam<Row>
 TEST_P(ServiceScenario, runs)
 {
     Scenario scenario;
-    scenario.activate();
     scenario.run(GetParam().script);
 }
 

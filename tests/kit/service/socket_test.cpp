@@ -1,5 +1,7 @@
 // The socket: frames, several applications, silence, nonsense, and the process's options.
 
+#include "tests/kit/Complaint.h"
+
 #include "kit/framework/Frame.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
@@ -30,6 +32,7 @@ namespace
 using namespace std::chrono_literals;
 using kit::Delivery;
 using kit::Frame;
+using kit::test::complaintOf;
 
 const std::string activate = "<Method>Activate</Method>";
 
@@ -100,15 +103,8 @@ TEST(Frame, wrongHeadersAreNamed)
         kit::FrameReader reader;
         reader.append(wrong.header.data(), wrong.header.size());
         Frame frame;
-        try
-        {
-            reader.next(frame);
-            ADD_FAILURE() << wrong.name;
-        }
-        catch (const kit::FrameError& error)
-        {
-            EXPECT_STREQ(error.what(), wrong.complaint);
-        }
+        EXPECT_EQ(complaintOf<kit::FrameError>([&] { reader.next(frame); }), wrong.complaint)
+            << wrong.name;
     }
     EXPECT_THROW(
         kit::encodeFrame({Frame::post, 0, "", std::string(kit::maximumFrameContents + 1, 'x')}),
@@ -356,15 +352,8 @@ TEST_F(SocketService, serviceThatSendsNonsenseIsLeft)
 TEST_F(SocketService, noSecondServiceAtTheSamePlace)
 {
     kit::SimulatedService another;
-    try
-    {
-        const kit::SocketServer second(another, path);
-        ADD_FAILURE();
-    }
-    catch (const kit::ListenError& error)
-    {
-        EXPECT_EQ(error.what(), "cannot listen at " + path + ": another service listens there");
-    }
+    EXPECT_EQ(complaintOf<kit::ListenError>([&] { const kit::SocketServer second(another, path); }),
+              "cannot listen at " + path + ": another service listens there");
     std::string answer;
     EXPECT_EQ(kit::SocketConnection(path).request(activate, answer, 10s), Delivery::done);
 }
@@ -373,15 +362,8 @@ TEST(SocketConnection, saysWhyThereIsNone)
 {
     const auto complaint = [](const std::string& path)
     {
-        try
-        {
-            const kit::SocketConnection connection(path);
-            return std::string("connected");
-        }
-        catch (const kit::ConnectionError& error)
-        {
-            return std::string(error.what());
-        }
+        return complaintOf<kit::ConnectionError>([&]
+                                                 { const kit::SocketConnection connection(path); });
     };
     EXPECT_EQ(complaint(""), "the path of the service's socket is empty");
     EXPECT_EQ(complaint("/nowhere/s"), "no service at /nowhere/s: there is no such socket");
