@@ -33,17 +33,6 @@ struct Row
     char method[40];
     Match match;
     void (*run)(Ifc* subscriber, std::string& text);
-
-    /// The first bytes, which every row has, tell most rows apart at once.
-    bool matches(const char* name) const
-    {
-        if (std::memcmp(name, method, 8) != 0)
-            return false;
-        std::size_t length = 8;
-        while (method[length] != '\0' && name[length] == method[length])
-            ++length;
-        return method[length] == '\0' && (match == Match::prefix || name[length] == '\0');
-    }
 };
 
 void devicesChangedEvent(Ifc* subscriber, std::string&)
@@ -90,6 +79,24 @@ constexpr Row rows[] = {
 
 static_assert(sizeof rows / sizeof rows[0] == 28, "one row for each callback");
 
+/// The row that runs, or null: no name begins with another one, so there is one at most.
+const Row* rowOf(std::string_view method)
+{
+    if (method.size() < 8)
+        return nullptr;
+    for (const Row& row : rows)
+    {
+        // Every name is longer than this, and most differ here.
+        if (std::memcmp(method.data(), row.method, 8) != 0)
+            continue;
+        const std::string_view name(row.method);
+        if (method.substr(0, name.size()) == name &&
+            (row.match == Match::prefix || method.size() == name.size()))
+            return &row;
+    }
+    return nullptr;
+}
+
 std::string messageText(const char* message)
 {
     // The standard libraries word this differently; callers get one text everywhere.
@@ -111,6 +118,12 @@ struct Free
     void operator()(void* memory) const { std::free(memory); }
 };
 
+/// Not tested for null, on purpose.
+std::unique_ptr<char, Free> allocate(std::size_t size)
+{
+    return std::unique_ptr<char, Free>(static_cast<char*>(std::malloc(size)));
+}
+
 /// Copies a text as a C string: up to its first NUL, and terminated.
 void copyText(std::string_view text, char* to)
 {
@@ -131,13 +144,8 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
     if (events == nullptr)
         std::printf("CommunicationsServiceEventSvc == NULL");
 
-    // A copy: the pass-through handlers change the text, and the rows behind theirs are still tested.
-    // It has room for more than the longest row, and so for all that the rows can tell apart.
-    char method[64] = {};
-    EventFields(text).method().copy(method, sizeof method - 1);
-    for (const Row& row : rows)
-        if (row.matches(method))
-            row.run(events, text);
+    if (const Row* const row = rowOf(EventFields(text).method()))
+        row->run(events, text);
 
     if (response != nullptr)
         response->messageHandled();
@@ -146,18 +154,7 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
 void CommunicationsServiceEventInvoker::callStateChangeEvent(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
-    // The record's texts are copied without bounds, on purpose: a long one runs on into the fields
-    // behind it. Room for the longest that the message can hold, in the last field, keeps that inside
-    // this allocation, which is not tested for null.
-    const std::size_t longest = offsetof(CallPartyInfo, callingNumber) + text.size();
-    std::unique_ptr<char, Free> memory(
-        static_cast<char*>(std::malloc(std::max(longest, sizeof(CallPartyInfo)))));
-    char* const record = memory.get();
-    record[offsetof(CallPartyInfo, reservedText1)] = '\0';
-    record[offsetof(CallPartyInfo, reservedText2)] = '\0';
-    record[offsetof(CallPartyInfo, reservedText3)] = '\0';
-    record[offsetof(CallPartyInfo, reservedText4)] = '\0';
-    std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, sizeof(std::int32_t));
+    std::unique_ptr<char, Free> memory = allocate(sizeof(CallPartyInfo));
 
     const EventFields event(text);
     const std::string lineId = event.text("LineID");
@@ -179,6 +176,21 @@ void CommunicationsServiceEventInvoker::callStateChangeEvent(
     const int ilCallLevel = event.number("ILCallLevel");
     const int ilLocalLevel = event.number("ILLocalLevel");
 
+    // The record's texts are copied without bounds, on purpose: a long one runs on into the fields
+    // behind it. Room for the longest behind the record keeps that inside the allocation.
+    const std::size_t longest = std::max(
+        {callingNumber.size(), callingName.size(), calledNumber.size(), calledName.size()});
+    if (longest >= sizeof CallPartyInfo::callingNumber)
+    {
+        memory.reset();
+        memory = allocate(sizeof(CallPartyInfo) + longest);
+    }
+    char* const record = memory.get();
+    record[offsetof(CallPartyInfo, reservedText1)] = '\0';
+    record[offsetof(CallPartyInfo, reservedText2)] = '\0';
+    record[offsetof(CallPartyInfo, reservedText3)] = '\0';
+    record[offsetof(CallPartyInfo, reservedText4)] = '\0';
+    std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, sizeof(std::int32_t));
     copyText(callingNumber, record + offsetof(CallPartyInfo, callingNumber));
     copyText(callingName, record + offsetof(CallPartyInfo, callingName));
     copyText(calledNumber, record + offsetof(CallPartyInfo, calledNumber));
@@ -488,15 +500,15 @@ void CommunicationsServiceEventInvoker::securityStatusChanged(
     CommunicationsServiceEventIfc* subscriber, std::string& text)
 {
     const EventFields event(text);
+    const std::string lineURI = event.text("lineURI");
+    const int callId = event.number("callId");
+    const int securityStatus = event.number("securityStatus");
     // The framework decodes lists out of a text that it may change, so it gets a copy.
     std::string list = event.text("CallIDsRecorded");
     std::vector<int> callIdsRecorded;
     Serializer::deserialize(list, callIdsRecorded);
     list = event.text("CallLineURIsRecorded");
     std::vector<std::string> callLineURIsRecorded = Serializer::deserialize(list);
-    const std::string lineURI = event.text("lineURI");
-    const int callId = event.number("callId");
-    const int securityStatus = event.number("securityStatus");
     subscriber->onSecurityStatusChanged(lineURI,
                                         callId,
                                         securityStatus,

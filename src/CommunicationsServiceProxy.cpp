@@ -7,6 +7,8 @@
 #include "framework/Logging.h"
 #include "framework/MarloException.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 #include <string_view>
 
@@ -51,7 +53,7 @@ void CommunicationsServiceProxy::ask(const RequestText& request, std::string& re
 int CommunicationsServiceProxy::roundTrip(const RequestText& request)
 {
     std::string response;
-    ask(request, response);
+    requestChannel->sendRequest(request.str(), response);
     return getResult(response);
 }
 
@@ -82,8 +84,8 @@ int CommunicationsServiceProxy::deactivate(bool allowAutoActivate)
 int CommunicationsServiceProxy::callClear(const std::string& line, int callId, CSTAEventCause cause)
 {
     return roundTrip(RequestText("CallClearRequest")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .number("Cause", static_cast<int>(cause)));
 }
 
@@ -92,8 +94,8 @@ int CommunicationsServiceProxy::outgoingCallMake(const std::string& line, int ca
                                                  bool bridgeCall, bool callCompletionCall)
 {
     return roundTrip(RequestText("OutgoingCallMakeRequest")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .text("Destination", destination)
                          .flag("DSSDirectCall", dssDirectCall)
                          .flag("BridgeCall", bridgeCall)
@@ -102,55 +104,49 @@ int CommunicationsServiceProxy::outgoingCallMake(const std::string& line, int ca
 
 int CommunicationsServiceProxy::acceptCall(const std::string& line, int callId, bool autoAnswer)
 {
-    return roundTrip(RequestText("AcceptCall")
-                         .text("Line", line)
-                         .number("CallID", callId)
-                         .flag("AutoAnswer", autoAnswer));
+    return roundTrip(
+        RequestText("AcceptCall").line(line).callId(callId).flag("AutoAnswer", autoAnswer));
 }
 
 int CommunicationsServiceProxy::answerCall(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("AnswerCall").text("Line", line).number("CallID", callId));
+    return roundTrip(RequestText("AnswerCall").line(line).callId(callId));
 }
 
 int CommunicationsServiceProxy::deflectCall(const std::string& line, int callId,
                                             const char* destination)
 {
-    return roundTrip(RequestText("DeflectCall")
-                         .text("Line", line)
-                         .number("CallID", callId)
-                         .text("Destination", destination));
+    return roundTrip(
+        RequestText("DeflectCall").line(line).callId(callId).text("Destination", destination));
 }
 
 int CommunicationsServiceProxy::holdCall(const std::string& line, int callId,
                                          sfiFeature holdCallReason, bool manual)
 {
     return roundTrip(RequestText("HoldCall")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .number("HoldCallReason", holdCallReason)
                          .flag("Manual", manual));
 }
 
 int CommunicationsServiceProxy::retrieveCall(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("RetrieveCall").text("Line", line).number("CallID", callId));
+    return roundTrip(RequestText("RetrieveCall").line(line).callId(callId));
 }
 
 int CommunicationsServiceProxy::consultationCall(const std::string& line, int callId,
                                                  const char* destination)
 {
-    return roundTrip(RequestText("Consult")
-                         .text("Line", line)
-                         .number("CallID", callId)
-                         .text("Destination", destination));
+    return roundTrip(
+        RequestText("Consult").line(line).callId(callId).text("Destination", destination));
 }
 
 int CommunicationsServiceProxy::attendedTransferCall(const std::string& line, int activeCall,
                                                      int heldCall)
 {
     return roundTrip(RequestText("AttendedTransfer")
-                         .text("Line", line)
+                         .line(line)
                          .number("activeCall", activeCall)
                          .number("heldCall", heldCall));
 }
@@ -158,18 +154,16 @@ int CommunicationsServiceProxy::attendedTransferCall(const std::string& line, in
 int CommunicationsServiceProxy::blindTransferCall(const std::string& line, int callId,
                                                   const char* destination)
 {
-    return roundTrip(RequestText("BlindTransfer")
-                         .text("Line", line)
-                         .number("CallID", callId)
-                         .text("Destination", destination));
+    return roundTrip(
+        RequestText("BlindTransfer").line(line).callId(callId).text("Destination", destination));
 }
 
 int CommunicationsServiceProxy::refuseCall(const std::string& line, int callId,
                                            sfiRefuseCall refuseCallReason)
 {
     return roundTrip(RequestText("RefuseCall")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .number("RefuseCallReason", refuseCallReason));
 }
 
@@ -198,14 +192,14 @@ int CommunicationsServiceProxy::subscribe(Executable* subscriber)
 int CommunicationsServiceProxy::SendCSTARequest(const std::string& line,
                                                 const std::string& cstaRequest)
 {
-    return roundTrip(RequestText("SendCSTARequest").text("Line", line).payload(cstaRequest));
+    return roundTrip(RequestText("SendCSTARequest").line(line).payload(cstaRequest));
 }
 
 void CommunicationsServiceProxy::InitializeOrFinalizeServerFeatures(const std::string& line,
                                                                     bool initialize)
 {
     requestChannel->sendOneWay(RequestText("InitializeOrFinalizeServerFeatures")
-                                   .text("Line", line)
+                                   .line(line)
                                    .flag("initialize", initialize)
                                    .str());
 }
@@ -215,27 +209,25 @@ int CommunicationsServiceProxy::directedPickupCall(const std::string& line, int 
                                                    bool blfPickup)
 {
     return roundTrip(RequestText("DirectedPickupCall")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .text("CallToBePickedUp", callToBePickedUp)
                          .flag("BLFPickup", blfPickup));
 }
 
 int CommunicationsServiceProxy::groupPickupCall(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("GroupPickupCall").text("Line", line).number("CallID", callId));
+    return roundTrip(RequestText("GroupPickupCall").line(line).callId(callId));
 }
 
 int CommunicationsServiceProxy::activateCallbackRinging(const std::string& line, int callId)
 {
-    return roundTrip(
-        RequestText("ActivateCallbackRinging").text("Line", line).number("CallID", callId));
+    return roundTrip(RequestText("ActivateCallbackRinging").line(line).callId(callId));
 }
 
 int CommunicationsServiceProxy::activateCallbackBusy(const std::string& line, int callId)
 {
-    return roundTrip(
-        RequestText("ActivateCallbackBusy").text("Line", line).number("CallID", callId));
+    return roundTrip(RequestText("ActivateCallbackBusy").line(line).callId(callId));
 }
 
 int CommunicationsServiceProxy::cancelCallbacks(const std::string& line, int callId,
@@ -244,8 +236,8 @@ int CommunicationsServiceProxy::cancelCallbacks(const std::string& line, int cal
                                                 bool displayOutcomeCallUI)
 {
     return roundTrip(RequestText("CancelCallbacks")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .text("URI", uri)
                          .number("CancelCallBackType", cancelCallBackType)
                          .flag("DisplayOutcomeCallUI", displayOutcomeCallUI));
@@ -257,18 +249,16 @@ int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
     ask(RequestText("GetDevices"), response);
     if (response == "sfiFailure")
         return sfiFailure;
-    // An item reaches from each "<" to the next ">", also past another "<", on purpose. The ">" is
-    // searched anew only when it has been passed, so that many "<" without one cost no more.
-    std::size_t end = 0;
-    for (std::size_t open = response.find('<'); open != std::string::npos;
-         open = response.find('<', open + 1))
-    {
-        if (end <= open)
-            end = response.find('>', open);
-        if (end == std::string::npos)
-            break;
-        devices.emplace_back(response, open + 1, end - open - 1);
-    }
+    // An item reaches from each "<" to the next ">", also past another "<", on purpose.
+    const std::size_t last = response.rfind('>');
+    if (last == std::string::npos)
+        return sfiSuccess;
+    devices.reserve(devices.size() + static_cast<std::size_t>(std::count(
+                                         response.begin(),
+                                         response.begin() + static_cast<std::ptrdiff_t>(last),
+                                         '<')));
+    for (std::size_t open = response.find('<'); open < last; open = response.find('<', open + 1))
+        devices.emplace_back(response, open + 1, response.find('>', open) - open - 1);
     return sfiSuccess;
 }
 
@@ -296,7 +286,7 @@ int CommunicationsServiceProxy::getServiceState(sfiServiceState& state)
 int CommunicationsServiceProxy::setDoNotDisturb(const std::string& line, bool doNotDisturbOn)
 {
     return roundTrip(
-        RequestText("SetDoNotDisturb").text("Line", line).flag("doNotDisturbOn", doNotDisturbOn));
+        RequestText("SetDoNotDisturb").line(line).flag("doNotDisturbOn", doNotDisturbOn));
 }
 
 int CommunicationsServiceProxy::getDoNotDisturb(const std::string& deviceId, bool& doNotDisturbOn)
@@ -327,8 +317,7 @@ int CommunicationsServiceProxy::getMicrophoneMute(bool& muted)
 int CommunicationsServiceProxy::setAgentState(const std::string& line,
                                               const std::string& agentState)
 {
-    return roundTrip(
-        RequestText("SetAgentState").text("Line", line).text("agentState", agentState));
+    return roundTrip(RequestText("SetAgentState").line(line).text("agentState", agentState));
 }
 
 int CommunicationsServiceProxy::systemStatus(const char* systemStatus, const char* systemStatusInfo)
@@ -342,7 +331,7 @@ int CommunicationsServiceProxy::generateDigits(const std::string& line, int acti
                                                const char* digits)
 {
     return roundTrip(RequestText("GenerateDigits")
-                         .text("Line", line)
+                         .line(line)
                          .number("activeCall", activeCall)
                          .text("digits", digits));
 }
@@ -351,7 +340,7 @@ int CommunicationsServiceProxy::conferenceCall(const std::string& line, int acti
                                                int heldCall, sfiFeature feature)
 {
     return roundTrip(RequestText("ConferenceCall")
-                         .text("Line", line)
+                         .line(line)
                          .number("activeCall", activeCall)
                          .number("heldCall", heldCall)
                          .number("feature", feature));
@@ -371,14 +360,13 @@ void CommunicationsServiceProxy::RemoveConfParticipant(int callId,
 bool CommunicationsServiceProxy::getManualHoldIndication(const std::string& line, int callId)
 {
     std::string response;
-    ask(RequestText("getManualHoldIndication").text("Line", line).number("CallID", callId),
-        response);
+    ask(RequestText("getManualHoldIndication").line(line).callId(callId), response);
     return response == "true";
 }
 
 int CommunicationsServiceProxy::alternateCalls(const std::string& line)
 {
-    return roundTrip(RequestText("AlternateCalls").text("Line", line));
+    return roundTrip(RequestText("AlternateCalls").line(line));
 }
 
 int CommunicationsServiceProxy::getMessageWaitingIndicator(
@@ -411,18 +399,16 @@ int CommunicationsServiceProxy::setAssociatedCalls(bool associated)
 int CommunicationsServiceProxy::setLampMode(const std::string& line, const std::string& lampId,
                                             int lampMode)
 {
-    return roundTrip(RequestText("setLampMode")
-                         .text("Line", line)
-                         .text("lampId", lampId)
-                         .number("lampMode", lampMode));
+    return roundTrip(
+        RequestText("setLampMode").line(line).text("lampId", lampId).number("lampMode", lampMode));
 }
 
 int CommunicationsServiceProxy::makeSecurityChangeReinvite(const std::string& line, int callId,
                                                            bool forceFlag)
 {
     return roundTrip(RequestText("makeSecurityChangeReinvite")
-                         .text("Line", line)
-                         .number("CallID", callId)
+                         .line(line)
+                         .callId(callId)
                          .flag("forceFlag", forceFlag));
 }
 
@@ -432,7 +418,7 @@ int CommunicationsServiceProxy::setForwardingConfiguration(const std::string& li
                                                            int cfnrRingCount, bool forceTKVSUpdate)
 {
     return roundTrip(RequestText("setForwardingConfiguration")
-                         .text("Line", line)
+                         .line(line)
                          .number("fwType", fwType)
                          .flag("status", status)
                          .text("uri", uri)
@@ -458,7 +444,7 @@ void CommunicationsServiceProxy::setIsInServiceInitiatedState(const std::string&
 {
     requestChannel->sendOneWay(
         RequestText("setIsInServiceInitiatedState")
-            .text("Line", line)
+            .line(line)
             .text("IsInServiceInitiatedState", isInServiceInitiatedState ? "TRUE" : "FALSE")
             .str());
 }
@@ -474,7 +460,7 @@ void CommunicationsServiceProxy::callbackDOFeatureCallID(const std::string& call
 bool CommunicationsServiceProxy::isCallHoldPossible(const std::string& line)
 {
     std::string response;
-    ask(RequestText("isCallHoldPossible").text("Line", line), response);
+    ask(RequestText("isCallHoldPossible").line(line), response);
     return response == "true";
 }
 
@@ -489,5 +475,5 @@ void CommunicationsServiceProxy::sendUACSTAServerMessage(std::string& line,
                                                          std::string& serverMessage)
 {
     requestChannel->sendOneWay(
-        RequestText("SendUACSTAServerMessage").text("Line", line).payload(serverMessage).str());
+        RequestText("SendUACSTAServerMessage").line(line).payload(serverMessage).str());
 }

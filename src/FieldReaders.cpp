@@ -68,12 +68,13 @@ std::string_view EventFields::value(std::string_view tag) const
 
 std::string_view EventFields::search(std::string_view tag) const
 {
-    const std::size_t begin = index_.behindOpening(tag);
-    if (begin == TagIndex::npos)
+    const TagIndex::Place opening = index_.opening(tag);
+    if (opening.at == TagIndex::npos)
         return absent;
-    const std::size_t end = index_.closing(tag, begin);
+    const std::size_t end = index_.closing(tag, opening);
     if (end == TagIndex::npos)
         return absent;
+    const std::size_t begin = opening.at + tag.size() + 2;
     return std::string_view(index_.message()).substr(begin, end - begin);
 }
 
@@ -100,11 +101,13 @@ std::string_view AnswerFields::value(std::string_view tag) const
 
 std::string_view AnswerFields::search(std::string_view tag) const
 {
-    const std::size_t begin = index_.behindOpening(tag);
-    if (begin == TagIndex::npos)
+    const TagIndex::Place opening = index_.opening(tag);
+    if (opening.at == TagIndex::npos)
         return absent;
+    const std::size_t begin = opening.at + tag.size() + 2;
+    const std::size_t end = index_.closing(tag, TagIndex::front);
     // An end before the begin, or none, wraps round to a length beyond the message, on purpose.
-    return std::string_view(index_.message()).substr(begin, index_.closing(tag, 0) - begin);
+    return std::string_view(index_.message()).substr(begin, end - begin);
 }
 
 std::string AnswerFields::text(std::string_view tag) const

@@ -1,63 +1,93 @@
 #include "RequestText.h"
 
+#include <cassert>
 #include <charconv>
 
 namespace
 {
 
-/// memcpy for the short pieces that a request is made of: two copies of a fixed length, which may
-/// overlap, cost less than a call.
-inline char* put(char* to, const char* from, std::size_t length)
+constexpr std::size_t longestShortValue = 64;
+constexpr std::size_t longestNumber = 11;  // -2147483648
+
+/// memcpy for what mostly is 8 to 32 bytes long: two copies of a fixed length, which may overlap,
+/// cost less than a call.
+void copy(char* to, const char* from, std::size_t length)
 {
-    if (length >= 16 && length <= 32)
+    if (length < 8 || length > 32)
+        std::memcpy(to, from, length);
+    else if (length > 16)
     {
         std::memcpy(to, from, 16);
         std::memcpy(to + length - 16, from + length - 16, 16);
     }
-    else if (length >= 8 && length < 16)
+    else
     {
         std::memcpy(to, from, 8);
         std::memcpy(to + length - 8, from + length - 8, 8);
     }
-    else if (length >= 4 && length < 8)
-    {
-        std::memcpy(to, from, 4);
-        std::memcpy(to + length - 4, from + length - 4, 4);
-    }
-    else if (length == 1)
-        *to = *from;
-    else
-        std::memcpy(to, from, length);
-    return to + length;
 }
 
 }  // namespace
 
+RequestText::RequestText(const char* method, std::size_t length) : at_(room_)
+{
+    opening("Method");
+    put(method, length);
+    closing("Method");
+}
+
+RequestText& RequestText::line(const std::string& value)
+{
+    return text("Line", value);
+}
+
+RequestText& RequestText::callId(int value)
+{
+    return number("CallID", value);
+}
+
+void RequestText::put(const char* value, std::size_t length)
+{
+    if (length <= longestShortValue)
+    {
+        copy(at_, value, length);
+        at_ += length;
+    }
+    else
+        longValues_[longCount_++] = {static_cast<std::size_t>(at_ - room_), value, length};
+}
+
+void RequestText::put(int value)
+{
+    at_ = std::to_chars(at_, at_ + longestNumber, value).ptr;
+}
+
+void RequestText::putOrCut(const char* value)
+{
+    if (value != nullptr)
+        put(value, std::strlen(value));
+    else if (cut_ == nullptr)
+        cut_ = at_;
+}
+
 std::string RequestText::str() const
 {
-    std::size_t longest = payload_ != nullptr ? payload_->size() : 0;
-    for (std::size_t i = 0; i < count_; ++i)
-        longest += 2 * fields_[i].tagLength + fields_[i].length + 5;
-    std::string text(longest, '\0');
-    char* to = &text[0];
-    for (std::size_t i = 0; i < count_; ++i)
+    assert(at_ <= room_ + sizeof room_);
+    const std::size_t end = static_cast<std::size_t>((cut_ != nullptr ? cut_ : at_) - room_);
+    if (longCount_ == 0)
+        return std::string(room_, end);
+    std::size_t length = end;
+    for (std::size_t i = 0; i < longCount_; ++i)
+        length += longValues_[i].length;
+    std::string text;
+    text.reserve(length);
+    std::size_t from = 0;
+    for (std::size_t i = 0; i < longCount_ && longValues_[i].place <= end; ++i)
     {
-        const Field& field = fields_[i];
-        *to++ = '<';
-        to = put(to, field.tag, field.tagLength);
-        *to++ = '>';
-        if (field.kind == Kind::cut)
-            break;
-        if (field.kind == Kind::number)
-            to = std::to_chars(to, to + longestNumber, field.number).ptr;
-        else
-            to = put(to, field.value, field.length);
-        *to++ = '<';
-        *to++ = '/';
-        to = put(to, field.tag, field.tagLength);
-        *to++ = '>';
+        text.append(room_ + from, longValues_[i].place - from);
+        text.append(longValues_[i].value, longValues_[i].length);
+        from = longValues_[i].place;
     }
-    to += payload_ != nullptr ? payload_->copy(to, payload_->size()) : 0;
-    text.resize(static_cast<std::size_t>(to - &text[0]));
+    text.append(room_ + from, end - from);
     return text;
 }

@@ -1,5 +1,6 @@
 #include "TagIndex.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 
@@ -20,19 +21,20 @@ std::uint64_t eight(const char* bytes)
     return value;
 }
 
-/// memcmp for names, which are short: two comparisons of a fixed length, which may overlap, cost
-/// less than a call.
+/// memcmp for names: comparisons of a fixed length, which may overlap, cost less than a call.
 inline bool same(const char* left, const char* right, std::size_t length)
 {
-    if (length > 16)
-        return std::memcmp(left, right, length) == 0;
+    assert(length >= 3 && length <= 32);
     const char* const leftEnd = left + length;
     const char* const rightEnd = right + length;
-    if (length >= 8)
-        return eight(left) == eight(right) && eight(leftEnd - 8) == eight(rightEnd - 8);
-    if (length >= 4)
+    if (length < 4)
+        return left[0] == right[0] && left[1] == right[1] && left[2] == right[2];
+    if (length < 8)
         return four(left) == four(right) && four(leftEnd - 4) == four(rightEnd - 4);
-    return left[0] == right[0] && left[1] == right[1] && left[2] == right[2];
+    if (length > 16 &&
+        (eight(left + 8) != eight(right + 8) || eight(leftEnd - 16) != eight(rightEnd - 16)))
+        return false;
+    return eight(left) == eight(right) && eight(leftEnd - 8) == eight(rightEnd - 8);
 }
 
 /// Whether the tag's name and its ">" stand at `name`.
@@ -42,15 +44,29 @@ inline bool isTagAt(const char* name, const char* end, std::string_view tag)
            same(name, tag.data(), tag.size());
 }
 
-/// The next "<", or the end. Most values are so short that a call costs more than looking.
+/// Whether the tag's end stands at `bracket`.
+inline bool isClosingAt(const char* bracket, const char* end, std::string_view tag)
+{
+    return bracket[0] == '<' && bracket[1] == '/' && isTagAt(bracket + 2, end, tag);
+}
+
+/// The next "<", or the end. Values are so short that looking at eight bytes at once beats memchr.
 inline const char* nextBracket(const char* at, const char* end)
 {
-    if (end - at > 4)
-        for (int looks = 0; looks < 4; ++looks, ++at)
-            if (*at == '<')
-                return at;
-    const void* const found = std::memchr(at, '<', static_cast<std::size_t>(end - at));
-    return found != nullptr ? static_cast<const char*>(found) : end;
+    constexpr bool firstByteIsLowest = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    for (; end - at >= 8; at += 8)
+    {
+        const std::uint64_t bytes = eight(at) ^ '<' * ones;  // 0 where a "<" stands
+        const std::uint64_t found = (bytes - ones) & ~bytes & 0x80 * ones;
+        if (found != 0 && firstByteIsLowest)
+            return at + __builtin_ctzll(found) / 8;
+        if (found != 0)
+            break;
+    }
+    while (at != end && *at != '<')
+        ++at;
+    return at;
 }
 
 /// Whether a tag may begin at this "<": a name and ">" follow.
@@ -63,11 +79,12 @@ bool canBeTag(const char* bracket)
     return *at == '>';
 }
 
-/// The first four bytes of a tag as they stand in a message.
-std::uint32_t head(std::string_view tag)
+constexpr std::ptrdiff_t shortestTag = 5;  // "<URI>"
+
+/// Which of the chains of notes one with this head is in.
+std::size_t chainOf(std::uint32_t head)
 {
-    const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
-    return four(bytes);
+    return head * 2654435761U >> 26;
 }
 
 }  // namespace
@@ -75,76 +92,67 @@ std::uint32_t head(std::string_view tag)
 std::string_view TagIndex::next(std::string_view tag)
 {
     // The text's own NUL stands behind its last byte, and ends a name at the latest.
-    const char* const end = message_.data() + message_.size();
-    if (*at_ != '<' || !isTagAt(at_ + 1, end, tag))
+    if (*at_ != '<' || !isTagAt(at_ + 1, end_, tag))
         return {};
-    const char* const value = at_ + tag.size() + 2;
-    const char* bracket = nextBracket(value, end);
-    while (bracket[0] != '<' || bracket[1] != '/' || !isTagAt(bracket + 2, end, tag))
+    const char* const bracket = nextBracket(at_ + tag.size() + 2, end_);
+    return isClosingAt(bracket, end_, tag) ? take(tag, bracket) : nextBehind(tag, bracket);
+}
+
+std::string_view TagIndex::nextBehind(std::string_view tag, const char* bracket)
+{
+    while (bracket != end_ && !canBeTag(bracket))
     {
-        if (bracket == end || canBeTag(bracket))
-            return {};
-        bracket = nextBracket(bracket + 1, end);
+        bracket = nextBracket(bracket + 1, end_);
+        if (isClosingAt(bracket, end_, tag))
+            return take(tag, bracket);
     }
+    return {};
+}
+
+inline std::string_view TagIndex::take(std::string_view tag, const char* bracket)
+{
     assert(message_.data() + message_.find("<" + std::string(tag) + ">") == at_);
+    const char* const value = at_ + tag.size() + 2;
     at_ = bracket + tag.size() + 3;
     return std::string_view(value, static_cast<std::size_t>(bracket - value));
 }
 
-std::size_t TagIndex::behindOpening(std::string_view tag)
+TagIndex::Place TagIndex::opening(std::string_view tag)
 {
     if (!isNoted_)
         note();
-    const std::uint32_t tagHead = head(tag);
-    for (std::size_t i = 0; i < openingCount_; ++i)
-        if (openings_[i].head == tagHead && isTag(openings_[i].name, tag))
-            return openings_[i].name + tag.size() + 1;
-    const std::size_t found = searchRest("<", tag, 0);
-    return found == npos ? npos : found + tag.size() + 2;
+    const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
+    const std::uint32_t head = four(bytes);
+    for (std::size_t i = chains_[chainOf(head)]; i != room; i = notes_[i].next)
+        if (notes_[i].head == head && isTagAt(notes_[i].at + 1, end_, tag))
+            return {position(notes_[i].at), i + 1};
+    return {searchRest("<", tag, 0), noteCount_};
 }
 
-std::size_t TagIndex::closing(std::string_view tag, std::size_t from)
+std::size_t TagIndex::closing(std::string_view tag, const Place& from) const
 {
-    if (!isNoted_)
-        note();
-    const std::uint32_t tagHead = head(tag);
-    for (std::size_t i = 0; i < closingCount_; ++i)
-        if (closings_[i].head == tagHead && closings_[i].name >= from + 2 &&
-            isTag(closings_[i].name, tag))
-            return closings_[i].name - 2;
-    return searchRest("</", tag, from);
+    for (std::size_t i = from.note; i < noteCount_; ++i)
+        if (isClosingAt(notes_[i].at, end_, tag))
+            return position(notes_[i].at);
+    return searchRest("</", tag, from.at);
 }
 
 void TagIndex::note()
 {
     isNoted_ = true;
-    const char* const begin = message_.data();
-    const char* const end = begin + message_.size();
-    const char* at = begin;
-    while (at != end)
+    const char* at = nextBracket(at_, end_);
+    for (; end_ - at >= shortestTag && noteCount_ < room; at = nextBracket(at + 1, end_))
+        notes_[noteCount_++] = {at, four(at + 1), room};
+    if (end_ - at >= shortestTag)
+        rest_ = position(at);
+    // From the last to the first, so that each chain begins with its first.
+    std::fill(std::begin(chains_), std::end(chains_), room);
+    for (std::size_t i = noteCount_; i-- > 0;)
     {
-        at = static_cast<const char*>(std::memchr(at, '<', static_cast<std::size_t>(end - at)));
-        if (at == nullptr)
-            return;
-        const bool isClosing = at[1] == '/';  // the text's own NUL stands behind its last byte
-        const char* const name = at + (isClosing ? 2 : 1);
-        if (end - name < 4)
-            return;  // too short for any tag
-        std::size_t& count = isClosing ? closingCount_ : openingCount_;
-        if (count == room)
-        {
-            rest_ = static_cast<std::size_t>(at - begin);
-            return;
-        }
-        Note* const notes = isClosing ? closings_ : openings_;
-        notes[count++] = {static_cast<std::size_t>(name - begin), four(name)};
-        at = name;
+        std::uint8_t& first = chains_[chainOf(notes_[i].head)];
+        notes_[i].next = first;
+        first = static_cast<std::uint8_t>(i);
     }
-}
-
-bool TagIndex::isTag(std::size_t name, std::string_view tag) const
-{
-    return isTagAt(message_.data() + name, message_.data() + message_.size(), tag);
 }
 
 std::size_t TagIndex::searchRest(std::string_view bracket, std::string_view tag,
@@ -152,8 +160,8 @@ std::size_t TagIndex::searchRest(std::string_view bracket, std::string_view tag,
 {
     if (rest_ == npos)
         return npos;
-    std::size_t at = message_.find(bracket, from > rest_ ? from : rest_);
-    while (at != npos && !isTag(at + bracket.size(), tag))
+    std::size_t at = message_.find(bracket, std::max(from, rest_));
+    while (at != npos && !isTagAt(message_.data() + at + bracket.size(), end_, tag))
         at = message_.find(bracket, at + 1);
     return at;
 }

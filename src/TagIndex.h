@@ -15,18 +15,22 @@
 /// or, inside a value, nothing that can be a tag, as in "<sip:1001@example.com>". So no tag of
 /// another name occurs there: what stands next is the first of its name, and so is its end tag.
 ///
-/// For the other fields one pass notes each "<" with the bytes behind it, in order, which loses no
-/// occurrence, also none inside a value or of a tag that is never closed. The room for notes is
+/// For the other fields one pass over what is left notes each "<" with the bytes behind it, in order,
+/// which loses no occurrence, also none inside a value or of a tag that is never closed. Notes with
+/// the same bytes are chained, in order too, so that few have to be looked at. The room for notes is
 /// fixed; from the first "<" that finds none on, the message is searched as it stands.
 ///
-/// Tag names are literals of three or more letters, digits and "_", given without brackets. The
-/// message must outlive the index, unchanged.
+/// Ask for each tag once. Tag names are literals of 3 to 32 letters, digits and "_", given without
+/// brackets. The message must outlive the index, unchanged.
 class TagIndex
 {
 public:
     static constexpr std::size_t npos = std::string::npos;
 
-    explicit TagIndex(const std::string& message) : message_(message), at_(message.data()) {}
+    explicit TagIndex(const std::string& message)
+        : message_(message), at_(message.data()), end_(at_ + message.size())
+    {
+    }
 
     TagIndex(const TagIndex&) = delete;
     TagIndex& operator=(const TagIndex&) = delete;
@@ -34,36 +38,52 @@ public:
     const std::string& message() const { return message_; }
 
     /// Value of the tag if its element stands right behind those that this function has found, and
-    /// a null view otherwise. It must not have been found before: ask for each tag once.
+    /// a null view otherwise.
     std::string_view next(std::string_view tag);
 
-    /// Position behind the first "<tag>", or npos.
-    std::size_t behindOpening(std::string_view tag);
+    /// Where a tag begins, npos when there is none, and how many notes reach up to there.
+    struct Place
+    {
+        std::size_t at;
+        std::size_t note;
+    };
 
-    /// Position of the first "</tag>" at or behind `from`, or npos.
-    std::size_t closing(std::string_view tag, std::size_t from);
+    /// Before all tags.
+    static constexpr Place front = {0, 0};
+
+    /// The first "<tag>".
+    Place opening(std::string_view tag);
+
+    /// Position of the first "</tag>" behind `from`, or npos. Call opening() first.
+    std::size_t closing(std::string_view tag, const Place& from) const;
 
 private:
+    std::string_view nextBehind(std::string_view tag, const char* bracket);
+    std::string_view take(std::string_view tag, const char* bracket);
     void note();
-    bool isTag(std::size_t name, std::string_view tag) const;
     std::size_t searchRest(std::string_view bracket, std::string_view tag, std::size_t from) const;
+    std::size_t position(const char* at) const
+    {
+        return static_cast<std::size_t>(at - message_.data());
+    }
 
-    static constexpr std::size_t room = 40;
+    static constexpr std::uint8_t room = 80;
 
     struct Note
     {
-        std::size_t name;    ///< position behind "<" or "</"
-        std::uint32_t head;  ///< the four bytes there
+        const char* at;      ///< of the "<"
+        std::uint32_t head;  ///< the four bytes behind it
+        std::uint8_t next;   ///< note of the same chain; room when there is none
     };
 
     const std::string& message_;
     const char* at_;  ///< end of the elements found by next()
+    const char* const end_;
     bool isNoted_ = false;
-    std::size_t openingCount_ = 0;
-    std::size_t closingCount_ = 0;
+    std::size_t noteCount_ = 0;
     std::size_t rest_ = npos;  ///< first "<" without a note
-    Note openings_[room];
-    Note closings_[room];
+    Note notes_[room];
+    std::uint8_t chains_[64];  ///< first note of each; room when there is none
 };
 
 #endif

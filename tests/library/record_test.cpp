@@ -138,7 +138,7 @@ TEST_F(RecordTest, TextsOfAnyLengthRunOnInTheOrderOfCopyingAndStayInside)
             called = true;
             ASSERT_EQ(info, watched);
             EXPECT_GE(watchedSize, sizeof(CallPartyInfo));
-            EXPECT_EQ(releases, 0);
+            EXPECT_EQ(releases, allocations - 1) << "one record at a time";
             EXPECT_TRUE(isIntact());
             const std::vector<unsigned char> expected = model(each, watchedSize);
             EXPECT_EQ(std::memcmp(info, expected.data(), watchedSize), 0);
@@ -150,8 +150,7 @@ TEST_F(RecordTest, TextsOfAnyLengthRunOnInTheOrderOfCopyingAndStayInside)
         allocations = releases = 0;
         deliver(message(each));
         EXPECT_TRUE(called);
-        EXPECT_EQ(allocations, 1);
-        EXPECT_EQ(releases, 1);
+        EXPECT_EQ(releases, allocations);
         if (HasFailure())
             FAIL() << each[0] << " " << each[1] << " " << each[2] << " " << each[3];
     }

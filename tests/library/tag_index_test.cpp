@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -16,11 +17,14 @@ std::string valueOf(const std::string& inside)
     const std::string message = "<LineID>" + inside + "</LineID><CallID>12</CallID>";
     TagIndex index(message);
     const std::string_view value = index.next("LineID");
+    const TagIndex::Place callId = index.opening("CallID");
+    EXPECT_EQ(callId.at, message.find("<CallID>"));
+    EXPECT_EQ(index.closing("CallID", callId), message.find("</CallID>"));
     // The search has to agree with what was found, or answer where nothing was.
-    const std::size_t begin = index.behindOpening("LineID");
-    EXPECT_EQ(begin, 8u);
-    EXPECT_EQ(index.closing("LineID", begin), message.find("</LineID>", begin));
-    EXPECT_EQ(index.behindOpening("CallID"), message.find("<CallID>") + 8);
+    TagIndex search(message);
+    const TagIndex::Place lineId = search.opening("LineID");
+    EXPECT_EQ(lineId.at, 0u);
+    EXPECT_EQ(search.closing("LineID", lineId), message.find("</LineID>"));
     if (value.data() == nullptr)
         return "none";
     EXPECT_EQ(value.data(), message.data() + 8);
@@ -113,24 +117,32 @@ TEST(TagIndexTest, AnElementWithoutItsEndIsNotNext)
     }
 }
 
+/// Where the search finds the first opening and the first closing of a tag.
+std::pair<std::size_t, std::size_t> search(const std::string& message, const std::string& tag)
+{
+    TagIndex index(message);
+    const std::size_t opening = index.opening(tag).at;
+    return {opening, index.closing(tag, TagIndex::front)};
+}
+
 TEST(TagIndexTest, EachByteOfANameCounts)
 {
+    const std::pair<std::size_t, std::size_t> nowhere(TagIndex::npos, TagIndex::npos);
     const std::string letters = "abcdefghijklmnopqrstuvwxyz";
     for (std::size_t length = 3; length <= letters.size(); ++length)
     {
         const std::string tag = letters.substr(0, length);
         const std::string message = "<" + tag + ">1</" + tag + ">";
         EXPECT_EQ(TagIndex(message).next(tag), "1") << tag;
-        EXPECT_EQ(TagIndex(message).behindOpening(tag), length + 2) << tag;
-        EXPECT_EQ(TagIndex(message).closing(tag, 0), length + 3) << tag;
+        EXPECT_EQ(search(message, tag), (std::pair<std::size_t, std::size_t>(0, length + 3)))
+            << tag;
         for (std::size_t i = 0; i < length; ++i)
         {
             std::string other = tag;
             other[i] = 'X';
             const std::string changed = "<" + other + ">1</" + other + ">";
             EXPECT_EQ(TagIndex(changed).next(tag).data(), nullptr) << other;
-            EXPECT_EQ(TagIndex(changed).behindOpening(tag), TagIndex::npos) << other;
-            EXPECT_EQ(TagIndex(changed).closing(tag, 0), TagIndex::npos) << other;
+            EXPECT_EQ(search(changed, tag), nowhere) << other;
             const std::string half = "<" + tag + ">1</" + other + ">";
             EXPECT_EQ(TagIndex(half).next(tag).data(), nullptr) << other;
         }
