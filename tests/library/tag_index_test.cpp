@@ -149,4 +149,13 @@ TEST(TagIndexTest, EachByteOfANameCounts)
     }
 }
 
+TEST(TagIndexTest, AnEndTagIsSearchedFromThePlaceAskedFor)
+{
+    const std::string message = "<URI>1</URI><URI>2</URI>";
+    TagIndex index(message);
+    EXPECT_EQ(index.closing("URI", 6), 6u);
+    EXPECT_EQ(index.closing("URI", 7), 18u);
+    EXPECT_EQ(index.closing("Name", 0), TagIndex::npos);
+}
+
 }  // namespace
