@@ -151,11 +151,13 @@ TEST(TagIndexTest, EachByteOfANameCounts)
 
 TEST(TagIndexTest, AnEndTagIsSearchedFromThePlaceAskedFor)
 {
-    const std::string message = "<URI>1</URI><URI>2</URI>";
+    const std::string message = "</URI><URI>1</URI>";
     TagIndex index(message);
-    EXPECT_EQ(index.closing("URI", 6), 6u);
-    EXPECT_EQ(index.closing("URI", 7), 18u);
-    EXPECT_EQ(index.closing("Name", 0), TagIndex::npos);
+    const TagIndex::Place opening = index.opening("URI");
+    EXPECT_EQ(opening.at, 6u);
+    EXPECT_EQ(index.closing("URI", TagIndex::front), 0u);
+    EXPECT_EQ(index.closing("URI", opening), 12u);
+    EXPECT_EQ(index.closing("Name", TagIndex::front), TagIndex::npos);
 }
 
 }  // namespace
