@@ -111,6 +111,9 @@ struct Response : InvokerResponse
 
 /// What all that take part in the measurement work on.
 extern Subscriber<Touch> subscriber;
+
+/// The subscriber's callbacks, got at as anyone must who is called by the framework: by a cross-cast.
+CommunicationsServiceEventIfc& callbacks(Executable* executable);
 extern Response response;
 
 // The arguments of the requests.

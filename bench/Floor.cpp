@@ -146,14 +146,7 @@ void addFloor()
                });
 
     using Ifc = CommunicationsServiceEventIfc;
-    add("crossCast/floor",
-        []
-        {
-            Executable* executable = &subscriber;
-            benchmark::DoNotOptimize(executable);
-            Ifc* events = dynamic_cast<Ifc*>(executable);
-            benchmark::DoNotOptimize(events);
-        });
+    add("crossCast/floor", [] { benchmark::DoNotOptimize(&callbacks(&subscriber)); });
     addEvent("DevicesChangedEvent",
              devicesChanged,
              [](Ifc& to, const Located&, std::string&) { to.onDevicesChangedEvent(); });

@@ -21,6 +21,11 @@ std::string document()
 
 }  // namespace
 
+CommunicationsServiceEventIfc& callbacks(Executable* executable)
+{
+    return *dynamic_cast<CommunicationsServiceEventIfc*>(executable);
+}
+
 const std::string line = "498970001001";
 const std::string uri = "sip:1002@pbx.example.com";
 const std::string payload = document();

@@ -83,7 +83,7 @@ void addEvent(const std::string& name, const Message& message, Tell tell)
         [bytes, type, tell]
         {
             const Tuple tuple(type.c_str(), bytes);
-            tell(subscriber, tuple.variant);
+            tell(callbacks(&subscriber), tuple.variant);
             response.messageHandled();
         });
 }
@@ -361,7 +361,7 @@ void addGVariant()
                 lines.push_back(text);
             g_variant_iter_free(numbers);
             g_variant_iter_free(texts);
-            subscriber.onSecurityStatusChanged(s[1], n[0], n[1], recorded, lines);
+            callbacks(&subscriber).onSecurityStatusChanged(s[1], n[0], n[1], recorded, lines);
             response.messageHandled();
         });
 }

@@ -72,7 +72,7 @@ void addEvent(const std::string& name, const Message& message, Tell tell)
         {
             const Fields fields(bytes);
             if (!fields.value("Method").empty())
-                tell(subscriber, fields);
+                tell(callbacks(&subscriber), fields);
             response.messageHandled();
         });
 }

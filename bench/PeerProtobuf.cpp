@@ -142,7 +142,7 @@ void addEvent(const std::string& name, const peer::Event& event)
         {
             peer::Event fresh;
             fresh.ParseFromString(bytes);
-            tell(subscriber, fresh);
+            tell(callbacks(&subscriber), fresh);
             response.messageHandled();
         });
     const auto kept = std::make_shared<peer::Event>();
@@ -150,7 +150,7 @@ void addEvent(const std::string& name, const peer::Event& event)
         [bytes, kept]
         {
             kept->ParseFromString(bytes);
-            tell(subscriber, *kept);
+            tell(callbacks(&subscriber), *kept);
             response.messageHandled();
         });
 }

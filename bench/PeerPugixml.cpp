@@ -93,7 +93,7 @@ void addEvent(const std::string& name, const Message& message, Tell tell)
         {
             const Fields fields(bytes);
             if (std::strcmp(fields.value("Method"), "") != 0)
-                tell(subscriber, fields);
+                tell(callbacks(&subscriber), fields);
             response.messageHandled();
         });
 }
