@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <iterator>
 
 namespace
 {
@@ -59,10 +60,8 @@ inline const char* nextBracket(const char* at, const char* end)
     {
         const std::uint64_t bytes = eight(at) ^ '<' * ones;  // 0 where a "<" stands
         const std::uint64_t found = (bytes - ones) & ~bytes & 0x80 * ones;
-        if (found != 0 && firstByteIsLowest)
-            return at + __builtin_ctzll(found) / 8;
         if (found != 0)
-            break;
+            return firstByteIsLowest ? at + __builtin_ctzll(found) / 8 : std::find(at, end, '<');
     }
     while (at != end && *at != '<')
         ++at;
@@ -80,12 +79,6 @@ bool canBeTag(const char* bracket)
 }
 
 constexpr std::ptrdiff_t shortestTag = 5;  // "<URI>"
-
-/// Which of the chains of notes one with this head is in.
-std::size_t chainOf(std::uint32_t head)
-{
-    return head * 2654435761U >> 26;
-}
 
 }  // namespace
 
@@ -123,7 +116,7 @@ TagIndex::Place TagIndex::opening(std::string_view tag)
         note();
     const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
     const std::uint32_t head = four(bytes);
-    for (std::size_t i = chains_[chainOf(head)]; i != room; i = notes_[i].next)
+    for (std::size_t i = chains_[head % std::size(chains_)]; i != room; i = notes_[i].next)
         if (notes_[i].head == head && isTagAt(notes_[i].at + 1, end_, tag))
             return {position(notes_[i].at), i + 1};
     return {searchRest("<", tag, 0), noteCount_};
@@ -149,7 +142,7 @@ void TagIndex::note()
     std::fill(std::begin(chains_), std::end(chains_), room);
     for (std::size_t i = noteCount_; i-- > 0;)
     {
-        std::uint8_t& first = chains_[chainOf(notes_[i].head)];
+        std::uint8_t& first = chains_[notes_[i].head % std::size(chains_)];
         notes_[i].next = first;
         first = static_cast<std::uint8_t>(i);
     }

@@ -158,6 +158,8 @@ TEST(TagIndexTest, AnEndTagIsSearchedFromThePlaceAskedFor)
     EXPECT_EQ(index.closing("URI", TagIndex::front), 0u);
     EXPECT_EQ(index.closing("URI", opening), 12u);
     EXPECT_EQ(index.closing("Name", TagIndex::front), TagIndex::npos);
+    const std::string shortest = "<URI>";
+    EXPECT_EQ(TagIndex(shortest).opening("URI").at, 0u);
 }
 
 }  // namespace
