@@ -206,7 +206,22 @@ TEST_F(AllocationFaults, LongQueries)
             proxy.getDevices(devices);
         },
         [](bool) {});
-    EXPECT_GT(made, 20);
+    EXPECT_EQ(made, 1 + 1 + 1 + 20) << "request, answer, list, and items";
+}
+
+TEST_F(AllocationFaults, ARequestIsOneAllocation)
+{
+    channel.answer = "sfiSuccess";
+    for (const std::size_t length : {0U, 64U, 65U, 1000U})
+    {
+        const std::string line(length, '1');
+        const std::string payload(2 * length, '2');
+        EXPECT_EQ(1, failEach([&] { proxy.SendCSTARequest(line, payload); }, [](bool) {}));
+        EXPECT_EQ(1, failEach([&] { proxy.setLampMode(line, payload, 3); }, [](bool) {}));
+        EXPECT_EQ(
+            1,
+            failEach([&] { proxy.systemStatus(line.c_str(), payload.c_str()); }, [](bool) {}));
+    }
 }
 
 TEST_F(AllocationFaults, Factories)
