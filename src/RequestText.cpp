@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <charconv>
+#include <cstring>
 
 namespace
 {
@@ -29,10 +30,10 @@ void copy(char* to, const char* from, std::size_t length)
 
 }  // namespace
 
-RequestText::RequestText(const char* method, std::size_t length) : at_(room_)
+RequestText::RequestText(std::string_view method) : at_(room_)
 {
     opening("Method");
-    put(method, length);
+    put(method);
     closing("Method");
 }
 
@@ -46,15 +47,15 @@ RequestText& RequestText::callId(int value)
     return number("CallID", value);
 }
 
-void RequestText::put(const char* value, std::size_t length)
+void RequestText::put(std::string_view value)
 {
-    if (length <= longestShortValue)
+    if (value.size() <= longestShortValue)
     {
-        copy(at_, value, length);
-        at_ += length;
+        copy(at_, value.data(), value.size());
+        at_ += value.size();
     }
     else
-        longValues_[longCount_++] = {static_cast<std::size_t>(at_ - room_), value, length};
+        longValues_[longCount_++] = {static_cast<std::size_t>(at_ - room_), value};
 }
 
 void RequestText::put(int value)
@@ -65,7 +66,7 @@ void RequestText::put(int value)
 void RequestText::putOrCut(const char* value)
 {
     if (value != nullptr)
-        put(value, std::strlen(value));
+        put(std::string_view(value));
     else if (cut_ == nullptr)
         cut_ = at_;
 }
@@ -78,14 +79,14 @@ std::string RequestText::str() const
         return std::string(room_, end);
     std::size_t length = end;
     for (std::size_t i = 0; i < longCount_; ++i)
-        length += longValues_[i].length;
+        length += longValues_[i].value.size();
     std::string text;
     text.reserve(length);
     std::size_t from = 0;
     for (std::size_t i = 0; i < longCount_ && longValues_[i].place <= end; ++i)
     {
         text.append(room_ + from, longValues_[i].place - from);
-        text.append(longValues_[i].value, longValues_[i].length);
+        text.append(longValues_[i].value);
         from = longValues_[i].place;
     }
     text.append(room_ + from, end - from);

@@ -2,8 +2,8 @@
 #define COMMUNICATIONS_SERVICE_REQUEST_TEXT_H
 
 #include <cstddef>
-#include <cstring>
 #include <string>
+#include <string_view>
 
 /// Collects one request: the method, then the fields in the order of the calls.
 ///
@@ -16,35 +16,35 @@
 class RequestText
 {
 public:
-    explicit RequestText(const char* method) : RequestText(method, std::strlen(method)) {}
+    explicit RequestText(std::string_view method);
 
     RequestText(const RequestText&) = delete;
     RequestText& operator=(const RequestText&) = delete;
 
-    RequestText& text(const char* tag, const std::string& value)
-    {
-        opening(tag);
-        put(value.data(), value.size());
-        return closing(tag);
-    }
-
-    /// A null value cuts the request off behind the opening tag, on purpose: nothing that follows
-    /// is written.
-    RequestText& text(const char* tag, const char* value)
-    {
-        opening(tag);
-        putOrCut(value);
-        return closing(tag);
-    }
-
-    RequestText& number(const char* tag, int value)
+    RequestText& text(std::string_view tag, const std::string& value)
     {
         opening(tag);
         put(value);
         return closing(tag);
     }
 
-    RequestText& flag(const char* tag, bool value)
+    /// A null value cuts the request off behind the opening tag, on purpose: nothing that follows
+    /// is written.
+    RequestText& text(std::string_view tag, const char* value)
+    {
+        opening(tag);
+        putOrCut(value);
+        return closing(tag);
+    }
+
+    RequestText& number(std::string_view tag, int value)
+    {
+        opening(tag);
+        put(value);
+        return closing(tag);
+    }
+
+    RequestText& flag(std::string_view tag, bool value)
     {
         opening(tag);
         *at_++ = value ? '1' : '0';
@@ -58,46 +58,41 @@ public:
     /// Raw bytes behind the last field, with no element around them.
     RequestText& payload(const std::string& value)
     {
-        put(value.data(), value.size());
+        put(value);
         return *this;
     }
 
     std::string str() const;
 
 private:
-    RequestText(const char* method, std::size_t length);
-
-    [[gnu::always_inline]] void opening(const char* tag)
+    [[gnu::always_inline]] void opening(std::string_view tag)
     {
-        const std::size_t length = std::strlen(tag);
         char* const to = at_;
         to[0] = '<';
-        std::memcpy(to + 1, tag, length);
-        to[length + 1] = '>';
-        at_ = to + length + 2;
+        tag.copy(to + 1, tag.size());
+        to[tag.size() + 1] = '>';
+        at_ = to + tag.size() + 2;
     }
 
-    [[gnu::always_inline]] RequestText& closing(const char* tag)
+    [[gnu::always_inline]] RequestText& closing(std::string_view tag)
     {
-        const std::size_t length = std::strlen(tag);
         char* const to = at_;
         to[0] = '<';
         to[1] = '/';
-        std::memcpy(to + 2, tag, length);
-        to[length + 2] = '>';
-        at_ = to + length + 3;
+        tag.copy(to + 2, tag.size());
+        to[tag.size() + 2] = '>';
+        at_ = to + tag.size() + 3;
         return *this;
     }
 
-    void put(const char* value, std::size_t length);
+    void put(std::string_view value);
     void put(int value);
     void putOrCut(const char* value);
 
     struct LongValue
     {
         std::size_t place;
-        const char* value;
-        std::size_t length;
+        std::string_view value;
     };
 
     char* at_;
