@@ -86,7 +86,7 @@ const Row* rowOf(std::string_view method)
         return nullptr;
     for (const Row& row : rows)
     {
-        // Every name is longer than this, and most differ here.
+        // Every name has more than eight letters, and most differ in the first eight.
         if (std::memcmp(method.data(), row.method, 8) != 0)
             continue;
         const std::string_view name(row.method);

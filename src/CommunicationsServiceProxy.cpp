@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <stdexcept>
-#include <string_view>
 
 namespace
 {

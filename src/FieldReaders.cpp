@@ -58,9 +58,9 @@ std::string_view answerValue(std::string_view startTag, std::string_view message
     return message.substr(begin, message.find(endTag) - begin);
 }
 
-EventFields::EventFields(const std::string& message) : index_(message), method_(value("Method")) {}
+EventFields::EventFields(const std::string& message) : index_(message), method_(view("Method")) {}
 
-std::string_view EventFields::value(std::string_view tag) const
+std::string_view EventFields::view(std::string_view tag) const
 {
     const std::string_view next = index_.next(tag);
     return next.data() != nullptr ? next : search(tag);
@@ -80,17 +80,12 @@ std::string_view EventFields::search(std::string_view tag) const
 
 std::string EventFields::text(std::string_view tag) const
 {
-    return std::string(value(tag));
-}
-
-std::string_view EventFields::view(std::string_view tag) const
-{
-    return value(tag);
+    return std::string(view(tag));
 }
 
 int EventFields::number(std::string_view tag) const
 {
-    return static_cast<int>(numberOf(value(tag)));
+    return static_cast<int>(numberOf(view(tag)));
 }
 
 std::string_view AnswerFields::value(std::string_view tag) const

@@ -26,7 +26,7 @@ std::string_view answerValue(std::string_view startTag, std::string_view message
                              std::string_view endTag);
 
 /// The fields of one event, read as eventValue does, each tag once: fastest in the order of the
-/// message. The message must outlive this, unchanged.
+/// message. The message must stay, unchanged, as long as fields are read.
 class EventFields
 {
 public:
@@ -38,7 +38,7 @@ public:
     /// "" when absent.
     std::string text(std::string_view tag) const;
 
-    /// The same where it stands in the message.
+    /// The same where it stands in the message; a null view when absent.
     std::string_view view(std::string_view tag) const;
 
     /// -1 when absent.
@@ -54,7 +54,6 @@ public:
     bool flag(std::string_view tag) const { return number(tag) != 0; }
 
 private:
-    std::string_view value(std::string_view tag) const;
     std::string_view search(std::string_view tag) const;
 
     mutable TagIndex index_;   // where tags are found does not depend on what was asked before

@@ -3,6 +3,7 @@
 #include <cassert>
 #include <charconv>
 #include <cstring>
+#include <iterator>
 
 namespace
 {
@@ -54,8 +55,11 @@ void RequestText::put(std::string_view value)
         copy(at_, value.data(), value.size());
         at_ += value.size();
     }
-    else
+    else if (cut_ == nullptr)
+    {
+        assert(longCount_ < std::size(longValues_));
         longValues_[longCount_++] = {static_cast<std::size_t>(at_ - room_), value};
+    }
 }
 
 void RequestText::put(int value)
@@ -83,7 +87,7 @@ std::string RequestText::str() const
     std::string text;
     text.reserve(length);
     std::size_t from = 0;
-    for (std::size_t i = 0; i < longCount_ && longValues_[i].place <= end; ++i)
+    for (std::size_t i = 0; i < longCount_; ++i)
     {
         text.append(room_ + from, longValues_[i].place - from);
         text.append(longValues_[i].value);

@@ -8,8 +8,8 @@
 /// Collects one request: the method, then the fields in the order of the calls.
 ///
 /// Elements are written at once, into a room on the stack that holds the longest request there is
-/// with short values. Of a long value only the place is kept, until str() puts the whole together:
-/// it must live, unchanged, until then. So the text is the only allocation.
+/// with short values; that takes 336 bytes. Of a long value only the place is kept, until str() puts
+/// the whole together: it must live, unchanged, until then. So the text is the only allocation here.
 ///
 /// Tags are literals. They are written inline, so that the compiler knows their length; whatever
 /// has a length of its own is written by functions that exist once.

@@ -68,7 +68,7 @@ inline const char* nextBracket(const char* at, const char* end)
     return at;
 }
 
-/// Whether a tag may begin at this "<": a name and ">" follow.
+/// Whether a tag may begin at this "<": a name and ">" follow. The text's NUL ends a name at the latest.
 bool canBeTag(const char* bracket)
 {
     const char* at = bracket + (bracket[1] == '/' ? 2 : 1);
@@ -84,14 +84,15 @@ constexpr std::ptrdiff_t shortestTag = 5;  // "<URI>"
 
 std::string_view TagIndex::next(std::string_view tag)
 {
-    // The text's own NUL stands behind its last byte, and ends a name at the latest.
+    // The text's own NUL stands behind its last byte.
     if (*at_ != '<' || !isTagAt(at_ + 1, end_, tag))
         return {};
     const char* const bracket = nextBracket(at_ + tag.size() + 2, end_);
-    return isClosingAt(bracket, end_, tag) ? take(tag, bracket) : nextBehind(tag, bracket);
+    return isClosingAt(bracket, end_, tag) ? take(tag, bracket) : nextWithBrackets(tag, bracket);
 }
 
-std::string_view TagIndex::nextBehind(std::string_view tag, const char* bracket)
+/// Goes on for a value that holds "<": as long as no tag can begin there.
+std::string_view TagIndex::nextWithBrackets(std::string_view tag, const char* bracket)
 {
     while (bracket != end_ && !canBeTag(bracket))
     {
@@ -114,12 +115,20 @@ TagIndex::Place TagIndex::opening(std::string_view tag)
 {
     if (!isNoted_)
         note();
+    const Place found = firstNoted(tag);
+    const Place place = found.at != npos ? found : Place{searchRest("<", tag, 0), noteCount_};
+    assert(place.at == message_.find("<" + std::string(tag) + ">"));
+    return place;
+}
+
+TagIndex::Place TagIndex::firstNoted(std::string_view tag) const
+{
     const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
     const std::uint32_t head = four(bytes);
     for (std::size_t i = chains_[head % std::size(chains_)]; i != room; i = notes_[i].next)
         if (notes_[i].head == head && isTagAt(notes_[i].at + 1, end_, tag))
             return {position(notes_[i].at), i + 1};
-    return {searchRest("<", tag, 0), noteCount_};
+    return {npos, noteCount_};
 }
 
 std::size_t TagIndex::closing(std::string_view tag, const Place& from) const
@@ -148,13 +157,13 @@ void TagIndex::note()
     }
 }
 
-std::size_t TagIndex::searchRest(std::string_view bracket, std::string_view tag,
+std::size_t TagIndex::searchRest(std::string_view start, std::string_view tag,
                                  std::size_t from) const
 {
     if (rest_ == npos)
         return npos;
-    std::size_t at = message_.find(bracket, std::max(from, rest_));
-    while (at != npos && !isTagAt(message_.data() + at + bracket.size(), end_, tag))
-        at = message_.find(bracket, at + 1);
+    std::size_t at = message_.find(start, std::max(from, rest_));
+    while (at != npos && !isTagAt(message_.data() + at + start.size(), end_, tag))
+        at = message_.find(start, at + 1);
     return at;
 }

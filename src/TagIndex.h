@@ -16,9 +16,9 @@
 /// another name occurs there: what stands next is the first of its name, and so is its end tag.
 ///
 /// For the other fields one pass over what is left notes each "<" with the bytes behind it, in order,
-/// which loses no occurrence, also none inside a value or of a tag that is never closed. Notes with
-/// the same bytes are chained, in order too, so that few have to be looked at. The room for notes is
-/// fixed; from the first "<" that finds none on, the message is searched as it stands.
+/// which loses no occurrence, also none inside a value or of a tag that is never closed. Notes are
+/// chained by some bits of these bytes, in order too, so that few have to be looked at. The room for
+/// notes is fixed; from the first "<" that finds none on, the message is searched as it stands.
 ///
 /// Ask for each tag once. Tag names are literals of 3 to 32 letters, digits and "_", given without
 /// brackets. The message must outlive the index, unchanged.
@@ -41,7 +41,7 @@ public:
     /// a null view otherwise.
     std::string_view next(std::string_view tag);
 
-    /// Where a tag begins, npos when there is none, and how many notes reach up to there.
+    /// Where a tag begins, npos when there is none, and the first note behind that.
     struct Place
     {
         std::size_t at;
@@ -58,10 +58,11 @@ public:
     std::size_t closing(std::string_view tag, const Place& from) const;
 
 private:
-    std::string_view nextBehind(std::string_view tag, const char* bracket);
-    std::string_view take(std::string_view tag, const char* bracket);
+    std::string_view nextWithBrackets(std::string_view tag, const char* bracket);
+    inline std::string_view take(std::string_view tag, const char* bracket);
     void note();
-    std::size_t searchRest(std::string_view bracket, std::string_view tag, std::size_t from) const;
+    Place firstNoted(std::string_view tag) const;
+    std::size_t searchRest(std::string_view start, std::string_view tag, std::size_t from) const;
     std::size_t position(const char* at) const
     {
         return static_cast<std::size_t>(at - message_.data());
