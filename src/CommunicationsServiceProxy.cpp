@@ -59,10 +59,11 @@ int CommunicationsServiceProxy::roundTrip(const RequestText& request)
 void CommunicationsServiceProxy::processSignallingComponentEvent(const char* data, int length)
 {
     std::string message = "SigEvent:";
-    // The standard libraries word this differently; callers get one text everywhere.
-    if (length < 0 || static_cast<std::size_t>(length) > message.max_size() - message.size())
-        throw std::length_error("basic_string::append");
+    // A negative length is far beyond any text. The standard libraries word this differently; callers
+    // get one text everywhere.
     const std::size_t size = static_cast<std::size_t>(length);
+    if (size > message.max_size() - message.size())
+        throw std::length_error("basic_string::append");
     message.reserve(message.size() + size);
     message.append(data, size);
     requestChannel->sendOneWay(message);

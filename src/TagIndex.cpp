@@ -116,18 +116,18 @@ TagIndex::Place TagIndex::opening(std::string_view tag)
     if (!isNoted_)
         note();
     const Place found = firstNoted(tag);
-    const Place place = found.at != npos ? found : Place{searchRest("<", tag, 0), noteCount_};
+    const Place place = found.at != npos ? found : Place{search("<", tag, rest_), noteCount_};
     assert(place.at == message_.find("<" + std::string(tag) + ">"));
     return place;
 }
 
 TagIndex::Place TagIndex::firstNoted(std::string_view tag) const
 {
-    const char bytes[4] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
+    const char bytes[] = {tag[0], tag[1], tag[2], tag.size() > 3 ? tag[3] : '>'};
     const std::uint32_t head = four(bytes);
     for (std::size_t i = chains_[head % std::size(chains_)]; i != room; i = notes_[i].next)
         if (notes_[i].head == head && isTagAt(notes_[i].at + 1, end_, tag))
-            return {position(notes_[i].at), i + 1};
+            return {position(notes_[i].at), i};
     return {npos, noteCount_};
 }
 
@@ -136,7 +136,7 @@ std::size_t TagIndex::closing(std::string_view tag, const Place& from) const
     for (std::size_t i = from.note; i < noteCount_; ++i)
         if (isClosingAt(notes_[i].at, end_, tag))
             return position(notes_[i].at);
-    return searchRest("</", tag, from.at);
+    return search("</", tag, std::max(from.at, rest_));
 }
 
 void TagIndex::note()
@@ -145,8 +145,7 @@ void TagIndex::note()
     const char* at = nextBracket(at_, end_);
     for (; end_ - at >= shortestTag && noteCount_ < room; at = nextBracket(at + 1, end_))
         notes_[noteCount_++] = {at, four(at + 1), room};
-    if (end_ - at >= shortestTag)
-        rest_ = position(at);
+    rest_ = position(at);
     // From the last to the first, so that each chain begins with its first.
     std::fill(std::begin(chains_), std::end(chains_), room);
     for (std::size_t i = noteCount_; i-- > 0;)
@@ -157,12 +156,9 @@ void TagIndex::note()
     }
 }
 
-std::size_t TagIndex::searchRest(std::string_view start, std::string_view tag,
-                                 std::size_t from) const
+std::size_t TagIndex::search(std::string_view start, std::string_view tag, std::size_t from) const
 {
-    if (rest_ == npos)
-        return npos;
-    std::size_t at = message_.find(start, std::max(from, rest_));
+    std::size_t at = message_.find(start, from);
     while (at != npos && !isTagAt(message_.data() + at + start.size(), end_, tag))
         at = message_.find(start, at + 1);
     return at;

@@ -41,7 +41,7 @@ public:
     /// a null view otherwise.
     std::string_view next(std::string_view tag);
 
-    /// Where a tag begins, npos when there is none, and the first note behind that.
+    /// Where a tag begins, npos when there is none, and a note from which on all is behind that.
     struct Place
     {
         std::size_t at;
@@ -62,7 +62,7 @@ private:
     inline std::string_view take(std::string_view tag, const char* bracket);
     void note();
     Place firstNoted(std::string_view tag) const;
-    std::size_t searchRest(std::string_view start, std::string_view tag, std::size_t from) const;
+    std::size_t search(std::string_view start, std::string_view tag, std::size_t from) const;
     std::size_t position(const char* at) const
     {
         return static_cast<std::size_t>(at - message_.data());
@@ -82,7 +82,7 @@ private:
     const char* const end_;
     bool isNoted_ = false;
     std::size_t noteCount_ = 0;
-    std::size_t rest_ = npos;  ///< first "<" without a note
+    std::size_t rest_ = 0;  ///< where what is not noted begins
     Note notes_[room];
     std::uint8_t chains_[64];  ///< first note of each; room when there is none
 };
