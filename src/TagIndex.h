@@ -49,7 +49,7 @@ public:
     };
 
     /// Before all tags.
-    static constexpr Place front = {0, 0};
+    static constexpr Place front = {};
 
     /// The first "<tag>".
     Place opening(std::string_view tag);
@@ -82,7 +82,7 @@ private:
     const char* const end_;
     bool isNoted_ = false;
     std::size_t noteCount_ = 0;
-    std::size_t rest_ = 0;  ///< where what is not noted begins
+    std::size_t rest_ = npos;  ///< where what is not noted begins
     Note notes_[room];
     std::uint8_t chains_[64];  ///< first note of each; room when there is none
 };
