@@ -7,11 +7,13 @@
 /// A subscriber that gives the name and the arguments of each callback to one function of its base:
 /// heard(name, arguments...). The benchmark, the tests and the fuzzers differ in what that does.
 template <typename Ear>
-class Subscriber : public Executable, public CommunicationsServiceEventIfc, public Ear
+class Subscriber : public Executable, public CommunicationsServiceEventIfc, protected Ear
 {
-public:
+    // Protected, since the cross-cast then finds its way as fast as with the two bases of an
+    // application's subscriber.
     using Ear::heard;
 
+public:
     void init(Context&) override {}
     void shutdown() override {}
 

@@ -102,6 +102,9 @@ protected:
 /// A subscriber that writes down what it is told.
 struct Recorder : Subscriber<Writer>
 {
+    using Writer::said;
+    using Writer::writes;
+
     explicit Recorder(std::size_t room = 0) { said.reserve(room); }
 };
 

@@ -172,7 +172,12 @@ private:
 };
 
 /// An application's object.
-using Subscriber = ::Subscriber<Listener>;
+struct Subscriber : ::Subscriber<Listener>
+{
+    using Listener::inCallback;
+    using Listener::withRecord;
+    using Listener::withText;
+};
 
 }  // namespace support
 
