@@ -28,8 +28,7 @@ long allocations();
 template <typename Body>
 void add(const std::string& name, Body body)
 {
-    entries().push_back({name,
-                         [body](long times)
+    entries().push_back({name, [body](long times)
                          {
                              for (; times > 0; --times)
                                  body();

@@ -84,8 +84,7 @@ void addFloor()
 {
     addRequest("answerCall",
                Message{"AnswerCall", {{"Line", line, false}, {"CallID", "4711", true}}, ""}.text(),
-               "sfiSuccess",
-               ignore);
+               "sfiSuccess", ignore);
     addRequest("outgoingCallMake",
                Message{"OutgoingCallMakeRequest",
                        {{"Line", line, false},
@@ -96,8 +95,7 @@ void addFloor()
                         {"CallCompletionCall", "1", true}},
                        ""}
                    .text(),
-               "sfiSuccess",
-               ignore);
+               "sfiSuccess", ignore);
     addRequest("setForwardingConfiguration",
                Message{"setForwardingConfiguration",
                        {{"Line", line, false},
@@ -108,11 +106,9 @@ void addFloor()
                         {"forceTKVSUpdate", "0", true}},
                        ""}
                    .text(),
-               "sfiSuccess",
-               ignore);
+               "sfiSuccess", ignore);
     addRequest("SendCSTARequest.2KiB",
-               Message{"SendCSTARequest", {{"Line", line, false}}, payload}.text(),
-               "sfiSuccess",
+               Message{"SendCSTARequest", {{"Line", line, false}}, payload}.text(), "sfiSuccess",
                ignore);
     addRequest("getForwardingConfiguration",
                Message{"getForwardingConfiguration", {{"fwType", "1", true}}, ""}.text(),
@@ -122,8 +118,7 @@ void addFloor()
                    const std::string text = from.value(answer, 2);
                    Touch().heard("", 5, true, text, 3);
                });
-    addRequest("getMessageWaitingIndicator",
-               Message{"GetMessageWaitingIndicator", {}, ""}.text(),
+    addRequest("getMessageWaitingIndicator", Message{"GetMessageWaitingIndicator", {}, ""}.text(),
                messageWaitingAnswer.text(),
                [from = Located(messageWaitingAnswer)](const std::string& answer)
                {
@@ -133,9 +128,7 @@ void addFloor()
     std::string list;
     for (const std::string& device : devices)
         list += "<" + device + ">";
-    addRequest("getDevices.12",
-               Message{"GetDevices", {}, ""}.text(),
-               list,
+    addRequest("getDevices.12", Message{"GetDevices", {}, ""}.text(), list,
                [](const std::string& answer)
                {
                    std::vector<std::string> items;
@@ -147,15 +140,12 @@ void addFloor()
 
     using Ifc = CommunicationsServiceEventIfc;
     add("crossCast/floor", [] { benchmark::DoNotOptimize(&callbacks(&subscriber)); });
-    addEvent("DevicesChangedEvent",
-             devicesChanged,
+    addEvent("DevicesChangedEvent", devicesChanged,
              [](Ifc& to, const Located&, std::string&) { to.onDevicesChangedEvent(); });
-    addEvent("CallHeldEvent",
-             callHeld,
+    addEvent("CallHeldEvent", callHeld,
              [](Ifc& to, const Located& from, std::string& text)
              { to.onCallHeldEvent(from.value(text, 0), 4711); });
-    addEvent("CallStateChangeEvent.18",
-             callState,
+    addEvent("CallStateChangeEvent.18", callState,
              [](Ifc& to, const Located& from, std::string& text)
              {
                  char* const record = static_cast<char*>(std::malloc(sizeof(CallPartyInfo)));
@@ -168,55 +158,28 @@ void addFloor()
                  from.copy(text, 9, record + offsetof(CallPartyInfo, callingName));
                  from.copy(text, 10, record + offsetof(CallPartyInfo, calledNumber));
                  from.copy(text, 11, record + offsetof(CallPartyInfo, calledName));
-                 to.onCallStateChangeEvent(from.value(text, 0),
-                                           4711,
-                                           6,
-                                           22,
-                                           1,
-                                           from.value(text, 5),
-                                           from.value(text, 6),
-                                           from.value(text, 7),
-                                           reinterpret_cast<CallPartyInfo*>(record),
-                                           2,
-                                           0,
-                                           from.value(text, 14),
-                                           true,
-                                           3,
-                                           4);
+                 to.onCallStateChangeEvent(from.value(text, 0), 4711, 6, 22, 1, from.value(text, 5),
+                                           from.value(text, 6), from.value(text, 7),
+                                           reinterpret_cast<CallPartyInfo*>(record), 2, 0,
+                                           from.value(text, 14), true, 3, 4);
                  std::free(record);
              });
-    addEvent("IncomingCallEvent.17",
-             incomingCall,
+    addEvent("IncomingCallEvent.17", incomingCall,
              [](Ifc& to, const Located& from, std::string& text)
              {
-                 to.onIncomingCallEvent(from.value(text, 0),
-                                        4711,
-                                        from.value(text, 2),
-                                        from.value(text, 3),
-                                        from.value(text, 4),
-                                        from.value(text, 5),
-                                        from.value(text, 6),
-                                        false,
-                                        1,
-                                        from.value(text, 9),
-                                        from.value(text, 10),
-                                        3,
-                                        false,
-                                        2,
-                                        3,
-                                        4,
-                                        true);
+                 to.onIncomingCallEvent(
+                     from.value(text, 0), 4711, from.value(text, 2), from.value(text, 3),
+                     from.value(text, 4), from.value(text, 5), from.value(text, 6), false, 1,
+                     from.value(text, 9), from.value(text, 10), 3, false, 2, 3, 4, true);
              });
-    addEvent("b2buaCSTAResponse.2KiB",
-             cstaResponse,
+    addEvent("b2buaCSTAResponse.2KiB", cstaResponse,
              [](Ifc& to, const Located& from, std::string& text)
              {
                  const std::string lineURI = from.value(text, 0);
                  text.erase(0, from.text.size() - payload.size());
                  to.onB2buaCSTAResponse(lineURI, true, text);
              });
-    addEvent("securityStatusChanged",
-             securityStatus,
+    addEvent("securityStatusChanged", securityStatus,
              [](Ifc& to, const Located& from, std::string& text)
              {
                  std::vector<int> ids = {4711, 4712};

@@ -69,8 +69,7 @@ std::string repeated(const std::string& piece, std::size_t size)
 }
 
 const Growing growing[] = {
-    {"growth.document",
-     false,
+    {"growth.document", false,
      [](std::size_t size)
      {
          return "<Method>conferenceStatusEvent</Method><LineID>1001</LineID><CallID>1</CallID>"
@@ -78,12 +77,10 @@ const Growing growing[] = {
                 repeated("<user entity=\"sip:1002@example.com\"><state>on</state></user>", size) +
                 "</XMLContent>";
      }},
-    {"growth.brackets",
-     false,
+    {"growth.brackets", false,
      [](std::size_t size)
      { return "<Method>CallStateChangeEvent</Method>" + repeated("<", size); }},
-    {"growth.openTags",
-     false,
+    {"growth.openTags", false,
      [](std::size_t size) {
          return "<Method>CallStateChangeEvent</Method>" + repeated("<ILLocalLevel>1<LineID>", size);
      }},
@@ -95,29 +92,19 @@ template <typename Operations>
 void addRequests(const std::string& who,
                  std::function<std::shared_ptr<Operations>(Channel&)> connect)
 {
-    addRequest<Operations>("answerCall/" + who,
-                           "sfiSuccess",
-                           connect,
+    addRequest<Operations>("answerCall/" + who, "sfiSuccess", connect,
                            [](Operations& to) { to.answerCall(line, callId); });
-    addRequest<Operations>("outgoingCallMake/" + who,
-                           "sfiSuccess",
-                           connect,
+    addRequest<Operations>("outgoingCallMake/" + who, "sfiSuccess", connect,
                            [](Operations& to)
                            { to.outgoingCallMake(line, callId, destination, true, false, true); });
     addRequest<Operations>(
-        "setForwardingConfiguration/" + who,
-        "sfiSuccess",
-        connect,
+        "setForwardingConfiguration/" + who, "sfiSuccess", connect,
         [](Operations& to)
         { to.setForwardingConfiguration(line, sfiForwardingType(1), true, uri, 3, false); });
-    addRequest<Operations>("SendCSTARequest.2KiB/" + who,
-                           "sfiSuccess",
-                           connect,
+    addRequest<Operations>("SendCSTARequest.2KiB/" + who, "sfiSuccess", connect,
                            [](Operations& to) { to.SendCSTARequest(line, payload); });
     addRequest<Operations>(
-        "getForwardingConfiguration/" + who,
-        forwardingAnswer.text(),
-        connect,
+        "getForwardingConfiguration/" + who, forwardingAnswer.text(), connect,
         [](Operations& to)
         {
             bool status = false;
@@ -125,38 +112,20 @@ void addRequests(const std::string& who,
             int rings = 0;
             Touch().heard("",
                           to.getForwardingConfiguration(sfiForwardingType(1), status, text, rings),
-                          status,
-                          text,
-                          rings);
+                          status, text, rings);
         });
-    addRequest<Operations>("getMessageWaitingIndicator/" + who,
-                           messageWaitingAnswer.text(),
-                           connect,
-                           [](Operations& to)
-                           {
-                               int n[4] = {};
-                               unsigned int c[4] = {};
-                               std::string number;
-                               Touch().heard("",
-                                             to.getMessageWaitingIndicator(n[0],
-                                                                           c[0],
-                                                                           c[1],
-                                                                           c[2],
-                                                                           c[3],
-                                                                           n[1],
-                                                                           n[2],
-                                                                           n[3],
-                                                                           number),
-                                             n[0],
-                                             n[1],
-                                             n[2],
-                                             n[3],
-                                             c[0],
-                                             c[1],
-                                             c[2],
-                                             c[3],
-                                             number);
-                           });
+    addRequest<Operations>(
+        "getMessageWaitingIndicator/" + who, messageWaitingAnswer.text(), connect,
+        [](Operations& to)
+        {
+            int n[4] = {};
+            unsigned int c[4] = {};
+            std::string number;
+            Touch().heard("",
+                          to.getMessageWaitingIndicator(n[0], c[0], c[1], c[2], c[3], n[1], n[2],
+                                                        n[3], number),
+                          n[0], n[1], n[2], n[3], c[0], c[1], c[2], c[3], number);
+        });
     const auto getDevices = [](Operations& to)
     {
         std::vector<std::string> items;
@@ -168,9 +137,7 @@ void addRequests(const std::string& who,
         if (row.isAnswer && who != "plain")
             for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
                 addRequest<Operations>(row.name + ("." + std::to_string(size)) + "/" + who,
-                                       row.text(size),
-                                       connect,
-                                       getDevices);
+                                       row.text(size), connect, getDevices);
 }
 
 void addEvent(const std::string& name, const std::shared_ptr<Invoker>& invoker,
@@ -178,9 +145,7 @@ void addEvent(const std::string& name, const std::shared_ptr<Invoker>& invoker,
 {
     add(name,
         [invoker, text] {
-            invoker->handleMessage(&subscriber,
-                                   text.c_str(),
-                                   static_cast<int>(text.size()),
+            invoker->handleMessage(&subscriber, text.c_str(), static_cast<int>(text.size()),
                                    &response);
         });
 }
@@ -197,8 +162,7 @@ void addEvents(const std::string& who, const std::shared_ptr<Invoker>& invoker)
     for (const Growing& row : growing)
         if (!row.isAnswer && who != "plain")
             for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
-                addEvent(row.name + ("." + std::to_string(size)) + "/" + who,
-                         invoker,
+                addEvent(row.name + ("." + std::to_string(size)) + "/" + who, invoker,
                          row.text(size));
 }
 
@@ -207,18 +171,16 @@ void addEvents(const std::string& who, const std::shared_ptr<Invoker>& invoker)
 void addLibrary(const std::string& who, const std::string& path)
 {
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    addRequests<CommunicationsServiceIfc>(
-        who,
-        [library](Channel& channel)
-        {
-            const auto proxy =
-                create<CommunicationsServiceProxy>(library, "createCommunicationsServiceProxy");
-            proxy->initProxy(channel);
-            return proxy;
-        });
-    addEvents(who,
-              create<CommunicationsServiceEventInvoker>(library,
-                                                        "createCommunicationsServiceEventInvoker"));
+    addRequests<CommunicationsServiceIfc>(who,
+                                          [library](Channel& channel)
+                                          {
+                                              const auto proxy = create<CommunicationsServiceProxy>(
+                                                  library, "createCommunicationsServiceProxy");
+                                              proxy->initProxy(channel);
+                                              return proxy;
+                                          });
+    addEvents(who, create<CommunicationsServiceEventInvoker>(
+                       library, "createCommunicationsServiceEventInvoker"));
 }
 
 void addPlain()

@@ -95,48 +95,30 @@ void addGVariant()
     using Ifc = CommunicationsServiceEventIfc;
     const std::string carriedOut = stored(g_variant_new("(i)", 5));
     addRequest(
-        "answerCall",
-        carriedOut,
-        [] { return g_variant_new("(ssi)", "AnswerCall", line.c_str(), callId); },
-        done);
+        "answerCall", carriedOut,
+        [] { return g_variant_new("(ssi)", "AnswerCall", line.c_str(), callId); }, done);
     addRequest(
-        "outgoingCallMake",
-        carriedOut,
+        "outgoingCallMake", carriedOut,
         []
         {
-            return g_variant_new("(ssisbbb)",
-                                 "OutgoingCallMakeRequest",
-                                 line.c_str(),
-                                 callId,
-                                 destination,
-                                 TRUE,
-                                 FALSE,
-                                 TRUE);
+            return g_variant_new("(ssisbbb)", "OutgoingCallMakeRequest", line.c_str(), callId,
+                                 destination, TRUE, FALSE, TRUE);
         },
         done);
     addRequest(
-        "setForwardingConfiguration",
-        carriedOut,
+        "setForwardingConfiguration", carriedOut,
         []
         {
-            return g_variant_new("(ssibsib)",
-                                 "setForwardingConfiguration",
-                                 line.c_str(),
-                                 1,
-                                 TRUE,
-                                 uri.c_str(),
-                                 3,
-                                 FALSE);
+            return g_variant_new("(ssibsib)", "setForwardingConfiguration", line.c_str(), 1, TRUE,
+                                 uri.c_str(), 3, FALSE);
         },
         done);
     addRequest(
-        "SendCSTARequest.2KiB",
-        carriedOut,
+        "SendCSTARequest.2KiB", carriedOut,
         [] { return g_variant_new("(sss)", "SendCSTARequest", line.c_str(), payload.c_str()); },
         done);
     addRequest(
-        "getForwardingConfiguration",
-        stored(g_variant_new("(ibsi)", 5, TRUE, uri.c_str(), 3)),
+        "getForwardingConfiguration", stored(g_variant_new("(ibsi)", 5, TRUE, uri.c_str(), 3)),
         [] { return g_variant_new("(si)", "getForwardingConfiguration", 1); },
         [](const std::string& answer)
         {
@@ -157,28 +139,9 @@ void addGVariant()
             const Tuple tuple("(iiiiiiiiis)", answer);
             gint32 n[9] = {};
             const char* number = nullptr;
-            g_variant_get(tuple.variant,
-                          "(iiiiiiiii&s)",
-                          &n[0],
-                          &n[1],
-                          &n[2],
-                          &n[3],
-                          &n[4],
-                          &n[5],
-                          &n[6],
-                          &n[7],
-                          &n[8],
-                          &number);
-            Touch().heard("",
-                          n[0],
-                          n[1],
-                          n[2],
-                          n[3],
-                          n[4],
-                          n[5],
-                          n[6],
-                          n[7],
-                          n[8],
+            g_variant_get(tuple.variant, "(iiiiiiiii&s)", &n[0], &n[1], &n[2], &n[3], &n[4], &n[5],
+                          &n[6], &n[7], &n[8], &number);
+            Touch().heard("", n[0], n[1], n[2], n[3], n[4], n[5], n[6], n[7], n[8],
                           std::string(number));
         });
     GVariantBuilder list;
@@ -186,8 +149,7 @@ void addGVariant()
     for (const std::string& device : devices)
         g_variant_builder_add(&list, "s", device.c_str());
     addRequest(
-        "getDevices.12",
-        stored(g_variant_new("(as)", &list)),
+        "getDevices.12", stored(g_variant_new("(as)", &list)),
         [] { return g_variant_new("(s)", "GetDevices"); },
         [](const std::string& answer)
         {
@@ -202,16 +164,14 @@ void addGVariant()
             Touch().heard("", items);
         });
 
-    addEvent("DevicesChangedEvent",
-             devicesChanged,
+    addEvent("DevicesChangedEvent", devicesChanged,
              [](Ifc& to, GVariant* tuple)
              {
                  const char* method = nullptr;
                  g_variant_get(tuple, "(&s)", &method);
                  to.onDevicesChangedEvent();
              });
-    addEvent("CallHeldEvent",
-             callHeld,
+    addEvent("CallHeldEvent", callHeld,
              [](Ifc& to, GVariant* tuple)
              {
                  const char* s[2] = {};
@@ -219,33 +179,14 @@ void addGVariant()
                  g_variant_get(tuple, "(&s&si)", &s[0], &s[1], &id);
                  to.onCallHeldEvent(s[1], id);
              });
-    addEvent("CallStateChangeEvent.18",
-             callState,
+    addEvent("CallStateChangeEvent.18", callState,
              [](Ifc& to, GVariant* tuple)
              {
                  const char* s[10] = {};
                  gint32 n[9] = {};
-                 g_variant_get(tuple,
-                               "(&s&siiii&s&s&s&s&s&s&sii&siii)",
-                               &s[0],
-                               &s[1],
-                               &n[0],
-                               &n[1],
-                               &n[2],
-                               &n[3],
-                               &s[2],
-                               &s[3],
-                               &s[4],
-                               &s[5],
-                               &s[6],
-                               &s[7],
-                               &s[8],
-                               &n[4],
-                               &n[5],
-                               &s[9],
-                               &n[6],
-                               &n[7],
-                               &n[8]);
+                 g_variant_get(tuple, "(&s&siiii&s&s&s&s&s&s&sii&siii)", &s[0], &s[1], &n[0], &n[1],
+                               &n[2], &n[3], &s[2], &s[3], &s[4], &s[5], &s[6], &s[7], &s[8], &n[4],
+                               &n[5], &s[9], &n[6], &n[7], &n[8]);
                  CallPartyInfo record;
                  record.reservedText1[0] = record.reservedText2[0] = '\0';
                  record.reservedText3[0] = record.reservedText4[0] = '\0';
@@ -254,68 +195,21 @@ void addGVariant()
                  std::strcpy(record.callingName, s[6]);
                  std::strcpy(record.calledNumber, s[7]);
                  std::strcpy(record.calledName, s[8]);
-                 to.onCallStateChangeEvent(s[1],
-                                           n[0],
-                                           n[1],
-                                           n[2],
-                                           n[3],
-                                           s[2],
-                                           s[3],
-                                           s[4],
-                                           &record,
-                                           n[4],
-                                           n[5],
-                                           s[9],
-                                           n[6] != 0,
-                                           n[7],
-                                           n[8]);
+                 to.onCallStateChangeEvent(s[1], n[0], n[1], n[2], n[3], s[2], s[3], s[4], &record,
+                                           n[4], n[5], s[9], n[6] != 0, n[7], n[8]);
              });
-    addEvent("IncomingCallEvent.17",
-             incomingCall,
+    addEvent("IncomingCallEvent.17", incomingCall,
              [](Ifc& to, GVariant* tuple)
              {
                  const char* s[9] = {};
                  gint32 n[9] = {};
-                 g_variant_get(tuple,
-                               "(&s&si&s&s&s&s&sii&s&siiiiii)",
-                               &s[0],
-                               &s[1],
-                               &n[0],
-                               &s[2],
-                               &s[3],
-                               &s[4],
-                               &s[5],
-                               &s[6],
-                               &n[1],
-                               &n[2],
-                               &s[7],
-                               &s[8],
-                               &n[3],
-                               &n[4],
-                               &n[5],
-                               &n[6],
-                               &n[7],
-                               &n[8]);
-                 to.onIncomingCallEvent(s[1],
-                                        n[0],
-                                        s[2],
-                                        s[3],
-                                        s[4],
-                                        s[5],
-                                        s[6],
-                                        n[1] != 0,
-                                        n[2],
-                                        s[7],
-                                        s[8],
-                                        n[3],
-                                        n[4] != 0,
-                                        n[5],
-                                        n[6],
-                                        n[7],
-                                        n[8] != 0);
+                 g_variant_get(tuple, "(&s&si&s&s&s&s&sii&s&siiiiii)", &s[0], &s[1], &n[0], &s[2],
+                               &s[3], &s[4], &s[5], &s[6], &n[1], &n[2], &s[7], &s[8], &n[3], &n[4],
+                               &n[5], &n[6], &n[7], &n[8]);
+                 to.onIncomingCallEvent(s[1], n[0], s[2], s[3], s[4], s[5], s[6], n[1] != 0, n[2],
+                                        s[7], s[8], n[3], n[4] != 0, n[5], n[6], n[7], n[8] != 0);
              });
-    addEvent("b2buaCSTAResponse.2KiB",
-             cstaResponse,
+    addEvent("b2buaCSTAResponse.2KiB", cstaResponse,
              [](Ifc& to, GVariant* tuple)
              {
                  const char* s[3] = {};
@@ -343,13 +237,7 @@ void addGVariant()
             gint32 n[2] = {};
             GVariantIter* numbers = nullptr;
             GVariantIter* texts = nullptr;
-            g_variant_get(tuple.variant,
-                          "(&s&siiaias)",
-                          &s[0],
-                          &s[1],
-                          &n[0],
-                          &n[1],
-                          &numbers,
+            g_variant_get(tuple.variant, "(&s&siiaias)", &s[0], &s[1], &n[0], &n[1], &numbers,
                           &texts);
             std::vector<int> recorded;
             gint32 id = 0;

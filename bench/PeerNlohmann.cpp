@@ -87,21 +87,12 @@ void tellCallState(CommunicationsServiceEventIfc& to, const Fields& e)
     std::strcpy(record.callingName, e.value("GPUCLGName").c_str());
     std::strcpy(record.calledNumber, e.value("GPUCLD").c_str());
     std::strcpy(record.calledName, e.value("GPUCLDName").c_str());
-    to.onCallStateChangeEvent(e.value("LineID"),
-                              e.number("CallID"),
-                              e.number("CallState"),
-                              e.number("Reason"),
-                              e.number("SendOptions"),
-                              e.value("URI"),
-                              e.value("Name"),
-                              e.value("FullPAI"),
-                              &record,
-                              e.number("ResourcePriority"),
-                              e.number("PreemptionCause"),
-                              e.value("PreemptionText"),
-                              e.number("CallBackFearureAvailable") != 0,
-                              e.number("ILCallLevel"),
-                              e.number("ILLocalLevel"));
+    to.onCallStateChangeEvent(e.value("LineID"), e.number("CallID"), e.number("CallState"),
+                              e.number("Reason"), e.number("SendOptions"), e.value("URI"),
+                              e.value("Name"), e.value("FullPAI"), &record,
+                              e.number("ResourcePriority"), e.number("PreemptionCause"),
+                              e.value("PreemptionText"), e.number("CallBackFearureAvailable") != 0,
+                              e.number("ILCallLevel"), e.number("ILLocalLevel"));
 }
 
 void word(const std::string& answer)
@@ -115,8 +106,7 @@ void addNlohmann()
 {
     using Ifc = CommunicationsServiceEventIfc;
     addRequest(
-        "answerCall",
-        "sfiSuccess",
+        "answerCall", "sfiSuccess",
         [](Json& r)
         {
             put(r, "Method", "AnswerCall");
@@ -125,8 +115,7 @@ void addNlohmann()
         },
         word);
     addRequest(
-        "outgoingCallMake",
-        "sfiSuccess",
+        "outgoingCallMake", "sfiSuccess",
         [](Json& r)
         {
             put(r, "Method", "OutgoingCallMakeRequest");
@@ -139,8 +128,7 @@ void addNlohmann()
         },
         word);
     addRequest(
-        "setForwardingConfiguration",
-        "sfiSuccess",
+        "setForwardingConfiguration", "sfiSuccess",
         [](Json& r)
         {
             put(r, "Method", "setForwardingConfiguration");
@@ -153,8 +141,7 @@ void addNlohmann()
         },
         word);
     addRequest(
-        "SendCSTARequest.2KiB",
-        "sfiSuccess",
+        "SendCSTARequest.2KiB", "sfiSuccess",
         [](Json& r)
         {
             put(r, "Method", "SendCSTARequest");
@@ -163,8 +150,7 @@ void addNlohmann()
         },
         word);
     addRequest(
-        "getForwardingConfiguration",
-        document(forwardingAnswer),
+        "getForwardingConfiguration", document(forwardingAnswer),
         [](Json& r)
         {
             put(r, "Method", "getForwardingConfiguration");
@@ -174,39 +160,26 @@ void addNlohmann()
         {
             const Fields a(answer);
             const std::string text = a.value("uri");
-            Touch().heard("",
-                          a.value("sfiResult") == "sfiSuccess",
-                          a.number("status"),
-                          text,
+            Touch().heard("", a.value("sfiResult") == "sfiSuccess", a.number("status"), text,
                           a.number("cfnrRingCount"));
         });
     addRequest(
-        "getMessageWaitingIndicator",
-        document(messageWaitingAnswer),
+        "getMessageWaitingIndicator", document(messageWaitingAnswer),
         [](Json& r) { put(r, "Method", "GetMessageWaitingIndicator"); },
         [](const std::string& answer)
         {
             const Fields a(answer);
             const std::string number = a.value("voiceMailNumber");
-            Touch().heard("",
-                          a.value("func_return_val") == "sfiSuccess",
-                          a.number("Type"),
-                          a.number("newMsgs"),
-                          a.number("oldMsgs"),
-                          a.number("newUrgMsgs"),
-                          a.number("oldUrgMsgs"),
-                          a.number("return_type"),
-                          a.number("available_info"),
-                          a.number("messages_waiting"),
-                          number);
+            Touch().heard("", a.value("func_return_val") == "sfiSuccess", a.number("Type"),
+                          a.number("newMsgs"), a.number("oldMsgs"), a.number("newUrgMsgs"),
+                          a.number("oldUrgMsgs"), a.number("return_type"),
+                          a.number("available_info"), a.number("messages_waiting"), number);
         });
     Message list;
     for (const std::string& device : devices)
         list.fields.push_back({"item", device, false});
     addRequest(
-        "getDevices.12",
-        document(list),
-        [](Json& r) { put(r, "Method", "GetDevices"); },
+        "getDevices.12", document(list), [](Json& r) { put(r, "Method", "GetDevices"); },
         [](const std::string& answer)
         {
             const Fields a(answer);
@@ -216,38 +189,26 @@ void addNlohmann()
             Touch().heard("", items);
         });
 
-    addEvent("DevicesChangedEvent",
-             devicesChanged,
+    addEvent("DevicesChangedEvent", devicesChanged,
              [](Ifc& to, const Fields&) { to.onDevicesChangedEvent(); });
-    addEvent("CallHeldEvent",
-             callHeld,
+    addEvent("CallHeldEvent", callHeld,
              [](Ifc& to, const Fields& e)
              { to.onCallHeldEvent(e.value("LineID"), e.number("CallID")); });
     addEvent("CallStateChangeEvent.18", callState, tellCallState);
-    addEvent("IncomingCallEvent.17",
-             incomingCall,
+    addEvent("IncomingCallEvent.17", incomingCall,
              [](Ifc& to, const Fields& e)
              {
-                 to.onIncomingCallEvent(e.value("LineID"),
-                                        e.number("CallID"),
-                                        e.value("URI"),
-                                        e.value("Name"),
-                                        e.value("FullPAI"),
-                                        e.value("AlertInformation_AlertURI"),
-                                        e.value("AlertInformation_InfoParam"),
-                                        e.number("AlertInformation_AutoAnswer") != 0,
-                                        e.number("CallType"),
-                                        e.value("DiversionURI"),
-                                        e.value("DiversionName"),
-                                        e.number("DiversionReason"),
-                                        e.number("AICSZIPAutoAnswer") != 0,
-                                        e.number("ResourcePriority"),
-                                        e.number("ILCallLevel"),
-                                        e.number("ILLocalLevel"),
-                                        e.number("IsVideoCall") != 0);
+                 to.onIncomingCallEvent(
+                     e.value("LineID"), e.number("CallID"), e.value("URI"), e.value("Name"),
+                     e.value("FullPAI"), e.value("AlertInformation_AlertURI"),
+                     e.value("AlertInformation_InfoParam"),
+                     e.number("AlertInformation_AutoAnswer") != 0, e.number("CallType"),
+                     e.value("DiversionURI"), e.value("DiversionName"), e.number("DiversionReason"),
+                     e.number("AICSZIPAutoAnswer") != 0, e.number("ResourcePriority"),
+                     e.number("ILCallLevel"), e.number("ILLocalLevel"),
+                     e.number("IsVideoCall") != 0);
              });
-    addEvent("b2buaCSTAResponse.2KiB",
-             cstaResponse,
+    addEvent("b2buaCSTAResponse.2KiB", cstaResponse,
              [](Ifc& to, const Fields& e)
              {
                  std::string text = e.value("payload");
@@ -259,8 +220,7 @@ void addNlohmann()
         security.fields.push_back({"id", id, true});
     for (const char* lineUri : {"498970001001", "498970001002"})
         security.fields.push_back({"uri.", lineUri, false});
-    addEvent("securityStatusChanged",
-             security,
+    addEvent("securityStatusChanged", security,
              [](Ifc& to, const Fields& e)
              {
                  std::vector<int> ids;
@@ -269,10 +229,7 @@ void addNlohmann()
                  std::vector<std::string> uris;
                  for (const Json& item : e.root.at("uri."))
                      uris.push_back(item.get_ref<const std::string&>());
-                 to.onSecurityStatusChanged(e.value("lineURI"),
-                                            e.number("callId"),
-                                            e.number("securityStatus"),
-                                            ids,
-                                            uris);
+                 to.onSecurityStatusChanged(e.value("lineURI"), e.number("callId"),
+                                            e.number("securityStatus"), ids, uris);
              });
 }

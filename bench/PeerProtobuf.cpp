@@ -23,8 +23,7 @@ void fill(google::protobuf::Message& to, const Message& from)
         else if (described->type() == google::protobuf::FieldDescriptor::TYPE_BOOL)
             reflection->SetBool(&to, described, field.value != "0");
         else
-            reflection->SetInt32(&to,
-                                 described,
+            reflection->SetInt32(&to, described,
                                  field.isNumber ? std::atoi(field.value.c_str()) : 5);
     }
 }
@@ -83,42 +82,19 @@ void tell(CommunicationsServiceEventIfc& to, peer::Event& event)
         copy(e.gpuclgname(), record.callingName);
         copy(e.gpucld(), record.calledNumber);
         copy(e.gpucldname(), record.calledName);
-        to.onCallStateChangeEvent(e.lineid(),
-                                  e.callid(),
-                                  e.callstate(),
-                                  e.reason(),
-                                  e.sendoptions(),
-                                  e.uri(),
-                                  e.name(),
-                                  e.fullpai(),
-                                  &record,
-                                  e.resourcepriority(),
-                                  e.preemptioncause(),
-                                  e.preemptiontext(),
-                                  e.callbackfearureavailable() != 0,
-                                  e.ilcalllevel(),
-                                  e.illocallevel());
+        to.onCallStateChangeEvent(
+            e.lineid(), e.callid(), e.callstate(), e.reason(), e.sendoptions(), e.uri(), e.name(),
+            e.fullpai(), &record, e.resourcepriority(), e.preemptioncause(), e.preemptiontext(),
+            e.callbackfearureavailable() != 0, e.ilcalllevel(), e.illocallevel());
     }
     else if (event.has_incoming_call())
     {
         const peer::IncomingCallEvent& e = event.incoming_call();
-        to.onIncomingCallEvent(e.lineid(),
-                               e.callid(),
-                               e.uri(),
-                               e.name(),
-                               e.fullpai(),
-                               e.alertinformation_alerturi(),
-                               e.alertinformation_infoparam(),
-                               e.alertinformation_autoanswer() != 0,
-                               e.calltype(),
-                               e.diversionuri(),
-                               e.diversionname(),
-                               e.diversionreason(),
-                               e.aicszipautoanswer() != 0,
-                               e.resourcepriority(),
-                               e.ilcalllevel(),
-                               e.illocallevel(),
-                               e.isvideocall() != 0);
+        to.onIncomingCallEvent(
+            e.lineid(), e.callid(), e.uri(), e.name(), e.fullpai(), e.alertinformation_alerturi(),
+            e.alertinformation_infoparam(), e.alertinformation_autoanswer() != 0, e.calltype(),
+            e.diversionuri(), e.diversionname(), e.diversionreason(), e.aicszipautoanswer() != 0,
+            e.resourcepriority(), e.ilcalllevel(), e.illocallevel(), e.isvideocall() != 0);
     }
     else if (event.has_csta_response())
     {
@@ -163,8 +139,7 @@ void addProtobuf()
     done.set_result(5);
     const auto look = [](const peer::Answer& answer) { Touch().heard("", answer.result()); };
     addRequest(
-        "answerCall",
-        done,
+        "answerCall", done,
         [](peer::Request& request)
         {
             auto& r = *request.mutable_answer_call();
@@ -173,8 +148,7 @@ void addProtobuf()
         },
         look);
     addRequest(
-        "outgoingCallMake",
-        done,
+        "outgoingCallMake", done,
         [](peer::Request& request)
         {
             auto& r = *request.mutable_outgoing_call_make();
@@ -187,8 +161,7 @@ void addProtobuf()
         },
         look);
     addRequest(
-        "setForwardingConfiguration",
-        done,
+        "setForwardingConfiguration", done,
         [](peer::Request& request)
         {
             auto& r = *request.mutable_set_forwarding();
@@ -201,8 +174,7 @@ void addProtobuf()
         },
         look);
     addRequest(
-        "SendCSTARequest.2KiB",
-        done,
+        "SendCSTARequest.2KiB", done,
         [](peer::Request& request)
         {
             request.mutable_send_csta()->set_line(line);
@@ -213,8 +185,7 @@ void addProtobuf()
     peer::Answer answer;
     fill(*answer.mutable_forwarding(), forwardingAnswer);
     addRequest(
-        "getForwardingConfiguration",
-        answer,
+        "getForwardingConfiguration", answer,
         [](peer::Request& request) { request.mutable_get_forwarding()->set_fw_type(1); },
         [](const peer::Answer& got)
         {
@@ -225,32 +196,21 @@ void addProtobuf()
     answer.Clear();
     fill(*answer.mutable_message_waiting(), messageWaitingAnswer);
     addRequest(
-        "getMessageWaitingIndicator",
-        answer,
+        "getMessageWaitingIndicator", answer,
         [](peer::Request& request) { request.mutable_get_message_waiting(); },
         [](const peer::Answer& got)
         {
             const auto& a = got.message_waiting();
             const std::string number = a.voicemailnumber();
-            Touch().heard("",
-                          a.func_return_val(),
-                          a.type(),
-                          a.newmsgs(),
-                          a.oldmsgs(),
-                          a.newurgmsgs(),
-                          a.oldurgmsgs(),
-                          a.return_type(),
-                          a.available_info(),
-                          a.messages_waiting(),
-                          number);
+            Touch().heard("", a.func_return_val(), a.type(), a.newmsgs(), a.oldmsgs(),
+                          a.newurgmsgs(), a.oldurgmsgs(), a.return_type(), a.available_info(),
+                          a.messages_waiting(), number);
         });
     answer.Clear();
     for (const std::string& device : devices)
         answer.mutable_devices()->add_items(device);
     addRequest(
-        "getDevices.12",
-        answer,
-        [](peer::Request& request) { request.mutable_get_devices(); },
+        "getDevices.12", answer, [](peer::Request& request) { request.mutable_get_devices(); },
         [](const peer::Answer& got)
         {
             const auto& a = got.devices().items();

@@ -108,21 +108,12 @@ void tellCallState(CommunicationsServiceEventIfc& to, const Fields& e)
     std::strcpy(record.callingName, e.value("GPUCLGName"));
     std::strcpy(record.calledNumber, e.value("GPUCLD"));
     std::strcpy(record.calledName, e.value("GPUCLDName"));
-    to.onCallStateChangeEvent(e.value("LineID"),
-                              e.number("CallID"),
-                              e.number("CallState"),
-                              e.number("Reason"),
-                              e.number("SendOptions"),
-                              e.value("URI"),
-                              e.value("Name"),
-                              e.value("FullPAI"),
-                              &record,
-                              e.number("ResourcePriority"),
-                              e.number("PreemptionCause"),
-                              e.value("PreemptionText"),
-                              e.number("CallBackFearureAvailable") != 0,
-                              e.number("ILCallLevel"),
-                              e.number("ILLocalLevel"));
+    to.onCallStateChangeEvent(e.value("LineID"), e.number("CallID"), e.number("CallState"),
+                              e.number("Reason"), e.number("SendOptions"), e.value("URI"),
+                              e.value("Name"), e.value("FullPAI"), &record,
+                              e.number("ResourcePriority"), e.number("PreemptionCause"),
+                              e.value("PreemptionText"), e.number("CallBackFearureAvailable") != 0,
+                              e.number("ILCallLevel"), e.number("ILLocalLevel"));
 }
 
 void word(const std::string& answer)
@@ -136,8 +127,7 @@ void addPugixml()
 {
     using Ifc = CommunicationsServiceEventIfc;
     addRequest(
-        "answerCall",
-        "sfiSuccess",
+        "answerCall", "sfiSuccess",
         [](pugi::xml_node& r)
         {
             put(r, "Method", "AnswerCall");
@@ -146,8 +136,7 @@ void addPugixml()
         },
         word);
     addRequest(
-        "outgoingCallMake",
-        "sfiSuccess",
+        "outgoingCallMake", "sfiSuccess",
         [](pugi::xml_node& r)
         {
             put(r, "Method", "OutgoingCallMakeRequest");
@@ -160,8 +149,7 @@ void addPugixml()
         },
         word);
     addRequest(
-        "setForwardingConfiguration",
-        "sfiSuccess",
+        "setForwardingConfiguration", "sfiSuccess",
         [](pugi::xml_node& r)
         {
             put(r, "Method", "setForwardingConfiguration");
@@ -174,8 +162,7 @@ void addPugixml()
         },
         word);
     addRequest(
-        "SendCSTARequest.2KiB",
-        "sfiSuccess",
+        "SendCSTARequest.2KiB", "sfiSuccess",
         [](pugi::xml_node& r)
         {
             put(r, "Method", "SendCSTARequest");
@@ -184,8 +171,7 @@ void addPugixml()
         },
         word);
     addRequest(
-        "getForwardingConfiguration",
-        document(forwardingAnswer),
+        "getForwardingConfiguration", document(forwardingAnswer),
         [](pugi::xml_node& r)
         {
             put(r, "Method", "getForwardingConfiguration");
@@ -195,39 +181,26 @@ void addPugixml()
         {
             const Fields a(answer);
             const std::string text = a.value("uri");
-            Touch().heard("",
-                          std::strcmp(a.value("sfiResult"), "sfiSuccess") == 0,
-                          a.number("status"),
-                          text,
-                          a.number("cfnrRingCount"));
+            Touch().heard("", std::strcmp(a.value("sfiResult"), "sfiSuccess") == 0,
+                          a.number("status"), text, a.number("cfnrRingCount"));
         });
     addRequest(
-        "getMessageWaitingIndicator",
-        document(messageWaitingAnswer),
+        "getMessageWaitingIndicator", document(messageWaitingAnswer),
         [](pugi::xml_node& r) { put(r, "Method", "GetMessageWaitingIndicator"); },
         [](const std::string& answer)
         {
             const Fields a(answer);
             const std::string number = a.value("voiceMailNumber");
-            Touch().heard("",
-                          std::strcmp(a.value("func_return_val"), "sfiSuccess") == 0,
-                          a.number("Type"),
-                          a.number("newMsgs"),
-                          a.number("oldMsgs"),
-                          a.number("newUrgMsgs"),
-                          a.number("oldUrgMsgs"),
-                          a.number("return_type"),
-                          a.number("available_info"),
-                          a.number("messages_waiting"),
-                          number);
+            Touch().heard("", std::strcmp(a.value("func_return_val"), "sfiSuccess") == 0,
+                          a.number("Type"), a.number("newMsgs"), a.number("oldMsgs"),
+                          a.number("newUrgMsgs"), a.number("oldUrgMsgs"), a.number("return_type"),
+                          a.number("available_info"), a.number("messages_waiting"), number);
         });
     Message list;
     for (const std::string& device : devices)
         list.fields.push_back({"item", device, false});
     addRequest(
-        "getDevices.12",
-        document(list),
-        [](pugi::xml_node& r) { put(r, "Method", "GetDevices"); },
+        "getDevices.12", document(list), [](pugi::xml_node& r) { put(r, "Method", "GetDevices"); },
         [](const std::string& answer)
         {
             const Fields a(answer);
@@ -237,39 +210,27 @@ void addPugixml()
             Touch().heard("", items);
         });
 
-    addEvent("DevicesChangedEvent",
-             devicesChanged,
+    addEvent("DevicesChangedEvent", devicesChanged,
              [](Ifc& to, const Fields&) { to.onDevicesChangedEvent(); });
-    addEvent("CallHeldEvent",
-             callHeld,
+    addEvent("CallHeldEvent", callHeld,
              [](Ifc& to, const Fields& e)
              { to.onCallHeldEvent(e.value("LineID"), e.number("CallID")); });
     addEvent("CallStateChangeEvent.18", callState, tellCallState);
     addEvent("CallStateChangeEvent.18.reverse", callState.reversed(), tellCallState);
-    addEvent("IncomingCallEvent.17",
-             incomingCall,
+    addEvent("IncomingCallEvent.17", incomingCall,
              [](Ifc& to, const Fields& e)
              {
-                 to.onIncomingCallEvent(e.value("LineID"),
-                                        e.number("CallID"),
-                                        e.value("URI"),
-                                        e.value("Name"),
-                                        e.value("FullPAI"),
-                                        e.value("AlertInformation_AlertURI"),
-                                        e.value("AlertInformation_InfoParam"),
-                                        e.number("AlertInformation_AutoAnswer") != 0,
-                                        e.number("CallType"),
-                                        e.value("DiversionURI"),
-                                        e.value("DiversionName"),
-                                        e.number("DiversionReason"),
-                                        e.number("AICSZIPAutoAnswer") != 0,
-                                        e.number("ResourcePriority"),
-                                        e.number("ILCallLevel"),
-                                        e.number("ILLocalLevel"),
-                                        e.number("IsVideoCall") != 0);
+                 to.onIncomingCallEvent(
+                     e.value("LineID"), e.number("CallID"), e.value("URI"), e.value("Name"),
+                     e.value("FullPAI"), e.value("AlertInformation_AlertURI"),
+                     e.value("AlertInformation_InfoParam"),
+                     e.number("AlertInformation_AutoAnswer") != 0, e.number("CallType"),
+                     e.value("DiversionURI"), e.value("DiversionName"), e.number("DiversionReason"),
+                     e.number("AICSZIPAutoAnswer") != 0, e.number("ResourcePriority"),
+                     e.number("ILCallLevel"), e.number("ILLocalLevel"),
+                     e.number("IsVideoCall") != 0);
              });
-    addEvent("b2buaCSTAResponse.2KiB",
-             cstaResponse,
+    addEvent("b2buaCSTAResponse.2KiB", cstaResponse,
              [](Ifc& to, const Fields& e)
              {
                  std::string text = e.value("payload");
@@ -281,8 +242,7 @@ void addPugixml()
         security.fields.push_back({"id", id, true});
     for (const char* lineUri : {"498970001001", "498970001002"})
         security.fields.push_back({"uri", lineUri, false});
-    addEvent("securityStatusChanged",
-             security,
+    addEvent("securityStatusChanged", security,
              [](Ifc& to, const Fields& e)
              {
                  std::vector<int> ids;
@@ -291,10 +251,7 @@ void addPugixml()
                  std::vector<std::string> uris;
                  for (const pugi::xml_node& item : e.root.children("uri"))
                      uris.push_back(item.child_value());
-                 to.onSecurityStatusChanged(e.value("lineURI"),
-                                            e.number("callId"),
-                                            e.number("securityStatus"),
-                                            ids,
-                                            uris);
+                 to.onSecurityStatusChanged(e.value("lineURI"), e.number("callId"),
+                                            e.number("securityStatus"), ids, uris);
              });
 }

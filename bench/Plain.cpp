@@ -132,21 +132,12 @@ void callStateChange(CommunicationsServiceEventIfc* to, const std::string& m)
     std::strcpy(record + 418, callingName.c_str());
     std::strcpy(record + 353, called.c_str());
     std::strcpy(record + 288, calledName.c_str());
-    to->onCallStateChangeEvent(text(m, "LineID"),
-                               number(m, "CallID"),
-                               number(m, "CallState"),
-                               number(m, "Reason"),
-                               number(m, "SendOptions"),
-                               text(m, "URI"),
-                               text(m, "Name"),
-                               text(m, "FullPAI"),
-                               reinterpret_cast<CallPartyInfo*>(record),
-                               number(m, "ResourcePriority"),
-                               number(m, "PreemptionCause"),
-                               text(m, "PreemptionText"),
-                               flag(m, "CallBackFearureAvailable"),
-                               number(m, "ILCallLevel"),
-                               number(m, "ILLocalLevel"));
+    to->onCallStateChangeEvent(
+        text(m, "LineID"), number(m, "CallID"), number(m, "CallState"), number(m, "Reason"),
+        number(m, "SendOptions"), text(m, "URI"), text(m, "Name"), text(m, "FullPAI"),
+        reinterpret_cast<CallPartyInfo*>(record), number(m, "ResourcePriority"),
+        number(m, "PreemptionCause"), text(m, "PreemptionText"),
+        flag(m, "CallBackFearureAvailable"), number(m, "ILCallLevel"), number(m, "ILLocalLevel"));
     std::free(record);
 }
 
@@ -157,11 +148,8 @@ void securityStatus(CommunicationsServiceEventIfc* to, const std::string& m)
     Serializer::deserialize(list, ids);
     list = text(m, "CallLineURIsRecorded");
     std::vector<std::string> uris = Serializer::deserialize(list);
-    to->onSecurityStatusChanged(text(m, "lineURI"),
-                                number(m, "callId"),
-                                number(m, "securityStatus"),
-                                ids,
-                                uris);
+    to->onSecurityStatusChanged(text(m, "lineURI"), number(m, "callId"),
+                                number(m, "securityStatus"), ids, uris);
 }
 
 }  // namespace
@@ -180,90 +168,51 @@ void PlainInvoker::handleMessage(Executable* subscriber, const char* message, in
     if (method == "CallStateChangeEvent")
         callStateChange(to, m);
     if (begins("RegistrationStateChangeEvent"))
-        to->onRegistrationStateChangeEvent(text(m, "LineID"),
-                                           number(m, "CallID"),
-                                           flag(m, "Registered"),
-                                           number(m, "RegistrationResult"));
+        to->onRegistrationStateChangeEvent(text(m, "LineID"), number(m, "CallID"),
+                                           flag(m, "Registered"), number(m, "RegistrationResult"));
     if (begins("IncomingCallEvent"))
-        to->onIncomingCallEvent(text(m, "LineID"),
-                                number(m, "CallID"),
-                                text(m, "URI"),
-                                text(m, "Name"),
-                                text(m, "FullPAI"),
-                                text(m, "AlertInformation_AlertURI"),
-                                text(m, "AlertInformation_InfoParam"),
-                                flag(m, "AlertInformation_AutoAnswer"),
-                                number(m, "CallType"),
-                                text(m, "DiversionURI"),
-                                text(m, "DiversionName"),
-                                number(m, "DiversionReason"),
-                                flag(m, "AICSZIPAutoAnswer"),
-                                number(m, "ResourcePriority"),
-                                number(m, "ILCallLevel"),
-                                number(m, "ILLocalLevel"),
-                                flag(m, "IsVideoCall"));
+        to->onIncomingCallEvent(
+            text(m, "LineID"), number(m, "CallID"), text(m, "URI"), text(m, "Name"),
+            text(m, "FullPAI"), text(m, "AlertInformation_AlertURI"),
+            text(m, "AlertInformation_InfoParam"), flag(m, "AlertInformation_AutoAnswer"),
+            number(m, "CallType"), text(m, "DiversionURI"), text(m, "DiversionName"),
+            number(m, "DiversionReason"), flag(m, "AICSZIPAutoAnswer"),
+            number(m, "ResourcePriority"), number(m, "ILCallLevel"), number(m, "ILLocalLevel"),
+            flag(m, "IsVideoCall"));
     if (begins("IncomingPickupCallEvent"))
-        to->onIncomingPickupCallEvent(text(m, "LineID"),
-                                      number(m, "CallID"),
-                                      text(m, "URI"),
-                                      text(m, "Name"),
-                                      text(m, "FullPAI"));
+        to->onIncomingPickupCallEvent(text(m, "LineID"), number(m, "CallID"), text(m, "URI"),
+                                      text(m, "Name"), text(m, "FullPAI"));
     if (begins("CallHeldEvent"))
         to->onCallHeldEvent(text(m, "LineID"), number(m, "CallID"));
     if (begins("CallRetrievedEvent"))
-        to->onCallRetrievedEvent(text(m, "LineID"),
-                                 number(m, "CallID"),
-                                 text(m, "URI"),
-                                 text(m, "Name"),
-                                 text(m, "FullPAI"),
-                                 number(m, "ILCallLevel"),
-                                 number(m, "ILLocalLevel"),
-                                 flag(m, "ConnectedToMediaServer"));
+        to->onCallRetrievedEvent(text(m, "LineID"), number(m, "CallID"), text(m, "URI"),
+                                 text(m, "Name"), text(m, "FullPAI"), number(m, "ILCallLevel"),
+                                 number(m, "ILLocalLevel"), flag(m, "ConnectedToMediaServer"));
     if (begins("FeatureSuccessEvent"))
         to->onFeatureSuccessEvent(text(m, "LineID"), number(m, "CallID"), number(m, "Feature"));
     if (begins("FeatureFailedEvent"))
-        to->onFeatureFailedEvent(text(m, "LineID"),
-                                 number(m, "CallID"),
-                                 number(m, "Feature"),
+        to->onFeatureFailedEvent(text(m, "LineID"), number(m, "CallID"), number(m, "Feature"),
                                  number(m, "FeatureFailure"));
     if (begins("RemoteEndpointDetailsChangedEvent"))
-        to->onRemoteEndpointDetailsChangedEvent(text(m, "LineID"),
-                                                number(m, "CallID"),
-                                                text(m, "URI"),
-                                                text(m, "Name"),
-                                                text(m, "FullPAI"),
-                                                flag(m, "exitConf"),
-                                                flag(m, "jointCall"));
+        to->onRemoteEndpointDetailsChangedEvent(text(m, "LineID"), number(m, "CallID"),
+                                                text(m, "URI"), text(m, "Name"), text(m, "FullPAI"),
+                                                flag(m, "exitConf"), flag(m, "jointCall"));
     if (begins("IncomingCallMissedEvent"))
-        to->onIncomingCallMissedEvent(text(m, "LineID"),
-                                      number(m, "CallID"),
-                                      text(m, "URI"),
-                                      text(m, "Name"),
-                                      text(m, "FullPAI"),
-                                      number(m, "Reason"),
-                                      text(m, "DiversionURI"),
-                                      text(m, "DiversionName"),
+        to->onIncomingCallMissedEvent(text(m, "LineID"), number(m, "CallID"), text(m, "URI"),
+                                      text(m, "Name"), text(m, "FullPAI"), number(m, "Reason"),
+                                      text(m, "DiversionURI"), text(m, "DiversionName"),
                                       number(m, "DiversionReason"));
     if (begins("CallForwardedEvent"))
-        to->onCallForwardedEvent(text(m, "LineID"),
-                                 number(m, "CallID"),
-                                 text(m, "CallingParty"),
-                                 text(m, "CallingPartyName"),
-                                 text(m, "CallingPartyFullPAI"),
-                                 text(m, "NewDestination"),
-                                 number(m, "Reason"));
+        to->onCallForwardedEvent(text(m, "LineID"), number(m, "CallID"), text(m, "CallingParty"),
+                                 text(m, "CallingPartyName"), text(m, "CallingPartyFullPAI"),
+                                 text(m, "NewDestination"), number(m, "Reason"));
     if (begins("DevicesChangedEvent"))
         to->onDevicesChangedEvent();
     if (begins("messageWaitingEvent"))
-        to->onMessageWaitingEvent(text(m, "LineID"),
-                                  number(m, "type"),
-                                  count(m, "new_messages"),
-                                  count(m, "old_messages"),
-                                  count(m, "new_urgent_messages"),
-                                  count(m, "old_urgent_messages"),
-                                  number(m, "return_type"),
-                                  number(m, "avail_info"),
-                                  number(m, "messages_waiting"),
+        to->onMessageWaitingEvent(text(m, "LineID"), number(m, "type"), count(m, "new_messages"),
+                                  count(m, "old_messages"), count(m, "new_urgent_messages"),
+                                  count(m, "old_urgent_messages"), number(m, "return_type"),
+                                  number(m, "avail_info"), number(m, "messages_waiting"),
                                   text(m, "voiceMailNumber"));
     if (begins("DoNotDisturbEvent"))
         to->onDoNotDisturbEvent(text(m, "deviceId"), flag(m, "doNotDisturbOn"));
@@ -274,8 +223,7 @@ void PlainInvoker::handleMessage(Executable* subscriber, const char* message, in
     if (begins("serverFeatureStatusEvent"))
         to->onServerFeatureStatusEvent(text(m, "lineURI"), text(m, "status"));
     if (begins("IncomingAssociatedCallEvent"))
-        to->onIncomingAssociatedCallEvent(text(m, "LineID"),
-                                          number(m, "CurrentCallID"),
+        to->onIncomingAssociatedCallEvent(text(m, "LineID"), number(m, "CurrentCallID"),
                                           number(m, "NewCallID"));
 
     if (begins("b2buaCSTAResponse"))
@@ -296,35 +244,24 @@ void PlainInvoker::handleMessage(Executable* subscriber, const char* message, in
     if (begins("securityStatusChanged"))
         securityStatus(to, m);
     if (begins("preemptionStatusChanged"))
-        to->onPreemptionStatusChanged(text(m, "lineURI"),
-                                      number(m, "callId"),
-                                      number(m, "priority"),
-                                      number(m, "cause"),
-                                      text(m, "reason"));
+        to->onPreemptionStatusChanged(text(m, "lineURI"), number(m, "callId"),
+                                      number(m, "priority"), number(m, "cause"), text(m, "reason"));
     if (begins("impactLevelChanged"))
-        to->onImpactLevelChanged(text(m, "lineURI"),
-                                 number(m, "callId"),
-                                 number(m, "ILCallLevel"),
+        to->onImpactLevelChanged(text(m, "lineURI"), number(m, "callId"), number(m, "ILCallLevel"),
                                  number(m, "ILLocalLevel"));
     if (begins("callRecordingStatusEvent"))
-        to->onCallRecordingStatusEvent(text(m, "LineID"),
-                                       number(m, "callId"),
+        to->onCallRecordingStatusEvent(text(m, "LineID"), number(m, "callId"),
                                        text(m, "callRecorded"));
     if (begins("callCompletionEvent"))
-        to->onCallCompletionEvent(text(m, "LineID"),
-                                  text(m, "URI"),
-                                  number(m, "CallCompletionType"),
-                                  number(m, "CallCompletionState"),
+        to->onCallCompletionEvent(text(m, "LineID"), text(m, "URI"),
+                                  number(m, "CallCompletionType"), number(m, "CallCompletionState"),
                                   flag(m, "DisplayOutcomeCallUI"));
     if (begins("callCompletionFailedEvent"))
-        to->onCallCompletionFailedEvent(text(m, "LineID"),
-                                        text(m, "URI"),
+        to->onCallCompletionFailedEvent(text(m, "LineID"), text(m, "URI"),
                                         number(m, "CallCompletionFailureType"));
     if (begins("bluetoothAudioStatusChanged"))
-        to->onBluetoothAudioStatusChanged(text(m, "LineID"),
-                                          number(m, "CallID"),
-                                          flag(m, "AudioEnabled"),
-                                          flag(m, "AudioGateway"),
+        to->onBluetoothAudioStatusChanged(text(m, "LineID"), number(m, "CallID"),
+                                          flag(m, "AudioEnabled"), flag(m, "AudioGateway"),
                                           flag(m, "InBandRinging"));
     if (response != nullptr)
         response->messageHandled();

@@ -24,22 +24,9 @@ public:
                                 const std::string& preemptionText, bool callBackFeatureAvailable,
                                 int ilCallLevel, int ilLocalLevel) override
     {
-        heard("onCallStateChangeEvent",
-              lineId,
-              callId,
-              callState,
-              reason,
-              sendOptions,
-              uri,
-              name,
-              fullPai,
-              callPartyInfo,
-              resourcePriority,
-              preemptionCause,
-              preemptionText,
-              callBackFeatureAvailable,
-              ilCallLevel,
-              ilLocalLevel);
+        heard("onCallStateChangeEvent", lineId, callId, callState, reason, sendOptions, uri, name,
+              fullPai, callPartyInfo, resourcePriority, preemptionCause, preemptionText,
+              callBackFeatureAvailable, ilCallLevel, ilLocalLevel);
     }
     void onRegistrationStateChangeEvent(const std::string& lineId, int callId, bool registered,
                                         int registrationResult) override
@@ -54,24 +41,9 @@ public:
                              bool zipAutoAnswer, int resourcePriority, int ilCallLevel,
                              int ilLocalLevel, bool isVideoCall) override
     {
-        heard("onIncomingCallEvent",
-              lineId,
-              callId,
-              uri,
-              name,
-              fullPai,
-              alertUri,
-              alertInfoParam,
-              alertAutoAnswer,
-              callType,
-              diversionUri,
-              diversionName,
-              diversionReason,
-              zipAutoAnswer,
-              resourcePriority,
-              ilCallLevel,
-              ilLocalLevel,
-              isVideoCall);
+        heard("onIncomingCallEvent", lineId, callId, uri, name, fullPai, alertUri, alertInfoParam,
+              alertAutoAnswer, callType, diversionUri, diversionName, diversionReason,
+              zipAutoAnswer, resourcePriority, ilCallLevel, ilLocalLevel, isVideoCall);
     }
     void onIncomingPickupCallEvent(const std::string& lineId, int callId, const std::string& uri,
                                    const std::string& name, const std::string& fullPai) override
@@ -86,14 +58,7 @@ public:
                               const std::string& name, const std::string& fullPai, int ilCallLevel,
                               int ilLocalLevel, bool connectedToMediaServer) override
     {
-        heard("onCallRetrievedEvent",
-              lineId,
-              callId,
-              uri,
-              name,
-              fullPai,
-              ilCallLevel,
-              ilLocalLevel,
+        heard("onCallRetrievedEvent", lineId, callId, uri, name, fullPai, ilCallLevel, ilLocalLevel,
               connectedToMediaServer);
     }
     void onFeatureSuccessEvent(const std::string& lineId, int callId, int feature) override
@@ -110,13 +75,7 @@ public:
                                              const std::string& fullPai, bool exitConf,
                                              bool jointCall) override
     {
-        heard("onRemoteEndpointDetailsChangedEvent",
-              lineId,
-              callId,
-              uri,
-              name,
-              fullPai,
-              exitConf,
+        heard("onRemoteEndpointDetailsChangedEvent", lineId, callId, uri, name, fullPai, exitConf,
               jointCall);
     }
     void onIncomingCallMissedEvent(const std::string& lineId, int callId, const std::string& uri,
@@ -124,30 +83,16 @@ public:
                                    const std::string& diversionUri,
                                    const std::string& diversionName, int diversionReason) override
     {
-        heard("onIncomingCallMissedEvent",
-              lineId,
-              callId,
-              uri,
-              name,
-              fullPai,
-              reason,
-              diversionUri,
-              diversionName,
-              diversionReason);
+        heard("onIncomingCallMissedEvent", lineId, callId, uri, name, fullPai, reason, diversionUri,
+              diversionName, diversionReason);
     }
     void onCallForwardedEvent(const std::string& lineId, int callId,
                               const std::string& callingParty, const std::string& callingPartyName,
                               const std::string& callingPartyFullPai,
                               const std::string& newDestination, int reason) override
     {
-        heard("onCallForwardedEvent",
-              lineId,
-              callId,
-              callingParty,
-              callingPartyName,
-              callingPartyFullPai,
-              newDestination,
-              reason);
+        heard("onCallForwardedEvent", lineId, callId, callingParty, callingPartyName,
+              callingPartyFullPai, newDestination, reason);
     }
     void onIncomingAssociatedCallEvent(const std::string& lineId, int currentCallId,
                                        int newCallId) override
@@ -160,17 +105,8 @@ public:
                                unsigned int oldUrgentMessages, int returnType, int availInfo,
                                int messagesWaiting, const std::string& voiceMailNumber) override
     {
-        heard("onMessageWaitingEvent",
-              lineId,
-              type,
-              newMessages,
-              oldMessages,
-              newUrgentMessages,
-              oldUrgentMessages,
-              returnType,
-              availInfo,
-              messagesWaiting,
-              voiceMailNumber);
+        heard("onMessageWaitingEvent", lineId, type, newMessages, oldMessages, newUrgentMessages,
+              oldUrgentMessages, returnType, availInfo, messagesWaiting, voiceMailNumber);
     }
     void onDoNotDisturbEvent(const std::string& deviceId, bool doNotDisturbOn) override
     {
@@ -184,11 +120,7 @@ public:
                                  std::vector<int>& callIdsRecorded,
                                  std::vector<std::string>& callLineURIsRecorded) override
     {
-        heard("onSecurityStatusChanged",
-              lineURI,
-              callId,
-              securityStatus,
-              callIdsRecorded,
+        heard("onSecurityStatusChanged", lineURI, callId, securityStatus, callIdsRecorded,
               callLineURIsRecorded);
     }
     void onCallRecordingStatusEvent(const std::string& lineId, int callId,
@@ -232,11 +164,7 @@ public:
                                int callCompletionType, int callCompletionState,
                                bool displayOutcomeCallUI) override
     {
-        heard("onCallCompletionEvent",
-              lineId,
-              uri,
-              callCompletionType,
-              callCompletionState,
+        heard("onCallCompletionEvent", lineId, uri, callCompletionType, callCompletionState,
               displayOutcomeCallUI);
     }
     void onCallCompletionFailedEvent(const std::string& lineId, const std::string& uri,
@@ -247,11 +175,7 @@ public:
     void onBluetoothAudioStatusChanged(const std::string& lineId, int callId, bool audioEnabled,
                                        bool audioGateway, bool inBandRinging) override
     {
-        heard("onBluetoothAudioStatusChanged",
-              lineId,
-              callId,
-              audioEnabled,
-              audioGateway,
+        heard("onBluetoothAudioStatusChanged", lineId, callId, audioEnabled, audioGateway,
               inBandRinging);
     }
 };

@@ -28,9 +28,8 @@ int main()
     CstaClient client;
     service.activate();
     service.subscribe(&client);
-    if (service.SendCSTARequest("1001",
-                                "<GetDoNotDisturb><device>1001</device></GetDoNotDisturb>") !=
-        sfiSuccess)
+    if (service.SendCSTARequest(
+            "1001", "<GetDoNotDisturb><device>1001</device></GetDoNotDisturb>") != sfiSuccess)
         std::cout << "the service does not pass it on\n";
     framework.settle(std::chrono::seconds(10));
     framework.remove(client);

@@ -37,13 +37,11 @@ void compareWords(CommunicationsServiceProxy& proxy, const HostileChannel& chann
         bool value = before;
         int result = proxy.getMicrophoneMute(value);
         const bool failed = has(answer, "sfiFailure");
-        demandEqual("getMicrophoneMute",
-                    all(result, value),
+        demandEqual("getMicrophoneMute", all(result, value),
                     all(failed ? 0 : 5, failed ? before : has(answer, "true")));
         value = before;
         result = proxy.getDoNotDisturb("1001", value);
-        demandEqual("getDoNotDisturb",
-                    all(result, value),
+        demandEqual("getDoNotDisturb", all(result, value),
                     all(failed ? 0 : 5, failed ? before : has(behindFalse, "true")));
     }
 
@@ -54,12 +52,10 @@ void compareWords(CommunicationsServiceProxy& proxy, const HostileChannel& chann
                          : has(behindFalse, "sfiServiceOutOfService") ? 1
                          : has(behindFalse, "sfiServiceDoNotDisturb") ? 2
                                                                       : 77;
-    demandEqual("getServiceState",
-                all(result, static_cast<int>(state)),
+    demandEqual("getServiceState", all(result, static_cast<int>(state)),
                 all(expected == 77 ? 0 : 5, expected));
     demandEqual("isCallHoldPossible", proxy.isCallHoldPossible("1001"), answer == "true");
-    demandEqual("getManualHoldIndication",
-                proxy.getManualHoldIndication("1001", 1),
+    demandEqual("getManualHoldIndication", proxy.getManualHoldIndication("1001", 1),
                 answer == "true");
 }
 

@@ -57,17 +57,13 @@ void compareReaders(const std::string& start, const std::string& message, const 
     using Invoker = CommunicationsServiceEventInvoker;
     const Found answer = inAnswer(start, message, end);
     const Found event = inEvent(start, message, end);
-    demandEqual("text of an answer",
-                Proxy::getParamAsString(start, message, end),
+    demandEqual("text of an answer", Proxy::getParamAsString(start, message, end),
                 answer.value_or(""));
-    demandEqual("number of an answer",
-                Proxy::getParamAsLong(start, message, end),
+    demandEqual("number of an answer", Proxy::getParamAsLong(start, message, end),
                 numberOf(answer));
-    demandEqual("text of an event",
-                Invoker::getParamAsString(start, message, end),
+    demandEqual("text of an event", Invoker::getParamAsString(start, message, end),
                 event.value_or(""));
-    demandEqual("number of an event",
-                Invoker::getParamAsLong(start, message, end),
+    demandEqual("number of an event", Invoker::getParamAsLong(start, message, end),
                 numberOf(event));
 }
 
@@ -85,8 +81,7 @@ void compareFields(const std::string& message, const std::vector<std::string>& t
         demandEqual("event.flag", flags.flag(tag), numberOf(event) != 0);
         demandEqual("answer.text", answerTexts.text(tag), answer.value_or(""));
         demandEqual("answer.number", answerNumbers.number(tag), numberOf(answer));
-        demandEqual("answer.numberOfText",
-                    numbersOfTexts.numberOfText(tag),
+        demandEqual("answer.numberOfText", numbersOfTexts.numberOfText(tag),
                     number(answer.value_or("")));
     }
 }
@@ -107,8 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::size_t endOfEnd = message.find('\0', endOfStart + 1);
         if (endOfEnd == std::string::npos)
             return 0;
-        compareReaders(message.substr(0, endOfStart),
-                       message.substr(endOfEnd + 1),
+        compareReaders(message.substr(0, endOfStart), message.substr(endOfEnd + 1),
                        message.substr(endOfStart + 1, endOfEnd - endOfStart - 1));
         return 0;
     }

@@ -69,14 +69,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto flag = [](bool value) { return std::string(value ? "1" : "0"); };
 
     proxy.cancelCallbacks(line, number, second, static_cast<sfiCancelCallBackType>(other), one);
-    demandEqual("cancelCallbacks",
-                channel.sent,
-                request("CancelCallbacks",
-                        {{"Line", line},
-                         {"CallID", numberText},
-                         {"URI", second},
-                         {"CancelCallBackType", otherText},
-                         {"DisplayOutcomeCallUI", flag(one)}}));
+    demandEqual("cancelCallbacks", channel.sent,
+                request("CancelCallbacks", {{"Line", line},
+                                            {"CallID", numberText},
+                                            {"URI", second},
+                                            {"CancelCallBackType", otherText},
+                                            {"DisplayOutcomeCallUI", flag(one)}}));
 
     const sfiForwardingType type = static_cast<sfiForwardingType>(number);
     proxy.setForwardingConfiguration(line, type, two, third, other, three);
@@ -107,22 +105,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     demandEqual("SendCSTARequest", channel.sent, plainChannel.sent);
 
     proxy.RemoveConfParticipant(number, second, third);
-    demandEqual("RemoveConfParticipant",
-                channel.sent,
-                request("RemoveConfParticipant",
-                        {{"callID", numberText},
-                         {"remoteParticipant", second},
-                         {"conferenceMemberId", third}}));
+    demandEqual("RemoveConfParticipant", channel.sent,
+                request("RemoveConfParticipant", {{"callID", numberText},
+                                                  {"remoteParticipant", second},
+                                                  {"conferenceMemberId", third}}));
 
     proxy.setServiceState(static_cast<sfiServiceState>(number));
-    demandEqual("setServiceState",
-                channel.sent,
-                request("SetServiceState",
-                        {{"state",
-                          number == 0   ? "sfiServiceInService"
-                          : number == 1 ? "sfiServiceOutOfService"
-                          : number == 2 ? "sfiServiceDoNotDisturb"
-                                        : ""}}));
+    demandEqual("setServiceState", channel.sent,
+                request("SetServiceState", {{"state", number == 0   ? "sfiServiceInService"
+                                                      : number == 1 ? "sfiServiceOutOfService"
+                                                      : number == 2 ? "sfiServiceDoNotDisturb"
+                                                                    : ""}}));
 
     proxy.processSignallingComponentEvent(line.data(), static_cast<int>(line.size()));
     demandEqual("processSignallingComponentEvent", channel.sent, "SigEvent:" + line);

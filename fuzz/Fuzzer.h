@@ -10,10 +10,7 @@ inline void demandEqual(const char* what, const std::string& library, const std:
 {
     if (library == plain)
         return;
-    std::fprintf(stderr,
-                 "%s\n  library: %s\n  plain:   %s\n",
-                 what,
-                 library.c_str(),
+    std::fprintf(stderr, "%s\n  library: %s\n  plain:   %s\n", what, library.c_str(),
                  plain.c_str());
     std::abort();
 }

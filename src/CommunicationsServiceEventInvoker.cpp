@@ -198,21 +198,10 @@ void CommunicationsServiceEventInvoker::callStateChangeEvent(
 
     // When the callback throws, the record is not freed, on purpose.
     static_cast<void>(memory.release());
-    subscriber->onCallStateChangeEvent(lineId,
-                                       callId,
-                                       callState,
-                                       reason,
-                                       sendOptions,
-                                       uri,
-                                       name,
-                                       fullPai,
-                                       reinterpret_cast<CallPartyInfo*>(record),
-                                       resourcePriority,
-                                       preemptionCause,
-                                       preemptionText,
-                                       callBackFeatureAvailable,
-                                       ilCallLevel,
-                                       ilLocalLevel);
+    subscriber->onCallStateChangeEvent(lineId, callId, callState, reason, sendOptions, uri, name,
+                                       fullPai, reinterpret_cast<CallPartyInfo*>(record),
+                                       resourcePriority, preemptionCause, preemptionText,
+                                       callBackFeatureAvailable, ilCallLevel, ilLocalLevel);
     std::free(record);
 }
 
@@ -248,23 +237,10 @@ void CommunicationsServiceEventInvoker::incomingCallEvent(CommunicationsServiceE
     const int ilCallLevel = event.number("ILCallLevel");
     const int ilLocalLevel = event.number("ILLocalLevel");
     const bool isVideoCall = event.flag("IsVideoCall");
-    subscriber->onIncomingCallEvent(lineId,
-                                    callId,
-                                    uri,
-                                    name,
-                                    fullPai,
-                                    alertUri,
-                                    alertInfoParam,
-                                    alertAutoAnswer,
-                                    callType,
-                                    diversionUri,
-                                    diversionName,
-                                    diversionReason,
-                                    zipAutoAnswer,
-                                    resourcePriority,
-                                    ilCallLevel,
-                                    ilLocalLevel,
-                                    isVideoCall);
+    subscriber->onIncomingCallEvent(lineId, callId, uri, name, fullPai, alertUri, alertInfoParam,
+                                    alertAutoAnswer, callType, diversionUri, diversionName,
+                                    diversionReason, zipAutoAnswer, resourcePriority, ilCallLevel,
+                                    ilLocalLevel, isVideoCall);
 }
 
 void CommunicationsServiceEventInvoker::incomingPickupCallEvent(
@@ -300,13 +276,7 @@ void CommunicationsServiceEventInvoker::callRetrievedEvent(
     const int ilCallLevel = event.number("ILCallLevel");
     const int ilLocalLevel = event.number("ILLocalLevel");
     const bool connectedToMediaServer = event.flag("ConnectedToMediaServer");
-    subscriber->onCallRetrievedEvent(lineId,
-                                     callId,
-                                     uri,
-                                     name,
-                                     fullPai,
-                                     ilCallLevel,
-                                     ilLocalLevel,
+    subscriber->onCallRetrievedEvent(lineId, callId, uri, name, fullPai, ilCallLevel, ilLocalLevel,
                                      connectedToMediaServer);
 }
 
@@ -342,12 +312,7 @@ void CommunicationsServiceEventInvoker::remoteEndpointDetailsChangedEvent(
     const std::string fullPai = event.text("FullPAI");
     const bool exitConf = event.flag("exitConf");
     const bool jointCall = event.flag("jointCall");
-    subscriber->onRemoteEndpointDetailsChangedEvent(lineId,
-                                                    callId,
-                                                    uri,
-                                                    name,
-                                                    fullPai,
-                                                    exitConf,
+    subscriber->onRemoteEndpointDetailsChangedEvent(lineId, callId, uri, name, fullPai, exitConf,
                                                     jointCall);
 }
 
@@ -364,15 +329,8 @@ void CommunicationsServiceEventInvoker::incomingCallMissedEvent(
     const std::string diversionUri = event.text("DiversionURI");
     const std::string diversionName = event.text("DiversionName");
     const int diversionReason = event.number("DiversionReason");
-    subscriber->onIncomingCallMissedEvent(lineId,
-                                          callId,
-                                          uri,
-                                          name,
-                                          fullPai,
-                                          reason,
-                                          diversionUri,
-                                          diversionName,
-                                          diversionReason);
+    subscriber->onIncomingCallMissedEvent(lineId, callId, uri, name, fullPai, reason, diversionUri,
+                                          diversionName, diversionReason);
 }
 
 void CommunicationsServiceEventInvoker::callForwardedEvent(
@@ -386,13 +344,8 @@ void CommunicationsServiceEventInvoker::callForwardedEvent(
     const std::string callingPartyFullPai = event.text("CallingPartyFullPAI");
     const std::string newDestination = event.text("NewDestination");
     const int reason = event.number("Reason");
-    subscriber->onCallForwardedEvent(lineId,
-                                     callId,
-                                     callingParty,
-                                     callingPartyName,
-                                     callingPartyFullPai,
-                                     newDestination,
-                                     reason);
+    subscriber->onCallForwardedEvent(lineId, callId, callingParty, callingPartyName,
+                                     callingPartyFullPai, newDestination, reason);
 }
 
 void CommunicationsServiceEventInvoker::messageWaitingEvent(
@@ -409,15 +362,8 @@ void CommunicationsServiceEventInvoker::messageWaitingEvent(
     const int availInfo = event.number("avail_info");
     const int messagesWaiting = event.number("messages_waiting");
     const std::string voiceMailNumber = event.text("voiceMailNumber");
-    subscriber->onMessageWaitingEvent(lineId,
-                                      type,
-                                      newMessages,
-                                      oldMessages,
-                                      newUrgentMessages,
-                                      oldUrgentMessages,
-                                      returnType,
-                                      availInfo,
-                                      messagesWaiting,
+    subscriber->onMessageWaitingEvent(lineId, type, newMessages, oldMessages, newUrgentMessages,
+                                      oldUrgentMessages, returnType, availInfo, messagesWaiting,
                                       voiceMailNumber);
 }
 
@@ -509,10 +455,7 @@ void CommunicationsServiceEventInvoker::securityStatusChanged(
     Serializer::deserialize(list, callIdsRecorded);
     list = event.text("CallLineURIsRecorded");
     std::vector<std::string> callLineURIsRecorded = Serializer::deserialize(list);
-    subscriber->onSecurityStatusChanged(lineURI,
-                                        callId,
-                                        securityStatus,
-                                        callIdsRecorded,
+    subscriber->onSecurityStatusChanged(lineURI, callId, securityStatus, callIdsRecorded,
                                         callLineURIsRecorded);
 }
 
@@ -558,10 +501,7 @@ void CommunicationsServiceEventInvoker::callCompletionEvent(
     const int callCompletionType = event.number("CallCompletionType");
     const int callCompletionState = event.number("CallCompletionState");
     const bool displayOutcomeCallUI = event.flag("DisplayOutcomeCallUI");
-    subscriber->onCallCompletionEvent(lineId,
-                                      uri,
-                                      callCompletionType,
-                                      callCompletionState,
+    subscriber->onCallCompletionEvent(lineId, uri, callCompletionType, callCompletionState,
                                       displayOutcomeCallUI);
 }
 
@@ -584,9 +524,6 @@ void CommunicationsServiceEventInvoker::bluetoothAudioStatusChanged(
     const bool audioEnabled = event.flag("AudioEnabled");
     const bool audioGateway = event.flag("AudioGateway");
     const bool inBandRinging = event.flag("InBandRinging");
-    subscriber->onBluetoothAudioStatusChanged(lineId,
-                                              callId,
-                                              audioEnabled,
-                                              audioGateway,
+    subscriber->onBluetoothAudioStatusChanged(lineId, callId, audioEnabled, audioGateway,
                                               inBandRinging);
 }

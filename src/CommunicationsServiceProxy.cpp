@@ -253,10 +253,10 @@ int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
     const std::size_t last = response.rfind('>');
     if (last == std::string::npos)
         return sfiSuccess;
-    devices.reserve(devices.size() + static_cast<std::size_t>(std::count(
-                                         response.begin(),
-                                         response.begin() + static_cast<std::ptrdiff_t>(last),
-                                         '<')));
+    devices.reserve(
+        devices.size() +
+        static_cast<std::size_t>(std::count(
+            response.begin(), response.begin() + static_cast<std::ptrdiff_t>(last), '<')));
     for (std::size_t open = response.find('<'); open < last; open = response.find('<', open + 1))
         devices.emplace_back(response, open + 1, response.find('>', open) - open - 1);
     return sfiSuccess;

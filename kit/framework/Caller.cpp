@@ -60,14 +60,8 @@ void getMessageWaitingIndicator(Call& c)
     int availableInfo = -1;
     int messagesWaiting = -1;
     std::string voiceMailNumber;
-    c.result(c.service.getMessageWaitingIndicator(type,
-                                                  newMsgs,
-                                                  oldMsgs,
-                                                  newUrgMsgs,
-                                                  oldUrgMsgs,
-                                                  returnType,
-                                                  availableInfo,
-                                                  messagesWaiting,
+    c.result(c.service.getMessageWaitingIndicator(type, newMsgs, oldMsgs, newUrgMsgs, oldUrgMsgs,
+                                                  returnType, availableInfo, messagesWaiting,
                                                   voiceMailNumber));
     c.output(type);
     c.output(newMsgs);
@@ -86,9 +80,7 @@ void getForwardingConfiguration(Call& c)
     std::string uri;
     int cfnrRingCount = -1;
     c.result(c.service.getForwardingConfiguration(static_cast<sfiForwardingType>(c.number(0)),
-                                                  status,
-                                                  uri,
-                                                  cfnrRingCount));
+                                                  status, uri, cfnrRingCount));
     c.output(status);
     c.output(uri);
     c.output(cfnrRingCount);

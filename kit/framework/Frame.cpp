@@ -68,8 +68,7 @@ bool FrameReader::next(Frame& frame)
     frame.type = static_cast<Frame::Type>(type);
     frame.id = get(buffer_, taken_ + 8, 8);
     frame.channel.assign(buffer_, contents, static_cast<std::size_t>(channel));
-    frame.text.assign(buffer_,
-                      contents + static_cast<std::size_t>(channel),
+    frame.text.assign(buffer_, contents + static_cast<std::size_t>(channel),
                       static_cast<std::size_t>(size - channel));
     taken_ = contents + static_cast<std::size_t>(size);
     return true;

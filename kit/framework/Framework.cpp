@@ -130,8 +130,7 @@ public:
     {
         std::unique_lock<std::mutex> lock(inbox_->mutex);
         const auto found =
-            std::find_if(subscribers_.begin(),
-                         subscribers_.end(),
+            std::find_if(subscribers_.begin(), subscribers_.end(),
                          [&](const auto& entry) { return entry.second == &subscriber; });
         const bool known = found != subscribers_.end();
         if (known)
@@ -163,8 +162,7 @@ public:
     bool settle(std::chrono::milliseconds timeout)
     {
         std::unique_lock<std::mutex> lock(inbox_->mutex);
-        return inbox_->changed.wait_for(lock,
-                                        timeout,
+        return inbox_->changed.wait_for(lock, timeout,
                                         [&] { return inbox_->waiting.empty() && !busy(); });
     }
 
@@ -388,10 +386,8 @@ private:
         }
         try
         {
-            invoker_->handleMessage(&subscriber,
-                                    event.text.c_str(),
-                                    static_cast<int>(event.text.size()),
-                                    this);
+            invoker_->handleMessage(&subscriber, event.text.c_str(),
+                                    static_cast<int>(event.text.size()), this);
         }
         catch (const std::exception& exception)
         {

@@ -173,8 +173,7 @@ Delivery SocketConnection::Core::ask(Frame frame, std::string& answer,
     if (gone)
         return Delivery::gone;
     // Nobody waits for it any more: what has not been sent is not sent.
-    const auto unsent = std::find_if(waiting.begin(),
-                                     waiting.end(),
+    const auto unsent = std::find_if(waiting.begin(), waiting.end(),
                                      [&](const Parcel& parcel) { return parcel.id == frame.id; });
     if (unsent != waiting.end())
     {
@@ -223,8 +222,7 @@ void SocketConnection::Core::write()
     }
     for (const Parcel& parcel : sending)
         buffers.push_back(asio::buffer(parcel.bytes));
-    asio::async_write(socket,
-                      buffers,
+    asio::async_write(socket, buffers,
                       [this](const asio::error_code& error, std::size_t)
                       {
                           if (error)

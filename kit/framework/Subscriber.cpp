@@ -103,24 +103,11 @@ void Subscriber::onCallStateChangeEvent(const std::string& lineId, int callId, i
                                         int ilLocalLevel)
 {
     receive("CallStateChangeEvent",
-            {lineId,
-             text(callId),
-             text(callState),
-             text(reason),
-             text(sendOptions),
-             uri,
-             name,
-             fullPai,
-             callPartyInfo->callingNumber,
-             callPartyInfo->callingName,
-             callPartyInfo->calledNumber,
-             callPartyInfo->calledName,
-             text(resourcePriority),
-             text(preemptionCause),
-             preemptionText,
-             text(callBackFeatureAvailable),
-             text(ilCallLevel),
-             text(ilLocalLevel)});
+            {lineId, text(callId), text(callState), text(reason), text(sendOptions), uri, name,
+             fullPai, callPartyInfo->callingNumber, callPartyInfo->callingName,
+             callPartyInfo->calledNumber, callPartyInfo->calledName, text(resourcePriority),
+             text(preemptionCause), preemptionText, text(callBackFeatureAvailable),
+             text(ilCallLevel), text(ilLocalLevel)});
 }
 
 void Subscriber::onRegistrationStateChangeEvent(const std::string& lineId, int callId,
@@ -140,23 +127,10 @@ void Subscriber::onIncomingCallEvent(const std::string& lineId, int callId, cons
                                      int ilLocalLevel, bool isVideoCall)
 {
     receive("IncomingCallEvent",
-            {lineId,
-             text(callId),
-             uri,
-             name,
-             fullPai,
-             alertUri,
-             alertInfoParam,
-             text(alertAutoAnswer),
-             text(callType),
-             diversionUri,
-             diversionName,
-             text(diversionReason),
-             text(zipAutoAnswer),
-             text(resourcePriority),
-             text(ilCallLevel),
-             text(ilLocalLevel),
-             text(isVideoCall)});
+            {lineId, text(callId), uri, name, fullPai, alertUri, alertInfoParam,
+             text(alertAutoAnswer), text(callType), diversionUri, diversionName,
+             text(diversionReason), text(zipAutoAnswer), text(resourcePriority), text(ilCallLevel),
+             text(ilLocalLevel), text(isVideoCall)});
 }
 
 void Subscriber::onIncomingPickupCallEvent(const std::string& lineId, int callId,
@@ -176,15 +150,8 @@ void Subscriber::onCallRetrievedEvent(const std::string& lineId, int callId, con
                                       int ilCallLevel, int ilLocalLevel,
                                       bool connectedToMediaServer)
 {
-    receive("CallRetrievedEvent",
-            {lineId,
-             text(callId),
-             uri,
-             name,
-             fullPai,
-             text(ilCallLevel),
-             text(ilLocalLevel),
-             text(connectedToMediaServer)});
+    receive("CallRetrievedEvent", {lineId, text(callId), uri, name, fullPai, text(ilCallLevel),
+                                   text(ilLocalLevel), text(connectedToMediaServer)});
 }
 
 void Subscriber::onFeatureSuccessEvent(const std::string& lineId, int callId, int feature)
@@ -214,16 +181,8 @@ void Subscriber::onIncomingCallMissedEvent(const std::string& lineId, int callId
                                            const std::string& diversionUri,
                                            const std::string& diversionName, int diversionReason)
 {
-    receive("IncomingCallMissedEvent",
-            {lineId,
-             text(callId),
-             uri,
-             name,
-             fullPai,
-             text(reason),
-             diversionUri,
-             diversionName,
-             text(diversionReason)});
+    receive("IncomingCallMissedEvent", {lineId, text(callId), uri, name, fullPai, text(reason),
+                                        diversionUri, diversionName, text(diversionReason)});
 }
 
 void Subscriber::onCallForwardedEvent(const std::string& lineId, int callId,
@@ -232,14 +191,8 @@ void Subscriber::onCallForwardedEvent(const std::string& lineId, int callId,
                                       const std::string& callingPartyFullPai,
                                       const std::string& newDestination, int reason)
 {
-    receive("CallForwardedEvent",
-            {lineId,
-             text(callId),
-             callingParty,
-             callingPartyName,
-             callingPartyFullPai,
-             newDestination,
-             text(reason)});
+    receive("CallForwardedEvent", {lineId, text(callId), callingParty, callingPartyName,
+                                   callingPartyFullPai, newDestination, text(reason)});
 }
 
 void Subscriber::onIncomingAssociatedCallEvent(const std::string& lineId, int currentCallId,
@@ -261,15 +214,8 @@ void Subscriber::onMessageWaitingEvent(const std::string& lineId, int type,
                                        const std::string& voiceMailNumber)
 {
     receive("messageWaitingEvent",
-            {lineId,
-             text(type),
-             text(newMessages),
-             text(oldMessages),
-             text(newUrgentMessages),
-             text(oldUrgentMessages),
-             text(returnType),
-             text(availInfo),
-             text(messagesWaiting),
+            {lineId, text(type), text(newMessages), text(oldMessages), text(newUrgentMessages),
+             text(oldUrgentMessages), text(returnType), text(availInfo), text(messagesWaiting),
              voiceMailNumber});
 }
 
@@ -288,10 +234,7 @@ void Subscriber::onSecurityStatusChanged(const std::string& lineURI, int callId,
                                          std::vector<std::string>& callLineURIsRecorded)
 {
     receive("securityStatusChanged",
-            {lineURI,
-             text(callId),
-             text(securityStatus),
-             encodeList(callIdsRecorded),
+            {lineURI, text(callId), text(securityStatus), encodeList(callIdsRecorded),
              encodeList(callLineURIsRecorded)});
 }
 
@@ -345,12 +288,8 @@ void Subscriber::onCallCompletionEvent(const std::string& lineId, const std::str
                                        int callCompletionType, int callCompletionState,
                                        bool displayOutcomeCallUI)
 {
-    receive("callCompletionEvent",
-            {lineId,
-             uri,
-             text(callCompletionType),
-             text(callCompletionState),
-             text(displayOutcomeCallUI)});
+    receive("callCompletionEvent", {lineId, uri, text(callCompletionType),
+                                    text(callCompletionState), text(displayOutcomeCallUI)});
 }
 
 void Subscriber::onCallCompletionFailedEvent(const std::string& lineId, const std::string& uri,

@@ -359,8 +359,7 @@ std::vector<Word> expand(const ShortWord& shortWord, const std::vector<Word>& wo
     }
     for (const auto& preset : shortWord.presets)
     {
-        const bool given = std::any_of(expanded.begin(),
-                                       expanded.end(),
+        const bool given = std::any_of(expanded.begin(), expanded.end(),
                                        [&](const Word& word) { return word.name == preset.first; });
         if (given)
             continue;

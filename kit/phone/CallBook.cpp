@@ -172,8 +172,7 @@ const CallBook::Call& CallBook::pick(const Operation& operation, const Field& ar
 
 CallBook::Call& CallBook::call(int id, const ReceivedEvent& event)
 {
-    auto found = std::find_if(calls_.begin(),
-                              calls_.end(),
+    auto found = std::find_if(calls_.begin(), calls_.end(),
                               [&](const Call& candidate) { return candidate.id == id; });
     if (found == calls_.end())
     {
@@ -190,8 +189,7 @@ CallBook::Call& CallBook::call(int id, const ReceivedEvent& event)
 
 void CallBook::drop(int id)
 {
-    calls_.erase(std::remove_if(calls_.begin(),
-                                calls_.end(),
+    calls_.erase(std::remove_if(calls_.begin(), calls_.end(),
                                 [&](const Call& candidate) { return candidate.id == id; }),
                  calls_.end());
 }

@@ -117,8 +117,7 @@ private:
                 continue;
             const std::string begin = std::string(field.argument) + "=";
             const bool there =
-                std::any_of(typed.before.begin(),
-                            typed.before.end(),
+                std::any_of(typed.before.begin(), typed.before.end(),
                             [&](const std::string& word) { return beginsWith(word, begin); });
             if (there)
                 continue;
@@ -203,8 +202,7 @@ private:
                 continue;
             while (parts >> part)
             {
-                part.erase(std::remove_if(part.begin(),
-                                          part.end(),
+                part.erase(std::remove_if(part.begin(), part.end(),
                                           [](char c) { return c == '[' || c == ']'; }),
                            part.end());
                 if (part == "LINE")
@@ -222,16 +220,8 @@ private:
             }
         }
         if (typed.before.size() == 2 && typed.before[1] == "show")
-            return {"lines",
-                    "calls",
-                    "lamps",
-                    "clients",
-                    "callbacks",
-                    "mailbox",
-                    "faults",
-                    "robots",
-                    "system",
-                    "log"};
+            return {"lines",   "calls",  "lamps",  "clients", "callbacks",
+                    "mailbox", "faults", "robots", "system",  "log"};
         return words;
     }
 

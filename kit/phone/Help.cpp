@@ -118,10 +118,9 @@ std::string wireText(const std::string& method, const std::vector<Field>& fields
         if (field.kind == Kind::payload)
             text += std::string("...") + field.argument + "...";
         else if (field.kind != Kind::subscriber)
-            text += element(field.tag,
-                            isFlag(field.kind)     ? "1"
-                            : isNumber(field.kind) ? "7"
-                                                   : "...");
+            text += element(field.tag, isFlag(field.kind)     ? "1"
+                                       : isNumber(field.kind) ? "7"
+                                                              : "...");
     return text;
 }
 

@@ -13,8 +13,7 @@ namespace
 
 bool isOneOf(const char* name, const char* const* begin, const char* const* end)
 {
-    return std::any_of(begin,
-                       end,
+    return std::any_of(begin, end,
                        [&](const char* other) { return std::strcmp(name, other) == 0; });
 }
 

@@ -22,8 +22,7 @@ std::size_t farEndColumn(std::size_t index)
 std::size_t width(const std::string& text)
 {
     return static_cast<std::size_t>(
-        std::count_if(text.begin(),
-                      text.end(),
+        std::count_if(text.begin(), text.end(),
                       [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; }));
 }
 
@@ -109,9 +108,7 @@ std::string TextLadder::add(const Step& step)
     line += "|";
     line += step.application == Step::Between::none
                 ? std::string(room, ' ')
-                : arrow(step.text,
-                        room,
-                        toTheRight(step.application),
+                : arrow(step.text, room, toTheRight(step.application),
                         step.application == Step::Between::answer ? '.' : '-');
     const std::size_t target =
         step.farEnd == Step::Between::none ? serviceColumn : columnOf(step.farEndName);

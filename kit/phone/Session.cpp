@@ -115,8 +115,7 @@ Session::~Session()
 
 std::unique_ptr<Connection> Session::observed()
 {
-    return std::make_unique<ObservedConnection>(settings_.connect(),
-                                                [this](const Record& record)
+    return std::make_unique<ObservedConnection>(settings_.connect(), [this](const Record& record)
                                                 { this->record(record); });
 }
 
@@ -245,8 +244,7 @@ Verdict Session::carryOutOperation(const Operation& operation, const std::vector
     if (!failed && name == "subscribe")
         subscribed_ = true;
     if (!failed && name == "setLampMode")
-        book_.setLamp(binding.values[0].second,
-                      binding.values[1].second,
+        book_.setLamp(binding.values[0].second, binding.values[1].second,
                       toPeople(operation.arguments[2], binding.values[2].second));
     if (name == "activate" || name == "getDevices")
         linesAreStale_ = true;
@@ -294,9 +292,9 @@ Verdict Session::carryOutExpectation(const std::vector<Word>& words)
                                                        "came: " + fullEventLabel(log_[found])}
                             : expectation.explain(log_, next_);
         if (!came)
-            explanation_.insert(explanation_.begin(),
-                                "expected " + expectation.description() + " within " +
-                                    durationText(expectation.within));
+            explanation_.insert(explanation_.begin(), "expected " + expectation.description() +
+                                                          " within " +
+                                                          durationText(expectation.within));
         if (!came && !subscribed_)
             explanation_.push_back("the phone has not subscribed; \"subscribe\" lets events come");
         return Verdict::unmet;

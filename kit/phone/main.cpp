@@ -52,8 +52,7 @@ const char* const footer =
 void declare(CLI::App& app, Options& options)
 {
     app.set_help_flag("-h,--help", "Print this help and exit");
-    app.set_version_flag("--version",
-                         "communications-phone " COMMUNICATIONS_PHONE_VERSION,
+    app.set_version_flag("--version", "communications-phone " COMMUNICATIONS_PHONE_VERSION,
                          "Print the version and exit");
     CLI::Option* const socket =
         app.add_option("--socket", options.socket, "Use the service that listens at this path")
@@ -64,11 +63,9 @@ void declare(CLI::App& app, Options& options)
     app.add_option("--timeout", options.timeout, "Longest wait for an answer")
         ->type_name("TIME")
         ->capture_default_str();
-    app.add_flag("--real-time",
-                 options.realTime,
+    app.add_flag("--real-time", options.realTime,
                  "In scripts, let time pass as outside and not at once");
-    app.add_flag("--drive-clock",
-                 options.driveClock,
+    app.add_flag("--drive-clock", options.driveClock,
                  "With --socket: let this phone drive the clock of the simulation there")
         ->needs(socket);
     app.add_flag("--echo", options.echo, "Print each line of a script before it is carried out");
@@ -78,8 +75,7 @@ void declare(CLI::App& app, Options& options)
     CLI::Option* const ladder =
         app.add_flag("--ladder", options.ladder, "Draw what happens as a call flow");
     app.add_flag("--mermaid", options.mermaid, "The same as a Mermaid sequence diagram");
-    app.add_option("--ladder-from",
-                   options.ladderFrom,
+    app.add_option("--ladder-from", options.ladderFrom,
                    "Draw the call flow of a trace, with --mermaid as such, and exit")
         ->type_name("FILE")
         ->excludes(ladder);

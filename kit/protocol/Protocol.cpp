@@ -14,9 +14,7 @@ namespace
 
 std::string lower(std::string text)
 {
-    std::transform(text.begin(),
-                   text.end(),
-                   text.begin(),
+    std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
@@ -42,10 +40,8 @@ std::size_t distance(const std::string& a, const std::string& b)
 
 std::size_t taggedFields(const std::vector<Field>& fields)
 {
-    return static_cast<std::size_t>(std::count_if(fields.begin(),
-                                                  fields.end(),
-                                                  [](const Field& field)
-                                                  { return *field.tag != '\0'; }));
+    return static_cast<std::size_t>(std::count_if(
+        fields.begin(), fields.end(), [](const Field& field) { return *field.tag != '\0'; }));
 }
 
 bool hasPayload(const std::vector<Field>& fields)
@@ -166,8 +162,7 @@ void checkNames(const std::string& message, const std::vector<Field>& fields, co
     for (const auto& entry : values)
     {
         const std::string& name = entry.first;
-        const bool known = std::any_of(fields.begin(),
-                                       fields.end(),
+        const bool known = std::any_of(fields.begin(), fields.end(),
                                        [&](const Field& field)
                                        { return name == field.argument || name == field.tag; });
         if (known)

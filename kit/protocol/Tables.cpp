@@ -11,8 +11,8 @@ const Field line = {"line", "Line", Kind::text, "the line"};
 const Field callId = {"callId", "CallID", Kind::number, "the call"};
 const Field activeCall = {"activeCall", "activeCall", Kind::number, "the active call"};
 const Field heldCall = {"heldCall", "heldCall", Kind::number, "the held call"};
-const Field destination = {
-    "destination", "Destination", Kind::cString, "number or URI of the far end"};
+const Field destination = {"destination", "Destination", Kind::cString,
+                           "number or URI of the far end"};
 
 const Field lineId = {"lineId", "LineID", Kind::text, "the line"};
 const Field lineURI = {"lineURI", "lineURI", Kind::text, "the line"};
@@ -21,22 +21,16 @@ const Field uri = {"uri", "URI", Kind::text, "the far end"};
 const Field name = {"name", "Name", Kind::text, "its name for display"};
 const Field fullPai = {"fullPai", "FullPAI", Kind::text, "its asserted identity, the whole header"};
 const Field diversionUri = {"diversionUri", "DiversionURI", Kind::text, "who diverted the call"};
-const Field diversionName = {
-    "diversionName", "DiversionName", Kind::text, "that party's name for display"};
-const Field diversionReason = {"diversionReason",
-                               "DiversionReason",
-                               Kind::number,
-                               "why it was diverted",
-                               Meaning::diversionReason};
-const Field resourcePriority = {
-    "resourcePriority", "ResourcePriority", Kind::number, "precedence", Meaning::priority};
-const Field ilCallLevel = {
-    "ilCallLevel", "ILCallLevel", Kind::number, "impact level of the call", Meaning::impactLevel};
-const Field ilLocalLevel = {"ilLocalLevel",
-                            "ILLocalLevel",
-                            Kind::number,
-                            "impact level of the phone",
-                            Meaning::impactLevel};
+const Field diversionName = {"diversionName", "DiversionName", Kind::text,
+                             "that party's name for display"};
+const Field diversionReason = {"diversionReason", "DiversionReason", Kind::number,
+                               "why it was diverted", Meaning::diversionReason};
+const Field resourcePriority = {"resourcePriority", "ResourcePriority", Kind::number, "precedence",
+                                Meaning::priority};
+const Field ilCallLevel = {"ilCallLevel", "ILCallLevel", Kind::number, "impact level of the call",
+                           Meaning::impactLevel};
+const Field ilLocalLevel = {"ilLocalLevel", "ILLocalLevel", Kind::number,
+                            "impact level of the phone", Meaning::impactLevel};
 
 }  // namespace
 

@@ -14,20 +14,9 @@ using namespace numbers;
 
 std::string Handlers::callClear(Simulation& s, const Request& r)
 {
-    Call* const found = call(s,
-                             r,
-                             "CallID",
-                             featureNone,
-                             {callInitiated,
-                              callOffered,
-                              callRinging,
-                              callDelivered,
-                              callConnected,
-                              callHeld,
-                              callConferenced,
-                              callFailed,
-                              callQueued,
-                              callHeldByFarEnd});
+    Call* const found = call(s, r, "CallID", featureNone,
+                             {callInitiated, callOffered, callRinging, callDelivered, callConnected,
+                              callHeld, callConferenced, callFailed, callQueued, callHeldByFarEnd});
     if (found == nullptr)
         return failed;
     s.clear(*found, found->waiting() ? reasonRefused : reasonNormal);
@@ -46,9 +35,9 @@ Call* Handlers::callToDial(Simulation& s, const Request& r, int feature)
         return known;
     if (known != nullptr)
     {
-        s.failure(r,
-                  "call " + std::to_string(id) + " is " + nameOf(Meaning::callState, known->state) +
-                      " already, 0 lets the service choose a number");
+        s.failure(r, "call " + std::to_string(id) + " is " +
+                         nameOf(Meaning::callState, known->state) +
+                         " already, 0 lets the service choose a number");
         return nullptr;
     }
     if (!lineFree(s, r, feature, id))
@@ -149,10 +138,7 @@ std::string Handlers::retrieveCall(Simulation& s, const Request& r)
 
 std::string Handlers::attendedTransfer(Simulation& s, const Request& r)
 {
-    Call* const active = call(s,
-                              r,
-                              "activeCall",
-                              featureAttendedTransfer,
+    Call* const active = call(s, r, "activeCall", featureAttendedTransfer,
                               {callConnected, callDelivered, callConferenced});
     if (active == nullptr)
         return failed;
@@ -175,10 +161,7 @@ std::string Handlers::blindTransfer(Simulation& s, const Request& r)
     const Robot* const robot = findRobot(number);
     const Line* const line = s.findLine(number);
     if (number.empty() || number[0] == unobtainablePrefix || (line != nullptr && !line->registered))
-        return s.featureFailure(r,
-                                id,
-                                featureBlindTransfer,
-                                failureUnobtainable,
+        return s.featureFailure(r, id, featureBlindTransfer, failureUnobtainable,
                                 quoted(number) + " cannot be reached");
     if ((robot != nullptr && robot->reach == Reach::busy) || number == found->line)
         return s.featureFailure(r, id, featureBlindTransfer, failureBusy, number + " is busy");
@@ -203,19 +186,13 @@ std::string Handlers::blindTransfer(Simulation& s, const Request& r)
 
 std::string Handlers::consult(Simulation& s, const Request& r)
 {
-    Call* const first = call(s,
-                             r,
-                             "CallID",
-                             featureConsultation,
+    Call* const first = call(s, r, "CallID", featureConsultation,
                              {callConnected, callHeldByFarEnd, callHeld, callConferenced});
     if (first == nullptr || !lineFree(s, r, featureConsultation, first->id))
         return failed;
     const int id = first->id;
     if (s.callsOf(first->line).size() >= maximumCallsPerLine)
-        return s.featureFailure(r,
-                                id,
-                                featureConsultation,
-                                failureNotAllowed,
+        return s.featureFailure(r, id, featureConsultation, failureNotAllowed,
                                 "too many calls on line " + first->line);
     if (first->state != callHeld)
         s.holdHere(*first, false);
@@ -248,16 +225,12 @@ std::string Handlers::alternateCalls(Simulation& s, const Request& r)
     if (line == nullptr)
         return failed;
     Call* const active =
-        s.findCall(line->name,
-                   [](const Call& any)
+        s.findCall(line->name, [](const Call& any)
                    { return any.state == callConnected || any.state == callHeldByFarEnd; });
     Call* const held =
         s.findCall(line->name, [](const Call& any) { return any.state == callHeld; });
     if (active == nullptr || held == nullptr)
-        return s.featureFailure(r,
-                                0,
-                                featureAlternate,
-                                failureWrongState,
+        return s.featureFailure(r, 0, featureAlternate, failureWrongState,
                                 "line " + line->name + " needs a connected and a held call");
     s.holdHere(*active, false);
     s.retrieveHere(*held);
@@ -274,10 +247,7 @@ std::string Handlers::conferenceCall(Simulation& s, const Request& r)
     if (held == nullptr)
         return failed;
     if (active == held)
-        return s.featureFailure(r,
-                                active->id,
-                                featureConference,
-                                failureWrongState,
+        return s.featureFailure(r, active->id, featureConference, failureWrongState,
                                 "a conference needs two calls");
     s.startConference(*active, *held);
     return s.featureSuccess(r, active->id, featureConference);
@@ -290,10 +260,7 @@ std::string Handlers::generateDigits(Simulation& s, const Request& r)
         return failed;
     const std::string& digits = r.text("digits");
     if (digits.empty() || digits.find_first_not_of("0123456789*#ABCDabcd") != std::string::npos)
-        return s.featureFailure(r,
-                                found->id,
-                                featureDigits,
-                                failureNotAllowed,
+        return s.featureFailure(r, found->id, featureDigits, failureNotAllowed,
                                 quoted(digits) + " are not digits (0 to 9, *, #, A to D)");
     found->digits += digits;
     const int id = found->id;
@@ -314,8 +281,7 @@ std::string Handlers::pickUp(Simulation& s, const Request& r, int feature,
     if (line == nullptr || !lineFree(s, r, feature, r.number("CallID")))
         return failed;
     const int wanted = r.number("CallID");
-    const auto atColleague = std::find_if(s.pickups_.begin(),
-                                          s.pickups_.end(),
+    const auto atColleague = std::find_if(s.pickups_.begin(), s.pickups_.end(),
                                           [&](const PickupCall& pickup)
                                           { return member.empty() || pickup.member == member; });
     Arrival remote;
@@ -333,10 +299,7 @@ std::string Handlers::pickUp(Simulation& s, const Request& r, int feature,
                 (member.empty() || entry.second.line == member))
                 ringing = &entry.second;
         if (ringing == nullptr)
-            return s.featureFailure(r,
-                                    wanted,
-                                    feature,
-                                    failureNothingToPickUp,
+            return s.featureFailure(r, wanted, feature, failureNothingToPickUp,
                                     member.empty() ? "nothing rings in the group"
                                                    : "nothing rings at " + quoted(member));
         remote = ringing->remote;
@@ -361,11 +324,8 @@ std::string Handlers::directedPickup(Simulation& s, const Request& r)
 {
     const std::string member = plainNumber(r.text("CallToBePickedUp"));
     if (member.empty())
-        return s.featureFailure(r,
-                                r.number("CallID"),
-                                featureDirectedPickup,
-                                failureNothingToPickUp,
-                                "no number to pick up from");
+        return s.featureFailure(r, r.number("CallID"), featureDirectedPickup,
+                                failureNothingToPickUp, "no number to pick up from");
     return pickUp(s, r, featureDirectedPickup, member);
 }
 

@@ -153,16 +153,11 @@ std::string Commands::showLog() const
 std::string Commands::show()
 {
     static const std::vector<std::pair<std::string, std::string (Commands::*)() const>> views = {
-        {"lines", &Commands::showLines},
-        {"calls", &Commands::showCalls},
-        {"lamps", &Commands::showLamps},
-        {"clients", &Commands::showClients},
-        {"callbacks", &Commands::showCallBacks},
-        {"mailbox", &Commands::showMailbox},
-        {"faults", &Commands::showFaults},
-        {"robots", &Commands::showRobots},
-        {"system", &Commands::showSystem},
-        {"log", &Commands::showLog},
+        {"lines", &Commands::showLines},         {"calls", &Commands::showCalls},
+        {"lamps", &Commands::showLamps},         {"clients", &Commands::showClients},
+        {"callbacks", &Commands::showCallBacks}, {"mailbox", &Commands::showMailbox},
+        {"faults", &Commands::showFaults},       {"robots", &Commands::showRobots},
+        {"system", &Commands::showSystem},       {"log", &Commands::showLog},
     };
     const std::string& what = a.text("WHAT");
     std::vector<std::string> names;

@@ -183,8 +183,7 @@ std::string Commands::registerLine()
 
 std::string Commands::unregisterLine()
 {
-    s.registerLine(line(),
-                   false,
+    s.registerLine(line(), false,
                    a.number("result", Meaning::registrationResult, registrationTimedOut));
     return "done";
 }
@@ -214,8 +213,7 @@ std::string Commands::record()
 
 std::string Commands::preempt()
 {
-    s.preempt(call(),
-              a.number("priority", Meaning::priority, priorityFlash),
+    s.preempt(call(), a.number("priority", Meaning::priority, priorityFlash),
               a.number("cause", Meaning::preemptionCause, preemptionHigherPriority),
               a.has("reason") ? a.text("reason") : "a call of higher priority");
     return "done";
@@ -235,10 +233,8 @@ std::string Commands::bluetooth()
     s.bluetoothAudio_ = a.on("audio", s.bluetoothAudio_);
     s.bluetoothGateway_ = a.on("gateway", s.bluetoothGateway_);
     s.bluetoothRinging_ = a.on("ringing", s.bluetoothRinging_);
-    s.emit(events::bluetoothAudioStatusChanged(line().name,
-                                               a.has("call") ? call("call").id : 0,
-                                               s.bluetoothAudio_,
-                                               s.bluetoothGateway_,
+    s.emit(events::bluetoothAudioStatusChanged(line().name, a.has("call") ? call("call").id : 0,
+                                               s.bluetoothAudio_, s.bluetoothGateway_,
                                                s.bluetoothRinging_));
     return "done";
 }
@@ -254,9 +250,8 @@ std::string Commands::features()
 {
     Line& named = line();
     named.serverFeatures = a.on("ON", true);
-    s.emit(events::serverFeatureStatus(named.name,
-                                       named.serverFeatures ? words::serverFeaturesOn
-                                                            : words::serverFeaturesOff));
+    s.emit(events::serverFeatureStatus(
+        named.name, named.serverFeatures ? words::serverFeaturesOn : words::serverFeaturesOff));
     return "done";
 }
 
@@ -329,8 +324,7 @@ std::string Commands::removeLine()
     if (line().registered)
         s.registerLine(line(), false, registrationUnknownLine);
     Simulation::Lines& lines = s.lines_;
-    lines.erase(std::find_if(lines.begin(),
-                             lines.end(),
+    lines.erase(std::find_if(lines.begin(), lines.end(),
                              [&](const Line& line) { return line.name == name; }));
     s.emit(events::devicesChanged());
     return "done";
@@ -386,17 +380,11 @@ std::string Commands::reset()
 
 const std::vector<Commands::Row>& Commands::table()
 {
-    static const std::vector<CallState> talking = {callConnected,
-                                                   callConferenced,
-                                                   callHeldByFarEnd,
+    static const std::vector<CallState> talking = {callConnected, callConferenced, callHeldByFarEnd,
                                                    callHeld};
     static const std::vector<CallState> called = {callDelivered};
-    static const std::vector<CallState> alive = {callOffered,
-                                                 callRinging,
-                                                 callDelivered,
-                                                 callConnected,
-                                                 callConferenced,
-                                                 callHeldByFarEnd,
+    static const std::vector<CallState> alive = {callOffered,   callRinging,     callDelivered,
+                                                 callConnected, callConferenced, callHeldByFarEnd,
                                                  callHeld};
     static const std::vector<Row> rows = {
         {"call",
@@ -409,32 +397,17 @@ const std::vector<Commands::Row>& Commands::table()
         {"answer", "[CALL]", "the far end answers", called, &Commands::answer},
         {"busy", "[CALL]", "the far end is busy", called, &Commands::busy},
         {"refuse", "[CALL]", "the far end refuses", called, &Commands::refuse},
-        {"hang up",
-         "[CALL]",
-         "the far end hangs up, or gives up calling",
-         alive,
+        {"hang up", "[CALL]", "the far end hangs up, or gives up calling", alive,
          &Commands::hangUp},
         {"hold", "[CALL]", "the far end holds", {callConnected}, &Commands::hold},
         {"retrieve", "[CALL]", "the far end comes back", {callHeldByFarEnd}, &Commands::retrieve},
-        {"transfer",
-         "[CALL] to NUMBER [name TEXT]",
-         "the far end transfers the call to somebody else",
-         talking,
-         &Commands::transfer},
-        {"identify",
-         "[CALL] as NUMBER [name TEXT]",
-         "the far end turns out to be somebody else",
-         alive,
-         &Commands::identify},
-        {"join",
-         "[CALL]",
-         "the far end takes the call into a conference",
-         talking,
+        {"transfer", "[CALL] to NUMBER [name TEXT]",
+         "the far end transfers the call to somebody else", talking, &Commands::transfer},
+        {"identify", "[CALL] as NUMBER [name TEXT]", "the far end turns out to be somebody else",
+         alive, &Commands::identify},
+        {"join", "[CALL]", "the far end takes the call into a conference", talking,
          &Commands::join},
-        {"leave",
-         "[CALL]",
-         "the far end takes the call out of its conference",
-         talking,
+        {"leave", "[CALL]", "the far end takes the call out of its conference", talking,
          &Commands::leave},
         {"ring",
          "NUMBER from NUMBER [name TEXT]",
@@ -451,27 +424,15 @@ const std::vector<Commands::Row>& Commands::table()
          "a line loses its registration",
          {},
          &Commands::unregisterLine},
-        {"associate",
-         "CALL with CALL",
-         "the second call belongs to the first",
-         alive,
+        {"associate", "CALL with CALL", "the second call belongs to the first", alive,
          &Commands::associate},
-        {"secure",
-         "[CALL] [state SECURITY]",
-         "the security of a call changes",
-         alive,
+        {"secure", "[CALL] [state SECURITY]", "the security of a call changes", alive,
          &Commands::secure},
         {"record", "[CALL] [ON]", "a call is recorded, or no longer", alive, &Commands::record},
-        {"preempt",
-         "[CALL] [priority PRIORITY] [cause CAUSE] [reason TEXT]",
-         "a call gives way to one of higher priority",
-         alive,
-         &Commands::preempt},
-        {"impact",
-         "[CALL] [call-level LEVEL] [local-level LEVEL]",
-         "the impact level of a call changes",
-         alive,
-         &Commands::impact},
+        {"preempt", "[CALL] [priority PRIORITY] [cause CAUSE] [reason TEXT]",
+         "a call gives way to one of higher priority", alive, &Commands::preempt},
+        {"impact", "[CALL] [call-level LEVEL] [local-level LEVEL]",
+         "the impact level of a call changes", alive, &Commands::impact},
         {"bluetooth",
          "LINE [call CALL] [audio ON] [gateway ON] [ringing ON]",
          "the Bluetooth audio changes",

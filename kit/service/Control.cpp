@@ -194,8 +194,7 @@ void Commands::read(const Row& row, const std::string& command, const std::vecto
     const auto isKeyword = [&](const Word& word)
     {
         return !word.quoted &&
-               std::any_of(slots.begin(),
-                           slots.end(),
+               std::any_of(slots.begin(), slots.end(),
                            [&](const Slot& slot)
                            { return !slot.keyword.empty() && slot.keyword == word.text; });
     };

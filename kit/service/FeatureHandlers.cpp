@@ -71,9 +71,8 @@ std::string Handlers::cancelCallbacks(Simulation& s, const Request& r)
             ids.push_back(callBack.id);
         }
     if (ids.empty())
-        return s.failure(r,
-                         "line " + line->name + " has no call-back" +
-                             (all ? "" : " for " + quoted(number)));
+        return s.failure(r, "line " + line->name + " has no call-back" +
+                                (all ? "" : " for " + quoted(number)));
     for (const int id : ids)
         s.endCallBack(id, completionCancelled);
     return success;
@@ -133,9 +132,8 @@ std::string Handlers::setLampMode(Simulation& s, const Request& r)
         return failed;
     const int mode = r.number("lampMode");
     if (mode < lampOff || mode > lampFlicker)
-        return s.failure(r,
-                         "wrong value " + std::to_string(mode) + " for <lampMode>, one of " +
-                             choices(Meaning::lampMode) + " is possible");
+        return s.failure(r, "wrong value " + std::to_string(mode) + " for <lampMode>, one of " +
+                                choices(Meaning::lampMode) + " is possible");
     if (r.text("lampId").empty())
         return s.failure(r, "<lampId> is empty");
     line->lamps[r.text("lampId")] = mode;
@@ -304,9 +302,8 @@ std::string Handlers::isCallHoldPossible(Simulation& s, const Request& r)
     const Line* const line = knownLine(s, r, r.text("Line"));
     if (line == nullptr)
         return failed;
-    const Call* const talking =
-        s.findCall(line->name,
-                   [](const Call& any) { return any.active() && any.state != callDelivered; });
+    const Call* const talking = s.findCall(line->name, [](const Call& any)
+                                           { return any.active() && any.state != callDelivered; });
     return talking != nullptr ? "true" : "false";
 }
 
@@ -340,9 +337,8 @@ std::string Handlers::serverFeatures(Simulation& s, const Request& r)
     if (Line* const line = knownLine(s, r, r.text("Line")))
     {
         line->serverFeatures = r.flag("initialize");
-        s.emit(events::serverFeatureStatus(line->name,
-                                           line->serverFeatures ? words::serverFeaturesOn
-                                                                : words::serverFeaturesOff));
+        s.emit(events::serverFeatureStatus(
+            line->name, line->serverFeatures ? words::serverFeaturesOn : words::serverFeaturesOff));
     }
     return "";
 }
@@ -391,10 +387,9 @@ std::string Handlers::removeParticipant(Simulation& s, const Request& r)
         s.clear(member, reasonNormal);
         return "";
     }
-    s.failure(r,
-              "conference " + std::to_string(any->conference) + " has no participant " +
-                  quoted(r.text("remoteParticipant")) + " and no member " +
-                  quoted(r.text("conferenceMemberId")));
+    s.failure(r, "conference " + std::to_string(any->conference) + " has no participant " +
+                     quoted(r.text("remoteParticipant")) + " and no member " +
+                     quoted(r.text("conferenceMemberId")));
     return "";
 }
 

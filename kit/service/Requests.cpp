@@ -100,19 +100,13 @@ Call* Handlers::call(Simulation& s, const Request& r, const char* tag, int featu
     Call* const found = s.findCall(id);
     if (found == nullptr || found->line != line->name)
     {
-        s.featureFailure(r,
-                         id,
-                         feature,
-                         failureNoSuchCall,
+        s.featureFailure(r, id, feature, failureNoSuchCall,
                          "no call " + std::to_string(id) + " on line " + line->name);
         return nullptr;
     }
     if (std::find(states.begin(), states.end(), found->state) == states.end())
     {
-        s.featureFailure(r,
-                         id,
-                         feature,
-                         failureWrongState,
+        s.featureFailure(r, id, feature, failureWrongState,
                          "call " + std::to_string(id) + " is " +
                              nameOf(Meaning::callState, found->state));
         return nullptr;
@@ -128,10 +122,7 @@ bool Handlers::lineFree(Simulation& s, const Request& r, int feature, int except
         s.findCall(line, [&](const Call& any) { return any.active() && any.id != exceptCall; });
     if (other == nullptr)
         return true;
-    s.featureFailure(r,
-                     exceptCall,
-                     feature,
-                     failureBusy,
+    s.featureFailure(r, exceptCall, feature, failureBusy,
                      "call " + std::to_string(other->id) + " on line " + line + " is " +
                          nameOf(Meaning::callState, other->state) + ", hold it first");
     return false;
@@ -211,8 +202,7 @@ bool Simulation::checkValue(const Operation& operation, const Field& field,
         int number = 0;
         bool known = numberOf(Meaning::none, value, number);
         const std::vector<NumberName>& names = namesOf(meaning);
-        known = known && std::any_of(names.begin(),
-                                     names.end(),
+        known = known && std::any_of(names.begin(), names.end(),
                                      [&](const NumberName& name) { return name.number == number; });
         return known || wrong("one of " + choices(meaning) + " is possible");
     };
@@ -305,8 +295,7 @@ std::string Simulation::request(const std::string& text)
     const Operation* const operation = findRequest(message.method);
     const std::vector<Handlers::Row>& rows = Handlers::table();
     const auto row =
-        std::find_if(rows.begin(),
-                     rows.end(),
+        std::find_if(rows.begin(), rows.end(),
                      [&](const Handlers::Row& any) { return any.method == message.method; });
     if (operation == nullptr || row == rows.end())
     {

@@ -150,8 +150,7 @@ void Simulation::startSteps(const Call& call)
         const unsigned bit = 1U << i;
         if (step.during != call.state || (call.stepsDone & bit) != 0)
             continue;
-        afterIfStill(call,
-                     step.after,
+        afterIfStill(call, step.after,
                      [this, bit, what = step.act](Call& still)
                      {
                          still.stepsDone |= bit;
@@ -296,9 +295,9 @@ Simulation::Outcome Simulation::arrive(const std::string& lineName, const Arriva
         emit(events::incomingCallMissed(notYet, reasonDoNotDisturb));
         return {Outcome::failed, 0, reasonDoNotDisturb, ""};
     }
-    Call* const weaker = findCall(
-        lineName,
-        [&](const Call& call) { return call.active() && call.remote.priority < arrival.priority; });
+    Call* const weaker =
+        findCall(lineName, [&](const Call& call)
+                 { return call.active() && call.remote.priority < arrival.priority; });
     if (weaker != nullptr && arrival.priority >= priorityImmediate)
         preempt(*weaker, arrival.priority, preemptionHigherPriority, "a call of higher priority");
     if (callsOf(lineName).size() >= maximumCallsPerLine)

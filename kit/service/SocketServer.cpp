@@ -72,9 +72,8 @@ int listenAt(const std::string& path)
     if (path.empty())
         throw ListenError("the socket's path is empty");
     if (path.size() >= sizeof address.sun_path)
-        refuse(path,
-               "the path has " + std::to_string(path.size()) + " characters, " +
-                   std::to_string(sizeof address.sun_path - 1) + " are possible");
+        refuse(path, "the path has " + std::to_string(path.size()) + " characters, " +
+                         std::to_string(sizeof address.sun_path - 1) + " are possible");
     path.copy(address.sun_path, path.size());
     clearWay(path, address);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -87,10 +86,9 @@ int listenAt(const std::string& path)
     ::close(socket);
     struct stat folder = {};
     const bool noFolder = ::stat(folderOf(path).c_str(), &folder) != 0 || !S_ISDIR(folder.st_mode);
-    refuse(path,
-           noFolder              ? "there is no directory " + folderOf(path)
-           : error == EADDRINUSE ? "another service listens there"
-                                 : std::strerror(error));
+    refuse(path, noFolder              ? "there is no directory " + folderOf(path)
+                 : error == EADDRINUSE ? "another service listens there"
+                                       : std::strerror(error));
 }
 
 }  // namespace
@@ -379,8 +377,7 @@ void SocketServer::Core::write(const SessionPointer& session)
     std::vector<asio::const_buffer> buffers;
     for (const std::string& bytes : session->sending)
         buffers.push_back(asio::buffer(bytes));
-    asio::async_write(session->socket,
-                      buffers,
+    asio::async_write(session->socket, buffers,
                       [this, session](const asio::error_code& error, std::size_t)
                       {
                           session->sending.clear();

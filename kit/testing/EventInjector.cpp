@@ -23,8 +23,7 @@ struct Counter : InvokerResponse
 
 bool isAmong(const Field& field, const std::vector<std::string>& names)
 {
-    return std::any_of(names.begin(),
-                       names.end(),
+    return std::any_of(names.begin(), names.end(),
                        [&](const std::string& name)
                        { return name == field.argument || name == field.tag; });
 }
@@ -53,8 +52,7 @@ void EventInjector::injectWithout(const std::vector<std::string>& missing,
         unwanted.emplace_back(name, "");
     checkNames(method, event.arguments, unwanted);
     Event rest = event;
-    rest.arguments.erase(std::remove_if(rest.arguments.begin(),
-                                        rest.arguments.end(),
+    rest.arguments.erase(std::remove_if(rest.arguments.begin(), rest.arguments.end(),
                                         [&](const Field& field)
                                         { return isAmong(field, missing); }),
                          rest.arguments.end());

@@ -25,8 +25,7 @@ std::size_t distance(const ExpectedEvent& expected, const ReceivedEvent& receive
     if (received.method() != expected.method)
         return expected.values.size() + 1;
     return static_cast<std::size_t>(std::count_if(
-        expected.values.begin(),
-        expected.values.end(),
+        expected.values.begin(), expected.values.end(),
         [&](const std::pair<std::string, std::string>& value) {
             return !ExpectedEvent{expected.method, {value}}.difference(received).empty();
         }));
@@ -88,8 +87,7 @@ std::size_t EventRecorder::count(const std::string& method) const
 {
     checkEvent(method);
     const std::vector<ReceivedEvent> all = events();
-    return static_cast<std::size_t>(std::count_if(all.begin(),
-                                                  all.end(),
+    return static_cast<std::size_t>(std::count_if(all.begin(), all.end(),
                                                   [&](const ReceivedEvent& event)
                                                   { return event.method() == method; }));
 }

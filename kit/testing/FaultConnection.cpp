@@ -62,8 +62,7 @@ public:
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         const auto found =
-            std::find_if(entries_.begin(),
-                         entries_.end(),
+            std::find_if(entries_.begin(), entries_.end(),
                          [&](const Entry& entry) {
                              return entry.times != 0 &&
                                     (entry.method == method || (!isEvent && entry.method.empty()));
@@ -174,15 +173,9 @@ private:
 
 const std::vector<std::string>& faultNames()
 {
-    static const std::vector<std::string> names = {"delay",
-                                                   "noAnswer",
-                                                   "failure",
-                                                   "empty",
-                                                   "garbage",
-                                                   "truncated",
-                                                   "duplicate",
-                                                   "exception",
-                                                   "gone"};
+    static const std::vector<std::string> names = {"delay",     "noAnswer",  "failure",
+                                                   "empty",     "garbage",   "truncated",
+                                                   "duplicate", "exception", "gone"};
     return names;
 }
 
@@ -239,9 +232,7 @@ void FaultConnection::setGoneSink(GoneSink sink)
 Delivery FaultConnection::request(const std::string& request, std::string& answer,
                                   std::chrono::milliseconds timeout)
 {
-    return faults_->exchange(request,
-                             answer,
-                             timeout,
+    return faults_->exchange(request, answer, timeout,
                              [&](std::string& real)
                              { return connection_->request(request, real, timeout); });
 }
@@ -250,9 +241,7 @@ Delivery FaultConnection::subscribe(const std::string& request, std::string& ans
                                     const std::string& channelName,
                                     std::chrono::milliseconds timeout)
 {
-    return faults_->exchange(request,
-                             answer,
-                             timeout,
+    return faults_->exchange(request, answer, timeout,
                              [&](std::string& real) {
                                  return connection_->subscribe(request, real, channelName, timeout);
                              });

@@ -193,23 +193,9 @@ public:
                              bool zipAutoAnswer, int resourcePriority, int ilCallLevel,
                              int ilLocalLevel, bool isVideoCall) override
     {
-        onIncomingCall({lineId,
-                        callId,
-                        uri,
-                        name,
-                        fullPai,
-                        alertUri,
-                        alertInfoParam,
-                        alertAutoAnswer,
-                        callType,
-                        diversionUri,
-                        diversionName,
-                        diversionReason,
-                        zipAutoAnswer,
-                        resourcePriority,
-                        ilCallLevel,
-                        ilLocalLevel,
-                        isVideoCall});
+        onIncomingCall({lineId, callId, uri, name, fullPai, alertUri, alertInfoParam,
+                        alertAutoAnswer, callType, diversionUri, diversionName, diversionReason,
+                        zipAutoAnswer, resourcePriority, ilCallLevel, ilLocalLevel, isVideoCall});
     }
 
     MOCK_METHOD(void, onCallStateChangeEvent,

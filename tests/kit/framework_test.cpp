@@ -232,10 +232,9 @@ TEST_F(FrameworkTest, ACallbackThatThrowsIsReportedAndTheNextEventComes)
         service_.sendHeld(call);
     EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "4"}}));
     EXPECT_EQ(recorder_.events().size(), 1u);
-    EXPECT_THAT(problems(),
-                ElementsAre("the callback of CallHeldEvent threw: one",
-                            "the callback of CallHeldEvent threw: two",
-                            "the callback of CallHeldEvent threw"));
+    EXPECT_THAT(problems(), ElementsAre("the callback of CallHeldEvent threw: one",
+                                        "the callback of CallHeldEvent threw: two",
+                                        "the callback of CallHeldEvent threw"));
 }
 
 TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsReported)
@@ -249,9 +248,8 @@ TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsReported)
     framework->service().subscribe(&plain);
     service_.sendHeld(1);
     framework->pump();
-    EXPECT_THAT(problems(),
-                ElementsAre(HasSubstr("does not implement "
-                                      "CommunicationsServiceEventIfc")));
+    EXPECT_THAT(problems(), ElementsAre(HasSubstr("does not implement "
+                                                  "CommunicationsServiceEventIfc")));
 }
 
 /// Lets a callback be held where it is.
@@ -403,8 +401,7 @@ TEST_F(FrameworkTest, ThatTheServiceHasGoneIsToldOnceAndInItsTurn)
     next.delivery = Delivery::done;
     framework->pump();
     EXPECT_THAT(
-        told,
-        ElementsAre("the fake service is gone after 1", "the fake service is gone after 2"));
+        told, ElementsAre("the fake service is gone after 1", "the fake service is gone after 2"));
 }
 
 TEST_F(FrameworkTest, ACallbackMayCallWhileTheFrameworkIsDestroyed)
@@ -468,15 +465,14 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
     framework->pump();
     service_.delivery = Delivery::gone;
     framework->service().alternateCalls("1");
-    EXPECT_THAT(seen,
-                ElementsAre("request 1 0 subscriber-1 <Method>Subscribe</Method>",
-                            "answer 1 0 subscriber-1 sfiSuccess",
-                            "message 0 0  <Method>InitializeOrFinalizeServerFeatures</Method>"
-                            "<Line>1</Line><initialize>1</initialize>",
-                            "event 0 0 subscriber-1 <Method>CallHeldEvent</Method>"
-                            "<CallID>7</CallID>",
-                            "request 2 0  <Method>AlternateCalls</Method><Line>1</Line>",
-                            "answer 2 2  "));
+    EXPECT_THAT(seen, ElementsAre("request 1 0 subscriber-1 <Method>Subscribe</Method>",
+                                  "answer 1 0 subscriber-1 sfiSuccess",
+                                  "message 0 0  <Method>InitializeOrFinalizeServerFeatures</Method>"
+                                  "<Line>1</Line><initialize>1</initialize>",
+                                  "event 0 0 subscriber-1 <Method>CallHeldEvent</Method>"
+                                  "<CallID>7</CallID>",
+                                  "request 2 0  <Method>AlternateCalls</Method><Line>1</Line>",
+                                  "answer 2 2  "));
 }
 
 TEST_F(FrameworkTest, ManyThreadsMayCallWhileEventsArrive)

@@ -51,8 +51,7 @@ TEST(RecordingChannelTest, AnswersAsScripted)
     channel.answerAll("sfiFailureCallBackNoCallInfo");
     EXPECT_EQ(service.retrieveCall("1", 5), sfiFailureCallBackNoCallInfo);
     EXPECT_EQ(service.answerCall("1", 6), sfiFailure);
-    channel.answerWith("AnswerCall",
-                       [](const kit::RecordingChannel::Record& request)
+    channel.answerWith("AnswerCall", [](const kit::RecordingChannel::Record& request)
                        { return request.field("CallID") == "7" ? "sfiSuccess" : "sfiFailure"; });
     EXPECT_EQ(service.answerCall("1", 7), sfiSuccess);
     EXPECT_EQ(service.answerCall("1", 8), sfiFailure);
@@ -193,11 +192,10 @@ TEST(ReceivedEventTest, PrintsNamesForNumbers)
 {
     kit::EventRecorder events;
     kit::EventInjector injector(events);
-    injector.inject("securityStatusChanged",
-                    {{"lineURI", "sip:1"},
-                     {"callId", "7"},
-                     {"securityStatus", "encrypted"},
-                     {"callIdsRecorded", "7,8"}});
+    injector.inject("securityStatusChanged", {{"lineURI", "sip:1"},
+                                              {"callId", "7"},
+                                              {"securityStatus", "encrypted"},
+                                              {"callIdsRecorded", "7,8"}});
     injector.inject("AgentStateEvent", {{"deviceId", "the desk"}});
     EXPECT_EQ(events.events()[0].inWords(),
               "securityStatusChanged lineURI=sip:1 callId=7 securityStatus=encrypted "

@@ -350,8 +350,7 @@ TEST_F(EventTest, AnElementWithoutItsEndIsAbsent)
             expect(event, others + opening + *whole[i], values);
             expect(event, closing + others + opening + *whole[i], values);
             expect(event, others + *whole[i] + closing, values);
-            expect(event,
-                   others + opening + *whole[i] + closing.substr(0, closing.size() - 1),
+            expect(event, others + opening + *whole[i] + closing.substr(0, closing.size() - 1),
                    values);
             expect(event, others + opening + *whole[i] + closing.substr(1), values);
             expect(event, closing + others + opening + *whole[i] + closing, whole);
@@ -378,17 +377,9 @@ TEST_F(EventTest, NamesOfElementsMatchWholeAndInTheirCase)
             otherCase[0] = static_cast<char>(otherCase[0] ^ 0x20);
             std::string otherEnd = name;
             otherEnd.back() = static_cast<char>(otherEnd.back() ^ 0x20);
-            for (const std::string& other : {otherCase,
-                                             otherEnd,
-                                             name + "X",
-                                             "X" + name,
-                                             name.substr(1),
-                                             " " + name,
-                                             name.substr(0, name.size() - 1),
-                                             name + " ",
-                                             name + "/",
-                                             "/" + name,
-                                             "<" + name})
+            for (const std::string& other :
+                 {otherCase, otherEnd, name + "X", "X" + name, name.substr(1), " " + name,
+                  name.substr(0, name.size() - 1), name + " ", name + "/", "/" + name, "<" + name})
             {
                 if (other == "<" + name)  // what counts is where the name's own bracket stands
                     expect(event,
@@ -493,20 +484,14 @@ TEST_F(EventTest, NamesOfEventsMatchByTheirFrontSaveTheFirst)
 
 TEST_F(EventTest, WhatMatchesNothingIsStillNotified)
 {
-    for (const char* message : {"",
-                                "hello",
-                                "<Method></Method>",
-                                "<Method>Unknown</Method>",
-                                "CallHeldEvent",
-                                "<Method>CallHeldEvent",
-                                "</Method>CallHeldEvent<Method>",
-                                "<method>CallHeldEvent</method>",
-                                "<Method>CallHeldEvent</method>",
-                                "<Method>CallHeldEvent</Method",
-                                "<Method>CallHeldEvent</Methods>",
-                                "<Method >CallHeldEvent</Method>",
-                                "<Method>Unknown</Method><Method>CallHeldEvent</Method>",
-                                "</Method><Method>CallHeldEvent"})
+    for (const char* message :
+         {"", "hello", "<Method></Method>", "<Method>Unknown</Method>", "CallHeldEvent",
+          "<Method>CallHeldEvent", "</Method>CallHeldEvent<Method>",
+          "<method>CallHeldEvent</method>", "<Method>CallHeldEvent</method>",
+          "<Method>CallHeldEvent</Method", "<Method>CallHeldEvent</Methods>",
+          "<Method >CallHeldEvent</Method>",
+          "<Method>Unknown</Method><Method>CallHeldEvent</Method>",
+          "</Method><Method>CallHeldEvent"})
         EXPECT_EQ(deliver(message), Lines{"response notified"}) << message;
     EXPECT_EQ(deliver("</Method><Method>CallHeldEvent</Method>")[0], "onCallHeldEvent('', -1)");
 }
@@ -684,8 +669,7 @@ TEST_F(EventTest, APayloadIsTheTextItself)
 TEST_F(EventTest, HandlersLeaveTheTextAsItIs)
 {
     const Event& event =
-        *std::find_if(std::begin(events),
-                      std::end(events),
+        *std::find_if(std::begin(events), std::end(events),
                       [](const Event& each) { return each.method == "securityStatusChanged"s; });
     std::string message = elements(event, distinct(event));
     const std::string before = message;

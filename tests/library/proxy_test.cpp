@@ -64,12 +64,8 @@ TEST_F(ProxyTest, SubscribesTheChannelThatTheContextNames)
         channel.answer = "sfiFailureCallBackToMany";
         EXPECT_EQ(proxy.subscribe(&subscriber), 3);
         EXPECT_EQ(support::takeTrace(),
-                  (Lines{askLogging,
-                         logFront + "277 'subscribe start'",
-                         "findChannel",
-                         sent,
-                         askLogging,
-                         logFront + "302 'subscribe end'"}));
+                  (Lines{askLogging, logFront + "277 'subscribe start'", "findChannel", sent,
+                         askLogging, logFront + "302 'subscribe end'"}));
     }
     channel.answer = "";
     EXPECT_EQ(proxy.subscribe(&subscriber), 0);
@@ -107,14 +103,10 @@ TEST_F(ProxyTest, ThrowsACopyOfTheChannelsException)
         }
         EXPECT_EQ(Exception::living, 0);
         const Lines lines = support::takeTrace();
-        EXPECT_EQ(lines,
-                  on == 0 ? (Lines{askLogging, "findChannel", sent, askLogging})
-                          : (Lines{askLogging,
-                                   logFront + "277 'subscribe start'",
-                                   "findChannel",
-                                   sent,
-                                   askLogging,
-                                   logFront + "298 'subscribe exception caught:'"}));
+        EXPECT_EQ(lines, on == 0 ? (Lines{askLogging, "findChannel", sent, askLogging})
+                                 : (Lines{askLogging, logFront + "277 'subscribe start'",
+                                          "findChannel", sent, askLogging,
+                                          logFront + "298 'subscribe exception caught:'"}));
     }
 }
 
@@ -158,15 +150,8 @@ TEST_F(ProxyTest, SubscribesFromInsideASubscription)
         EXPECT_EQ(proxy.subscribe(&subscriber), 5);
     };
     EXPECT_EQ(proxy.subscribe(&subscriber), 5);
-    EXPECT_EQ(support::takeTrace(),
-              (Lines{askLogging,
-                     "findChannel",
-                     sent,
-                     askLogging,
-                     "findChannel",
-                     sent,
-                     askLogging,
-                     askLogging}));
+    EXPECT_EQ(support::takeTrace(), (Lines{askLogging, "findChannel", sent, askLogging,
+                                           "findChannel", sent, askLogging, askLogging}));
 }
 
 TEST(Defaults, DoNothing)

@@ -142,8 +142,7 @@ TEST_F(RecordTest, TextsOfAnyLengthRunOnInTheOrderOfCopyingAndStayInside)
             EXPECT_TRUE(isIntact());
             const std::vector<unsigned char> expected = model(each, watchedSize);
             EXPECT_EQ(std::memcmp(info, expected.data(), watchedSize), 0);
-            EXPECT_TRUE(std::all_of(expected.begin() + long(watchedSize),
-                                    expected.end(),
+            EXPECT_TRUE(std::all_of(expected.begin() + long(watchedSize), expected.end(),
                                     [](unsigned char byte) { return byte == filling; }))
                 << "the last text does not fit";
         };

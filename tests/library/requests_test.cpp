@@ -418,10 +418,10 @@ TEST_F(RequestTest, AnotherMayBeMadeFromInsideTheChannel)
         };
         channel.answer = "sfiFailureCallBackNoCallInfo";
         const int result = request.call(service);
-        EXPECT_EQ(support::takeTrace(),
-                  (Lines{request.expected,
-                         "sendRequest <Method>setLampMode</Method><Line>nested</Line>"
-                         "<lampId>lamp</lampId><lampMode>77</lampMode>"}));
+        EXPECT_EQ(
+            support::takeTrace(),
+            (Lines{request.expected, "sendRequest <Method>setLampMode</Method><Line>nested</Line>"
+                                     "<lampId>lamp</lampId><lampMode>77</lampMode>"}));
         EXPECT_TRUE(request.kind != coded || result == 2) << "to the outer " << request.expected;
     }
 }
@@ -453,24 +453,20 @@ TEST_F(RequestTest, LongTextsAreSentWhole)
             const std::string rest = filled(other, 'r');
             const std::string text = filled(length, 't');
             service.setLampMode(text, rest, 1234);
-            ASSERT_EQ(line(),
-                      "sendRequest <Method>setLampMode</Method><Line>" + text + "</Line><lampId>" +
-                          rest + "</lampId><lampMode>1234</lampMode>")
+            ASSERT_EQ(line(), "sendRequest <Method>setLampMode</Method><Line>" + text +
+                                  "</Line><lampId>" + rest + "</lampId><lampMode>1234</lampMode>")
                 << length;
             service.SendCSTARequest(text, rest);
-            ASSERT_EQ(line(),
-                      "sendRequest <Method>SendCSTARequest</Method><Line>" + text + "</Line>" +
-                          rest)
+            ASSERT_EQ(line(), "sendRequest <Method>SendCSTARequest</Method><Line>" + text +
+                                  "</Line>" + rest)
                 << length;
             service.systemStatus(text.c_str(), nullptr);
-            ASSERT_EQ(line(),
-                      "sendRequest <Method>SystemStatus</Method><SystemStatus>" + text +
-                          "</SystemStatus><SystemStatusInfo>")
+            ASSERT_EQ(line(), "sendRequest <Method>SystemStatus</Method><SystemStatus>" + text +
+                                  "</SystemStatus><SystemStatusInfo>")
                 << length;
             service.outgoingCallMake(text, 5, nullptr, true, true, true);
-            ASSERT_EQ(line(),
-                      "sendRequest <Method>OutgoingCallMakeRequest</Method><Line>" + text +
-                          "</Line><CallID>5</CallID><Destination>")
+            ASSERT_EQ(line(), "sendRequest <Method>OutgoingCallMakeRequest</Method><Line>" + text +
+                                  "</Line><CallID>5</CallID><Destination>")
                 << length;
         }
 }
@@ -600,16 +596,8 @@ TEST_F(RequestTest, AChannelMayAppendToTheAnswerThatItFinds)
 
 TEST_F(RequestTest, HoldIndicationsAreComparedWhole)
 {
-    for (const char* answer : {"true",
-                               "True",
-                               "true\n",
-                               " true",
-                               "truetrue",
-                               "false",
-                               "sfiSuccess",
-                               "sfiFailure",
-                               "",
-                               "1"})
+    for (const char* answer : {"true", "True", "true\n", " true", "truetrue", "false", "sfiSuccess",
+                               "sfiFailure", "", "1"})
     {
         channel.answer = answer;
         EXPECT_EQ(service.isCallHoldPossible("1001"), answer == "true"s) << answer;
@@ -629,16 +617,10 @@ TEST_F(RequestTest, ForwardingIsReadFromFieldsAndAlwaysWritten)
     } rows[] = {
         {"<sfiResult>sfiSuccess</sfiResult><status>0</status><uri>sip:1234</uri>"
          "<cfnrRingCount>3</cfnrRingCount>",
-         5,
-         false,
-         "sip:1234",
-         3},
+         5, false, "sip:1234", 3},
         {"<cfnrRingCount>-8</cfnrRingCount><uri></uri><status>1</status>"
          "<sfiResult>sfiFailureCallBackNoCallInfo</sfiResult>",
-         2,
-         true,
-         "",
-         -8},
+         2, true, "", -8},
         {"", 0, true, "", -1},
         {"<sfiResult>sfiFailure</sfiResult><status>2</status>", 0, true, "", -1},
         {"<status></status><cfnrRingCount>x</cfnrRingCount>", 0, false, "", 0},
@@ -709,15 +691,9 @@ TEST_F(RequestTest, MessageWaitingIsReadFromFieldsAndAlwaysWritten)
         int type = 70, returnType = 71, availableInfo = 72, messagesWaiting = 73;
         unsigned int newMsgs = 74, oldMsgs = 75, newUrgMsgs = 76, oldUrgMsgs = 77;
         std::string number = "before";
-        const int result = service.getMessageWaitingIndicator(type,
-                                                              newMsgs,
-                                                              oldMsgs,
-                                                              newUrgMsgs,
-                                                              oldUrgMsgs,
-                                                              returnType,
-                                                              availableInfo,
-                                                              messagesWaiting,
-                                                              number);
+        const int result =
+            service.getMessageWaitingIndicator(type, newMsgs, oldMsgs, newUrgMsgs, oldUrgMsgs,
+                                               returnType, availableInfo, messagesWaiting, number);
         using support::show;
         EXPECT_EQ(show(result) + ": " + show(type) + ", " + show(newMsgs) + ", " + show(oldMsgs) +
                       ", " + show(newUrgMsgs) + ", " + show(oldUrgMsgs) + ", " + show(returnType) +

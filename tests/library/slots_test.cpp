@@ -204,10 +204,8 @@ TEST(Slots, OfTheFrameworksBasesAreInOrder)
     support::Response response;
     CommunicationsServiceEventInvoker* const invoker = createCommunicationsServiceEventInvoker();
     Slot{invoker, 4}.call<void>(static_cast<FrameworkContext*>(nullptr));  // initInvoker
-    Slot{invoker, 3}.call<void, Executable*, Chars>(&subscriber,
-                                                    "<Method>DevicesChangedEvent</Method>",
-                                                    0,
-                                                    static_cast<void*>(&response));
+    Slot{invoker, 3}.call<void, Executable*, Chars>(
+        &subscriber, "<Method>DevicesChangedEvent</Method>", 0, static_cast<void*>(&response));
     EXPECT_EQ(support::takeTrace(), (Lines{"onDevicesChangedEvent()", "response notified"}));
     Slot{invoker, 2}.call<void>();  // deletes it
     EXPECT_EQ(sizeof(CommunicationsServiceEventInvoker), sizeof(void*));
@@ -288,8 +286,7 @@ TEST(Slots, OfTheChannelAndItsContextAreCalledByTheirNumbers)
     // The pointer to the context stands right behind the pointer to the table.
     void* const contextPointer = &context;
     std::memcpy(reinterpret_cast<char*>(static_cast<ProxyRequest*>(&channel)) + sizeof(void*),
-                &contextPointer,
-                sizeof contextPointer);
+                &contextPointer, sizeof contextPointer);
 
     support::takeTrace();
     proxy.initProxy(channel);
@@ -302,8 +299,7 @@ TEST(Slots, OfTheChannelAndItsContextAreCalledByTheirNumbers)
     EXPECT_EQ(support::takeTrace(), Lines{"slot 13"});
     proxy.subscribe(&subscriber);
     Lines lines = support::takeTrace();
-    lines.erase(std::remove_if(lines.begin(),
-                               lines.end(),
+    lines.erase(std::remove_if(lines.begin(), lines.end(),
                                [](const std::string& each)
                                { return each.compare(0, 7, "logging") == 0; }),
                 lines.end());

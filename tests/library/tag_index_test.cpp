@@ -56,60 +56,24 @@ TEST(TagIndexTest, AValueMayHaveAnyLength)
 
 TEST(TagIndexTest, ABracketThatCannotBeginATagIsPartOfTheValue)
 {
-    for (const char* value : {"<",
-                              "a<b",
-                              "a < b",
-                              "<<",
-                              "</",
-                              "<a b>",
-                              "<a/>",
-                              "< >",
-                              "<a",
-                              "<-1>",
-                              "<`>",
-                              "<{>",
-                              "<@>",
-                              "<[>",
-                              "<//>",
-                              "<:>",
-                              "ab<cd<ef"})
+    for (const char* value : {"<", "a<b", "a < b", "<<", "</", "<a b>", "<a/>", "< >", "<a", "<-1>",
+                              "<`>", "<{>", "<@>", "<[>", "<//>", "<:>", "ab<cd<ef"})
         EXPECT_EQ(valueOf(value), value);
 }
 
 TEST(TagIndexTest, AValueWithATagInItIsLeftToTheSearch)
 {
-    for (const char* value : {"<x>",
-                              "</x>",
-                              "<a>",
-                              "<z>",
-                              "<A>",
-                              "<Z>",
-                              "<0>",
-                              "<9>",
-                              "<_>",
-                              "<>",
-                              "</>",
-                              "1<aZ09_z>2",
-                              "12345</CallState>",
-                              "a<b<c>"})
+    for (const char* value : {"<x>", "</x>", "<a>", "<z>", "<A>", "<Z>", "<0>", "<9>", "<_>", "<>",
+                              "</>", "1<aZ09_z>2", "12345</CallState>", "a<b<c>"})
         EXPECT_EQ(valueOf(value), "none") << value;
 }
 
 TEST(TagIndexTest, AnElementWithoutItsEndIsNotNext)
 {
-    for (const char* message : {"",
-                                "<",
-                                "<LineID",
-                                "<LineID>",
-                                "<LineID>1001",
-                                "<LineID>1001<",
-                                "<LineID>1001</",
-                                "<LineID>1001</LineID",
-                                "<LineID>1001<LineID>",
-                                "<LineID>1001<XLineID>",
-                                "<LineID>1001X/LineID>",
-                                "LineID>1001</LineID>",
-                                " <LineID>1001</LineID>"})
+    for (const char* message :
+         {"", "<", "<LineID", "<LineID>", "<LineID>1001", "<LineID>1001<", "<LineID>1001</",
+          "<LineID>1001</LineID", "<LineID>1001<LineID>", "<LineID>1001<XLineID>",
+          "<LineID>1001X/LineID>", "LineID>1001</LineID>", " <LineID>1001</LineID>"})
     {
         const std::string text = message;
         TagIndex index(text);

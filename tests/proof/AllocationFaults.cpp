@@ -219,8 +219,7 @@ TEST_F(AllocationFaults, ARequestIsOneAllocation)
         EXPECT_EQ(1, failEach([&] { proxy.SendCSTARequest(line, payload); }, [](bool) {}));
         EXPECT_EQ(1, failEach([&] { proxy.setLampMode(line, payload, 3); }, [](bool) {}));
         EXPECT_EQ(
-            1,
-            failEach([&] { proxy.systemStatus(line.c_str(), payload.c_str()); }, [](bool) {}));
+            1, failEach([&] { proxy.systemStatus(line.c_str(), payload.c_str()); }, [](bool) {}));
     }
 }
 

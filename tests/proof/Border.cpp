@@ -89,8 +89,7 @@ void requests(Proxy& proxy, Recorder& subscriber)
     {
         channel.sent.clear();
         sample.call(*service, &subscriber);
-        check(channel.sent == (sample.sent != nullptr ? sample.sent : ""),
-              sample.name,
+        check(channel.sent == (sample.sent != nullptr ? sample.sent : ""), sample.name,
               channel.sent);
     }
     channel.answer = "sfiFailureCallBackToMany";
@@ -165,8 +164,7 @@ int main(int argc, char** argv)
         const auto proxy =
             create<Proxy, CommunicationsServiceProxy>(library, "createCommunicationsServiceProxy");
         const auto invoker = create<Invoker, CommunicationsServiceEventInvoker>(
-            library,
-            "createCommunicationsServiceEventInvoker");
+            library, "createCommunicationsServiceEventInvoker");
         requests(*proxy, subscriber);
         events(*invoker, subscriber);
         exports(library);

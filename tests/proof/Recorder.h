@@ -46,10 +46,8 @@ public:
     void add(const CallPartyInfo* record)
     {
         to_ += '{';
-        for (const char* text : {record->reservedText1,
-                                 record->reservedText2,
-                                 record->reservedText3,
-                                 record->reservedText4})
+        for (const char* text : {record->reservedText1, record->reservedText2,
+                                 record->reservedText3, record->reservedText4})
             to_.append(text).append("|");
         print("%d", record->reservedNumber);
         for (const char* text :

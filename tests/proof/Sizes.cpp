@@ -139,8 +139,8 @@ void microphone(Bench& bench, const std::string&)
 
 void setForwarding(Bench& bench, const std::string& text)
 {
-    bench.proxy
-        .setForwardingConfiguration(text, static_cast<sfiForwardingType>(1), true, text, 2, false);
+    bench.proxy.setForwardingConfiguration(text, static_cast<sfiForwardingType>(1), true, text, 2,
+                                           false);
 }
 
 void signalling(Bench& bench, const std::string& text)
@@ -176,87 +176,57 @@ const Case cases[] = {
     {"one plain copy, for comparison", [](std::size_t n) { return repeated("x", n); }, copy, 1},
     {"event, one long text",
      [](std::size_t n) { return method("CallHeldEvent") + element("LineID", repeated("x", n)); },
-     event,
-     2},
+     event, 2},
     {"event, all texts the same long text",
      [](std::size_t n)
      { return method("IncomingCallEvent") + openings + repeated("x", n) + closings; },
-     event,
-     9},
+     event, 9},
     {"event, no end tags",
      [](std::size_t n) { return method("IncomingCallEvent") + repeated("<LineID><CallID>", n); },
-     event,
-     1},
+     event, 1},
     {"event, only end tags",
      [](std::size_t n) { return method("IncomingCallEvent") + repeated("</LineID></CallID>", n); },
-     event,
-     1},
+     event, 1},
     {"event, unknown tags",
      [](std::size_t n)
      { return method("IncomingCallEvent") + repeated("<a></a>", n) + element("LineID", "1"); },
-     event,
-     1},
+     event, 1},
     {"event, tags that nearly match",
      [](std::size_t n)
      { return method("IncomingCallEvent") + repeated("<LineID</LineID<CallI>", n); },
-     event,
-     1},
+     event, 1},
     {"event, nested brackets",
      [](std::size_t n)
      { return method("IncomingCallEvent") + repeated("<", n / 2) + repeated(">", n / 2); },
-     event,
-     1},
+     event, 1},
     {"event, long texts of the record",
      [](std::size_t n)
      {
          return method("CallStateChangeEvent") + element("GPUCLG", repeated("1", n / 2)) +
                 element("GPUCLDName", repeated("2", n / 2));
      },
-     event,
-     2},
+     event, 2},
     {"event, long name",
-     [](std::size_t n) { return element("Method", repeated("CallStateChangeEvent", n)); },
-     event,
+     [](std::size_t n) { return element("Method", repeated("CallStateChangeEvent", n)); }, event,
      1},
     {"event, long payload",
      [](std::size_t n)
      { return method("b2buaCSTAResponse") + element("success", "1") + repeated("<x/>", n); },
-     event,
-     1},
-    {"answer, no end tags",
-     [](std::size_t n) { return repeated("<uri>", n); },
-     forwarding,
-     2,
+     event, 1},
+    {"answer, no end tags", [](std::size_t n) { return repeated("<uri>", n); }, forwarding, 2,
      true},
-    {"answer, end tag in front",
-     [](std::size_t n) { return "</uri><uri>" + repeated("x", n); },
-     forwarding,
-     2,
-     true},
-    {"answer, unknown tags",
-     [](std::size_t n) { return repeated("<a></a>", n); },
-     messageWaiting,
-     1,
-     true},
+    {"answer, end tag in front", [](std::size_t n) { return "</uri><uri>" + repeated("x", n); },
+     forwarding, 2, true},
+    {"answer, unknown tags", [](std::size_t n) { return repeated("<a></a>", n); }, messageWaiting,
+     1, true},
     {"answer, zero bytes",
      [](std::size_t n) { return std::string(n, '\0') + element("func_return_val", "sfiSuccess"); },
-     messageWaiting,
-     1,
+     messageWaiting, 1, true},
+    {"answer, word at the end", [](std::size_t n) { return repeated("sfiFailur", n) + "true"; },
+     microphone, 1, true},
+    {"answer, items of one byte", [](std::size_t n) { return repeated("<1>", n); }, devices, 28,
      true},
-    {"answer, word at the end",
-     [](std::size_t n) { return repeated("sfiFailur", n) + "true"; },
-     microphone,
-     1,
-     true},
-    {"answer, items of one byte",
-     [](std::size_t n) { return repeated("<1>", n); },
-     devices,
-     28,
-     true},
-    {"answer, brackets never closed",
-     [](std::size_t n) { return repeated("<", n); },
-     devices,
-     1,
+    {"answer, brackets never closed", [](std::size_t n) { return repeated("<", n); }, devices, 1,
      true},
     {"request, long texts", [](std::size_t n) { return repeated("x", n / 2); }, setForwarding, 2},
     {"request, signalling data", [](std::size_t n) { return std::string(n, '\0'); }, signalling, 2},
@@ -322,13 +292,8 @@ int main(int argc, char** argv)
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     std::printf("exponents from 16 KiB and from 1 MiB on; the rest at %zu KiB\n", largest / 1024);
-    std::printf("%-36s %12s %12s %10s %10s %10s\n",
-                "case",
-                "exp. 16 KiB",
-                "exp. 1 MiB",
-                "ns/byte",
-                "peak/size",
-                "at most");
+    std::printf("%-36s %12s %12s %10s %10s %10s\n", "case", "exp. 16 KiB", "exp. 1 MiB", "ns/byte",
+                "peak/size", "at most");
     for (const Case& which : cases)
     {
         std::vector<double> sizes;
@@ -349,9 +314,7 @@ int main(int argc, char** argv)
             if (needed > which.copies * static_cast<double>(size) + 4096)
             {
                 ++failures;
-                std::printf("too much memory: %s, %zu bytes, needed %.0f\n",
-                            which.name,
-                            size,
+                std::printf("too much memory: %s, %zu bytes, needed %.0f\n", which.name, size,
                             needed);
             }
             const double time = timed(bench, which, text);
@@ -360,12 +323,8 @@ int main(int argc, char** argv)
             times.push_back(time);
         }
         // Copies leave one cache after the other as they grow; from 1 MiB on they are in none.
-        std::printf("%-36s %12.2f %12.2f %10.3f %10.2f %10.0f\n",
-                    which.name,
-                    exponent(sizes, times, 16384),
-                    exponent(sizes, times, 1048576),
-                    perByte,
-                    copies,
+        std::printf("%-36s %12.2f %12.2f %10.3f %10.2f %10.0f\n", which.name,
+                    exponent(sizes, times, 16384), exponent(sizes, times, 1048576), perByte, copies,
                     which.copies);
     }
     return failures == 0 ? 0 : 1;

@@ -136,11 +136,7 @@ int main(int argc, char** argv)
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     std::printf("%ld events and %ld requests in %.0f s; resident %ld KiB after a tenth, %ld KiB at "
                 "the end\n",
-                rounds,
-                2 * rounds,
-                time.count(),
-                early,
-                late);
+                rounds, 2 * rounds, time.count(), early, late);
     if (rounds >= enoughToTell && late - early > allowedGrowth)
     {
         std::printf("memory has grown by more than %ld KiB\n", allowedGrowth);

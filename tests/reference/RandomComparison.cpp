@@ -42,16 +42,8 @@ const std::vector<std::vector<std::string>> events = []
 
 const std::vector<std::vector<std::string>> answers = {
     {"sfiResult", "status", "uri", "cfnrRingCount"},
-    {"func_return_val",
-     "Type",
-     "newMsgs",
-     "oldMsgs",
-     "newUrgMsgs",
-     "oldUrgMsgs",
-     "return_type",
-     "available_info",
-     "messages_waiting",
-     "voiceMailNumber"},
+    {"func_return_val", "Type", "newMsgs", "oldMsgs", "newUrgMsgs", "oldUrgMsgs", "return_type",
+     "available_info", "messages_waiting", "voiceMailNumber"},
     {"1001", "1002", "1003", "sfiFailure"},
 };
 
@@ -228,9 +220,7 @@ bool agree(const std::string& message, const std::string& library, const std::st
 {
     if (library != plain)
         std::printf("the library and the plain writing differ on\n%s\nlibrary: %s\nplain:   %s\n",
-                    message.c_str(),
-                    library.c_str(),
-                    plain.c_str());
+                    message.c_str(), library.c_str(), plain.c_str());
     return library == plain;
 }
 
@@ -269,9 +259,7 @@ int main(int count, char** words)
         }
     }
     std::printf("%ld events, %ld of them with a callback, and %ld answers: no difference\n",
-                messages,
-                callbacks,
-                messages);
+                messages, callbacks, messages);
     // A generator that spoils everything would prove nothing.
     return callbacks > messages / 2 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -133,8 +133,7 @@ int main()
         return 1;
     }
     expect("result", std::to_string(service->answerCall("1001", 12)), "5");
-    expect("request",
-           channel.seen,
+    expect("request", channel.seen,
            "CommunicationsServiceProtocol:"
            "<Method>AnswerCall</Method><Line>1001</Line><CallID>12</CallID>");
     expect("name", serialize(sfiServiceDoNotDisturb), "sfiServiceDoNotDisturb");

@@ -146,16 +146,11 @@ TEST(Language, TakesALineApart)
 
 TEST(Language, ShowsAValueAsItHasToBeTyped)
 {
-    for (const std::string& text : {std::string("plain"),
-                                    std::string("two words"),
-                                    std::string("a=b"),
-                                    std::string("\"q\" \\ '"),
-                                    std::string("$x"),
-                                    std::string("#"),
-                                    std::string(),
-                                    std::string("\x01\n\t\x7f\0z", 6),
-                                    std::string("\xff\xfe"),
-                                    std::string("gr\xc3\xbc\xc3\x9f")})
+    for (const std::string& text :
+         {std::string("plain"), std::string("two words"), std::string("a=b"),
+          std::string("\"q\" \\ '"), std::string("$x"), std::string("#"), std::string(),
+          std::string("\x01\n\t\x7f\0z", 6), std::string("\xff\xfe"),
+          std::string("gr\xc3\xbc\xc3\x9f")})
     {
         const std::vector<Word> words = splitWords(shown(text));
         ASSERT_EQ(words.size(), 1U) << shown(text);
@@ -227,9 +222,8 @@ TEST(Arguments, FollowFromWordsCallsAndDefaults)
         {"outgoingCallMake 1002 5 2001 on off yes",
          "outgoingCallMake line=1002 callId=5 destination=2001 dssDirectCall=1 bridgeCall=0 "
          "callCompletionCall=1"},
-        {"deflectCall 3 destination=null",
-         "deflectCall line=1001 callId=3 destination= "
-         "null:destination"},
+        {"deflectCall 3 destination=null", "deflectCall line=1001 callId=3 destination= "
+                                           "null:destination"},
         {"deflectCall 3 \"null\"", "deflectCall line=1001 callId=3 destination=null"},
         {"callClear cause=busy", "callClear line=1002 callId=7 cause=3"},
         {"setDoNotDisturb 1002 on", "setDoNotDisturb line=1002 doNotDisturbOn=1"},
@@ -272,29 +266,26 @@ TEST(Arguments, FollowFromWordsCallsAndDefaults)
 TEST(Arguments, MistakesSayWhatIsWrongAndWhere)
 {
     using namespace numbers;
-    const CallBook book = bookWith({call(7, "1001", callConnected, "2001"),
-                                    call(8, "1001", callConferenced, ""),
-                                    call(9, "1002", callFailed, "2002")});
+    const CallBook book =
+        bookWith({call(7, "1001", callConnected, "2001"), call(8, "1001", callConferenced, ""),
+                  call(9, "1002", callFailed, "2002")});
     const struct
     {
         const char* line;
         const char* mistake;
     } rows[] = {
-        {"answerCall",
-         "0: answerCall needs callId: no call rings; there is 7 (connected, 2001), 8 "
-         "(conferenced), 9 (failed, 2002)"},
-        {"holdCall",
-         "0: holdCall needs callId: more than one call fits: 7 (connected, 2001), 8 "
-         "(conferenced)"},
+        {"answerCall", "0: answerCall needs callId: no call rings; there is 7 (connected, 2001), 8 "
+                       "(conferenced), 9 (failed, 2002)"},
+        {"holdCall", "0: holdCall needs callId: more than one call fits: 7 (connected, 2001), 8 "
+                     "(conferenced)"},
         {"answerCall 1002 7 x", "19: there is nothing left for x (answerCall [line] [callId])"},
         {"holdCall callID=3 callId=4", "10: holdCall has no argument callID, did you mean callId?"},
         {"holdCall callId=3 CallID=4", "19: CallID is given twice"},
         {"deflectCall 3", "0: deflectCall needs callId: no call is offered or rings"},
         {"deflectCall callId=3", "0: deflectCall needs destination: number or URI of the far end"},
         {"setDoNotDisturb perhaps", "17: doNotDisturbOn is a flag, true or false, not \"perhaps\""},
-        {"refuseCall 7 refuseCallReason=bussy",
-         "14: refuseCallReason is a number or one of its "
-         "names, not \"bussy\"; did you mean busy?"},
+        {"refuseCall 7 refuseCallReason=bussy", "14: refuseCallReason is a number or one of its "
+                                                "names, not \"bussy\"; did you mean busy?"},
         {"setServiceState sfiServiceInServise",
          "17: state is one of sfiServiceInService, sfiServiceOutOfService, "
          "sfiServiceDoNotDisturb, not sfiServiceInServise; did you mean sfiServiceInService?"},

@@ -80,9 +80,8 @@ const std::string tour = std::string(PHONE_SCRIPTS) + "/tour";
 TEST(PhoneProgram, ExitStatusTellsHowItWent)
 {
     const Folder folder;
-    const std::string met = folder.write("met",
-                                         "subscribe\nactivate\n"
-                                         "expect RegistrationStateChangeEvent\n");
+    const std::string met = folder.write("met", "subscribe\nactivate\n"
+                                                "expect RegistrationStateChangeEvent\n");
     const std::string unmet = folder.write("unmet", "subscribe\nexpect CallHeldEvent\nsay no\n");
     const std::string mistake = folder.write("mistake", "say before\nhold x=1\nexpct\n");
     const struct
@@ -93,26 +92,20 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
     } rows[] = {
         {"--script " + met, 0, ""},
         {"--script " + unmet, 1, "unmet:2: expected CallHeldEvent within 1 s\n  no event came\n"},
-        {"--script " + mistake,
-         2,
+        {"--script " + mistake, 2,
          "mistake:2:6: holdCall has no argument x (holdCall [line] [callId] [holdCallReason] "
          "[manual])\nmistake:3:1: there is no command expct, did you mean expect?\n"},
-        {"--script /nowhere",
-         2,
+        {"--script /nowhere", 2,
          "communications-phone: cannot read the script /nowhere: No such file or directory\n"},
-        {"--scrip x",
-         2,
+        {"--scrip x", 2,
          "communications-phone: there is no option --scrip, did you mean --script?\n"},
-        {"--timeout soon",
-         2,
+        {"--timeout soon", 2,
          "communications-phone: soon is no time; write it as 500ms, 2s or 1min\n"},
         {"--library /nowhere", 2, "communications-phone: there is no library /nowhere\n"},
-        {"--socket /nowhere --script " + met,
-         3,
+        {"--socket /nowhere --script " + met, 3,
          "communications-phone: no service at /nowhere: there is no such socket\n"},
         {"--ladder-from " + met, 2, "communications-phone: " + met + ":1: not JSON (byte 1)\n"},
-        {"--trace /dev/full --script " + met,
-         2,
+        {"--trace /dev/full --script " + met, 2,
          "the trace is not complete: /dev/full could not be written to the end\n"},
         {"--version", 0, ""},
     };
@@ -133,10 +126,9 @@ TEST(PhoneProgram, LinesFromAPipeGoOnAfterAMistake)
         phone(folder, "", std::string("say one\nhol\nbad \0 byte\n! getDevices\nsay two\n", 43));
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.out, "one\ngetDevices: sfiSuccess devices=1001,1002,1003\ntwo\n");
-    EXPECT_EQ(ended.errors,
-              "stdin:2:1: there is no command hol, did you mean hold?\n"
-              "stdin:3:5: the byte 0x00 is no text; write it as \\x00 in a word\n"
-              "stdin:4: getDevices was to fail, but it was carried out\n");
+    EXPECT_EQ(ended.errors, "stdin:2:1: there is no command hol, did you mean hold?\n"
+                            "stdin:3:5: the byte 0x00 is no text; write it as \\x00 in a word\n"
+                            "stdin:4: getDevices was to fail, but it was carried out\n");
     EXPECT_EQ(phone(folder, "--script -", "! getDevices\nhol\nquit\nhol\n").status, 1);
     EXPECT_EQ(phone(folder, "").status, 0);
 }
@@ -190,9 +182,8 @@ TEST(PhoneProgram, SaysWhenAServiceHangsOrDies)
     EXPECT_EQ(phone(folder, options, line).status, 0);
     Ended ended = phone(folder, options, "sim silence GetMicrophoneMute\n" + line + line);
     EXPECT_EQ(ended.status, 3);
-    EXPECT_EQ(ended.errors,
-              "stdin:2: GetMicrophoneMute has no answer: the service at " + service.socket() +
-                  " did not answer within 200 ms\n");
+    EXPECT_EQ(ended.errors, "stdin:2: GetMicrophoneMute has no answer: the service at " +
+                                service.socket() + " did not answer within 200 ms\n");
     service.kill();
     ended = phone(folder, options, line);
     EXPECT_EQ(ended.status, 3);
@@ -208,8 +199,7 @@ TEST(PhoneProgram, TheTourCanBeTaken)
     EXPECT_EQ(ended.errors, "");
     for (const char* part : {"> answer\nanswerCall line=1001 callId=1: sfiSuccess\n",
                              "  -> <Method>Subscribe</Method>\n  <- sfiSuccess\n",
-                             "* b2buaCSTAResponse lineURI=1001 success=true",
-                             "Go on by hand"})
+                             "* b2buaCSTAResponse lineURI=1001 success=true", "Go on by hand"})
         EXPECT_NE(ended.out.find(part), std::string::npos) << part;
 }
 
@@ -292,9 +282,8 @@ TEST(PhoneProgram, EverythingIsCoveredOverASocket)
 {
     const Folder folder;
     ServiceProcess service;
-    const Ended ended = phone(folder,
-                              "--socket " + service.socket() + " --script " + everything +
-                                  " --trace " + folder.file("trace"));
+    const Ended ended = phone(folder, "--socket " + service.socket() + " --script " + everything +
+                                          " --trace " + folder.file("trace"));
     ASSERT_EQ(ended.status, 0) << ended.errors;
     std::ifstream trace(folder.file("trace"));
     std::ostringstream script;

@@ -64,13 +64,11 @@ TEST_F(Phone, JudgesEachLine)
         {"! hold 99", Verdict::met, ""},
         {"isCallHoldPossible 1001", Verdict::met, ""},
         {"! isCallHoldPossible 1001", Verdict::met, ""},
-        {"expect CallHeldEvent within 10ms",
-         Verdict::unmet,
+        {"expect CallHeldEvent within 10ms", Verdict::unmet,
          "s:3: expected CallHeldEvent within 10 ms\n  events that came: FeatureFailedEvent\n"},
         {"! expect CallHeldEvent within 10ms", Verdict::met, ""},
         {"expect no CallHeldEvent within 10ms", Verdict::met, ""},
-        {"expect no FeatureFailedEvent within 10ms",
-         Verdict::unmet,
+        {"expect no FeatureFailedEvent within 10ms", Verdict::unmet,
          "s:3: no FeatureFailedEvent was to come, but it came\n"
          "  came: FeatureFailedEvent lineId=1001 callId=99 feature=hold "
          "featureFailure=noSuchCall\n"},
@@ -165,15 +163,13 @@ TEST_F(Phone, ShowsWhatTravels)
 {
     run("wire on");
     EXPECT_EQ(run("setMicrophoneMute on"), Verdict::met);
-    EXPECT_EQ(out_.str(),
-              "  -> <Method>SetMicrophoneMute</Method><Status>1</Status>\n"
-              "  <- sfiSuccess\n"
-              "setMicrophoneMute status=true: sfiSuccess\n");
+    EXPECT_EQ(out_.str(), "  -> <Method>SetMicrophoneMute</Method><Status>1</Status>\n"
+                          "  <- sfiSuccess\n"
+                          "setMicrophoneMute status=true: sfiSuccess\n");
     run("subscribe");
     run("event CallHeldEvent callId=7");
-    EXPECT_EQ(out_.str(),
-              "  <= <Method>CallHeldEvent</Method><CallID>7</CallID>\n"
-              "* CallHeldEvent callId=7\n");
+    EXPECT_EQ(out_.str(), "  <= <Method>CallHeldEvent</Method><CallID>7</CallID>\n"
+                          "* CallHeldEvent callId=7\n");
 }
 
 TEST_F(Phone, SaysWhenTheServiceIsGoneAndComesBack)

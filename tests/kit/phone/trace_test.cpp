@@ -65,9 +65,8 @@ std::vector<Record> aCall()
     return {
         request(1, "<Method>Activate</Method>", Sending::timed),
         answer(1, "sfiSuccess"),
-        request(2,
-                "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line><CallID>0</CallID>"
-                "<Destination>2001</Destination><DSSDirectCall>0</DSSDirectCall>"),
+        request(2, "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line><CallID>0</CallID>"
+                   "<Destination>2001</Destination><DSSDirectCall>0</DSSDirectCall>"),
         event(callState(5, numbers::callDelivered)),
         answer(2, "sfiSuccess"),
         control("advance 2s"),
@@ -263,12 +262,12 @@ Expectation expectation(const std::string& text)
 
 TEST(Expectation, LooksAtEveryFieldThatItNames)
 {
-    const ReceivedEvent call = received("CallStateChangeEvent",
-                                        {{"lineId", "1001"},
-                                         {"callId", "12"},
-                                         {"callState", "connected"},
-                                         {"uri", "sip:2001@host"},
-                                         {"callBackFeatureAvailable", "false"}});
+    const ReceivedEvent call =
+        received("CallStateChangeEvent", {{"lineId", "1001"},
+                                          {"callId", "12"},
+                                          {"callState", "connected"},
+                                          {"uri", "sip:2001@host"},
+                                          {"callBackFeatureAvailable", "false"}});
     const struct
     {
         const char* text;

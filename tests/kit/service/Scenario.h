@@ -138,8 +138,7 @@ private:
         const kit::Operation* const operation = kit::findOperation(word);
         ASSERT_NE(operation, nullptr) << "no operation";
         request(kit::requestText(*operation, valuesOf(rest)),
-                operation->sending != kit::Sending::oneWay,
-                expected);
+                operation->sending != kit::Sending::oneWay, expected);
     }
 
     void request(const std::string& text, bool answered, const std::string* expected)

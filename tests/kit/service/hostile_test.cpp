@@ -25,10 +25,9 @@ std::vector<std::string> seeds()
         std::string text = kit::element("Method", operation.method);
         for (const kit::Field& field : operation.arguments)
             if (*field.tag != '\0')
-                text += kit::element(field.tag,
-                                     std::string(field.tag) == "Line"          ? "1001"
-                                     : std::string(field.tag) == "Destination" ? "1002"
-                                                                               : "1");
+                text += kit::element(field.tag, std::string(field.tag) == "Line"          ? "1001"
+                                                : std::string(field.tag) == "Destination" ? "1002"
+                                                                                          : "1");
         texts.push_back(text);
     }
     return texts;
@@ -240,19 +239,13 @@ TEST(ServiceHostile, largeTexts)
     const std::string large(1000000, 'x');
     const std::string open(1000000, '<');
     for (const std::string& text :
-         {large,
-          open,
-          "<Method>" + large + "</Method>",
+         {large, open, "<Method>" + large + "</Method>",
           "<Method>HoldCall</Method><" + large + ">1</" + large + ">",
           "<Method>HoldCall</Method><Line>" + large + "</Line><CallID>" + large + "</CallID>",
           "<Method>HoldCall</Method>" + open})
         EXPECT_EQ(service.request(client, text), "sfiFailure");
-    for (const std::string& command : {large,
-                                       "call " + large + " from 1",
-                                       "show " + large,
-                                       "advance " + large,
-                                       "\"" + large,
-                                       "call 1001 from " + large})
+    for (const std::string& command : {large, "call " + large + " from 1", "show " + large,
+                                       "advance " + large, "\"" + large, "call 1001 from " + large})
         EXPECT_EQ(service.control(command).rfind("error: ", 0), 0U);
     expectAlive(service);
 }

@@ -88,11 +88,9 @@ const std::string zeros(12, '\0');
 const WrongFrame wrongFrames[] = {
     {"type0", std::string("\0\0\0\0\0\0\0\0", 8) + zeros, "a message of the unknown type 0"},
     {"type7", std::string("\0\0\0\0\0\0\0\7", 8) + zeros, "a message of the unknown type 7"},
-    {"tooLarge",
-     std::string("\1\0\0\1\0\0\0\1", 8) + zeros,
+    {"tooLarge", std::string("\1\0\0\1\0\0\0\1", 8) + zeros,
      "a message of 16777217 bytes, 16777216 are possible"},
-    {"channelTooLong",
-     std::string("\0\0\0\1\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\2", 20),
+    {"channelTooLong", std::string("\0\0\0\1\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\2", 20),
      "a channel name of 2 bytes in a message of 1"},
 };
 
@@ -409,23 +407,18 @@ TEST(ServiceProgram, wrongOptionsGetOneLineAndAStatus)
     } rows[] = {
         {"", 2, "--socket is required (--help tells more)"},
         {"--socket", 2, "--socket: 1 required PATH missing (--help tells more)"},
-        {"--socket /tmp/x --realtme",
-         2,
+        {"--socket /tmp/x --realtme", 2,
          "The following argument was not expected: --realtme (--help tells more)"},
-        {"--socket /tmp/x --realtime --speed 2",
-         2,
+        {"--socket /tmp/x --realtime --speed 2", 2,
          "--realtime excludes --speed (--help tells more)"},
         {"--socket /tmp/x --lines 1,,1", 2, "--lines: \"1\" is no line, or there twice"},
         {"--socket /nowhere/x", 1, "cannot listen at /nowhere/x: there is no directory /nowhere"},
-        {"--socket " + longPath,
-         1,
+        {"--socket " + longPath, 1,
          "cannot listen at " + longPath + ": the path has 130 characters, 107 are possible"},
-        {"--socket " + file,
-         1,
+        {"--socket " + file, 1,
          "cannot listen at " + file + ": there is a file of that name, and it is no socket"},
         {"--socket /proc/x", 1, "cannot listen at /proc/x: "},
-        {"--socket /tmp/x --log /nowhere/l",
-         1,
+        {"--socket /tmp/x --log /nowhere/l", 1,
          "cannot write to /nowhere/l: No such file or directory"},
     };
     for (const auto& row : rows)

@@ -102,15 +102,13 @@ std::string show(const CallPartyInfo* info)
     // A text may run on beyond its field, so each is read from the record's first byte on.
     const char* const record = reinterpret_cast<const char*>(info);
     Lines texts;
-    for (const std::size_t offset : {offsetof(CallPartyInfo, callingNumber),
-                                     offsetof(CallPartyInfo, callingName),
-                                     offsetof(CallPartyInfo, calledNumber),
-                                     offsetof(CallPartyInfo, calledName)})
+    for (const std::size_t offset :
+         {offsetof(CallPartyInfo, callingNumber), offsetof(CallPartyInfo, callingName),
+          offsetof(CallPartyInfo, calledNumber), offsetof(CallPartyInfo, calledName)})
         texts.emplace_back(record + offset);
-    for (const std::size_t offset : {offsetof(CallPartyInfo, reservedText1),
-                                     offsetof(CallPartyInfo, reservedText2),
-                                     offsetof(CallPartyInfo, reservedText3),
-                                     offsetof(CallPartyInfo, reservedText4)})
+    for (const std::size_t offset :
+         {offsetof(CallPartyInfo, reservedText1), offsetof(CallPartyInfo, reservedText2),
+          offsetof(CallPartyInfo, reservedText3), offsetof(CallPartyInfo, reservedText4)})
         if (record[offset] != '\0')
             texts.push_back("reserved text is set");
     if (info->reservedNumber != 0)
