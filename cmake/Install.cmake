@@ -110,15 +110,16 @@ if(TARGET CommunicationsServiceKit)
   install_pkgconfig(communications-service-kit Kit)
   # Of the service, its face alone: what it is made of is nobody's business.
   install(
-    DIRECTORY ${PROJECT_SOURCE_DIR}/kit/framework ${PROJECT_SOURCE_DIR}/kit/protocol
-              ${PROJECT_SOURCE_DIR}/kit/testing
+    DIRECTORY ${PROJECT_SOURCE_DIR}/kit/binding ${PROJECT_SOURCE_DIR}/kit/framework
+              ${PROJECT_SOURCE_DIR}/kit/protocol ${PROJECT_SOURCE_DIR}/kit/testing
     DESTINATION ${include_dir}/kit
     COMPONENT Kit
     FILES_MATCHING
     PATTERN "*.h"
     PATTERN "Frame.h" EXCLUDE)
   install(
-    FILES ${PROJECT_SOURCE_DIR}/kit/service/SimulatedService.h
+    FILES ${PROJECT_SOURCE_DIR}/kit/service/EmbeddedConnection.h
+          ${PROJECT_SOURCE_DIR}/kit/service/SimulatedService.h
     DESTINATION ${include_dir}/kit/service
     COMPONENT Kit)
   set(libdir_from_bin ${CMAKE_INSTALL_FULL_LIBDIR})

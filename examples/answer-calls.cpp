@@ -1,7 +1,7 @@
 // Answers every call that arrives, and ends with 0 once it speaks with somebody.
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/QuietSubscriber.h"
+#include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 

@@ -1,8 +1,8 @@
 // Goes on after the service was restarted: nothing comes back by itself, and nothing is sent twice.
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/QuietSubscriber.h"
+#include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 

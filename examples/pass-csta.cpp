@@ -1,7 +1,7 @@
 // Passes a CSTA request through the service to its peer and prints what the peer answers.
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/QuietSubscriber.h"
+#include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 

@@ -1,8 +1,8 @@
 // What the page on testing applications quotes, beside the tests of the quiet key.
 #include "../quiet-key/QuietKey.h"
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
+#include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/FaultConnection.h"

@@ -1,7 +1,7 @@
 // Presses the key twice and prints what goes over the channel.
 #include "QuietKey.h"
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Framework.h"
+#include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 

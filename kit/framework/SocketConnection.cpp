@@ -1,6 +1,6 @@
 #include "kit/framework/SocketConnection.h"
 
-#include "kit/framework/Frame.h"
+#include "kit/protocol/Frame.h"
 
 #include <algorithm>
 #include <array>

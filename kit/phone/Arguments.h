@@ -1,8 +1,8 @@
 #ifndef KIT_PHONE_ARGUMENTS_H
 #define KIT_PHONE_ARGUMENTS_H
 
+#include "kit/language/Language.h"
 #include "kit/phone/CallBook.h"
-#include "kit/phone/Language.h"
 #include "kit/protocol/Protocol.h"
 
 #include <string>

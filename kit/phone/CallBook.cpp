@@ -1,6 +1,6 @@
 #include "kit/phone/CallBook.h"
 
-#include "kit/phone/Language.h"
+#include "kit/language/Language.h"
 
 #include <algorithm>
 #include <cstdlib>

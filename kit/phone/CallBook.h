@@ -1,7 +1,7 @@
 #ifndef KIT_PHONE_CALL_BOOK_H
 #define KIT_PHONE_CALL_BOOK_H
 
-#include "kit/framework/Subscriber.h"
+#include "kit/binding/Subscriber.h"
 #include "kit/protocol/Protocol.h"
 
 #include <map>

@@ -2,7 +2,7 @@
 
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Help.h"
-#include "kit/phone/Labels.h"
+#include "kit/trace/Labels.h"
 
 #include <algorithm>
 #include <stdexcept>

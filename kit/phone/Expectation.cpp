@@ -1,7 +1,7 @@
 #include "kit/phone/Expectation.h"
 
 #include "kit/phone/Arguments.h"
-#include "kit/phone/Labels.h"
+#include "kit/trace/Labels.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include "kit/framework/Exception.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
-#include "kit/phone/Labels.h"
+#include "kit/trace/Labels.h"
 
 #include <algorithm>
 #include <cerrno>

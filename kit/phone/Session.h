@@ -1,15 +1,15 @@
 #ifndef KIT_PHONE_SESSION_H
 #define KIT_PHONE_SESSION_H
 
-#include "kit/framework/Caller.h"
+#include "kit/binding/Caller.h"
 #include "kit/framework/Framework.h"
+#include "kit/language/Language.h"
 #include "kit/phone/CallBook.h"
 #include "kit/phone/Completion.h"
 #include "kit/phone/Display.h"
 #include "kit/phone/Expectation.h"
-#include "kit/phone/Ladder.h"
-#include "kit/phone/Language.h"
-#include "kit/phone/Trace.h"
+#include "kit/trace/Ladder.h"
+#include "kit/trace/Trace.h"
 
 #include <chrono>
 #include <deque>

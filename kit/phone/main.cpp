@@ -1,8 +1,8 @@
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/framework/Library.h"
 #include "kit/framework/SocketConnection.h"
 #include "kit/phone/Commands.h"
 #include "kit/phone/LineEditor.h"
+#include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 
 #include <CLI/CLI.hpp>

@@ -1,6 +1,6 @@
 #include "kit/service/SocketServer.h"
 
-#include "kit/framework/Frame.h"
+#include "kit/protocol/Frame.h"
 #include "kit/service/SimulatedService.h"
 
 #include <array>

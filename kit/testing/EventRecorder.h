@@ -1,7 +1,7 @@
 #ifndef KIT_TESTING_EVENT_RECORDER_H
 #define KIT_TESTING_EVENT_RECORDER_H
 
-#include "kit/framework/Subscriber.h"
+#include "kit/binding/Subscriber.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,7 +1,7 @@
 // The protocol is written twice: in the library, and in the kit's table. Here each is held against
 // the other, for every operation and every event.
 #include "Complaint.h"
-#include "kit/framework/Caller.h"
+#include "kit/binding/Caller.h"
 #include "kit/protocol/Lists.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/testing/EventInjector.h"

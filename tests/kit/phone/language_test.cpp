@@ -1,8 +1,8 @@
 // What is typed: words, times, values, arguments, short words, completion.
 
+#include "kit/language/Language.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Completion.h"
-#include "kit/phone/Language.h"
 
 #include <gtest/gtest.h>
 

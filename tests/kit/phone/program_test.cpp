@@ -1,7 +1,7 @@
 // The program as it is run: scripts, exit statuses, and that nothing is left out of "everything".
 
-#include "kit/phone/Trace.h"
 #include "kit/testing/ServiceProcess.h"
+#include "kit/trace/Trace.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // Lines that are carried out over a service in this process.
 
-#include "kit/framework/EmbeddedConnection.h"
 #include "kit/phone/Session.h"
+#include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 #include "tests/kit/Complaint.h"
 
 #include "kit/phone/Expectation.h"
-#include "kit/phone/Labels.h"
-#include "kit/phone/Ladder.h"
+#include "kit/trace/Labels.h"
+#include "kit/trace/Ladder.h"
 
 #include <gtest/gtest.h>
 #include <sstream>

@@ -2,9 +2,9 @@
 
 #include "tests/kit/Complaint.h"
 
-#include "kit/framework/Frame.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
+#include "kit/protocol/Frame.h"
 #include "kit/service/SimulatedService.h"
 #include "kit/service/SocketServer.h"
 #include "kit/testing/EventRecorder.h"

@@ -1,4 +1,4 @@
-#include "kit/phone/Language.h"
+#include "kit/language/Language.h"
 
 #include <algorithm>
 #include <cctype>

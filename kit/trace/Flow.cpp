@@ -1,7 +1,7 @@
-#include "kit/phone/Flow.h"
+#include "kit/trace/Flow.h"
 
-#include "kit/phone/Labels.h"
-#include "kit/phone/Language.h"
+#include "kit/language/Language.h"
+#include "kit/trace/Labels.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "kit/framework/EmbeddedConnection.h"
+#include "kit/service/EmbeddedConnection.h"
 
 #include "kit/service/SimulatedService.h"
 

@@ -1,5 +1,5 @@
-#ifndef KIT_FRAMEWORK_SUBSCRIBER_H
-#define KIT_FRAMEWORK_SUBSCRIBER_H
+#ifndef KIT_BINDING_SUBSCRIBER_H
+#define KIT_BINDING_SUBSCRIBER_H
 
 #include "CommunicationsServiceEventIfc.h"
 #include "framework/Executable.h"

@@ -1,4 +1,4 @@
-#include "kit/framework/Frame.h"
+#include "kit/protocol/Frame.h"
 
 namespace kit
 {

@@ -1,7 +1,7 @@
-#ifndef KIT_PHONE_LABELS_H
-#define KIT_PHONE_LABELS_H
+#ifndef KIT_TRACE_LABELS_H
+#define KIT_TRACE_LABELS_H
 
-#include "kit/framework/Subscriber.h"
+#include "kit/binding/Subscriber.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "kit/framework/Subscriber.h"
+#include "kit/binding/Subscriber.h"
 
 #include "kit/protocol/Lists.h"
 

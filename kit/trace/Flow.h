@@ -1,7 +1,7 @@
-#ifndef KIT_PHONE_FLOW_H
-#define KIT_PHONE_FLOW_H
+#ifndef KIT_TRACE_FLOW_H
+#define KIT_TRACE_FLOW_H
 
-#include "kit/phone/Trace.h"
+#include "kit/trace/Trace.h"
 
 #include <deque>
 #include <map>

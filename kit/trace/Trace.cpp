@@ -1,4 +1,4 @@
-#include "kit/phone/Trace.h"
+#include "kit/trace/Trace.h"
 
 #include <cmath>
 #include <istream>

@@ -1,4 +1,4 @@
-#include "kit/phone/Ladder.h"
+#include "kit/trace/Ladder.h"
 
 #include <algorithm>
 #include <utility>

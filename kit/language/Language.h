@@ -1,5 +1,5 @@
-#ifndef KIT_PHONE_LANGUAGE_H
-#define KIT_PHONE_LANGUAGE_H
+#ifndef KIT_LANGUAGE_LANGUAGE_H
+#define KIT_LANGUAGE_LANGUAGE_H
 
 #include <chrono>
 #include <cstddef>

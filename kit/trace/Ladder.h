@@ -1,7 +1,7 @@
-#ifndef KIT_PHONE_LADDER_H
-#define KIT_PHONE_LADDER_H
+#ifndef KIT_TRACE_LADDER_H
+#define KIT_TRACE_LADDER_H
 
-#include "kit/phone/Flow.h"
+#include "kit/trace/Flow.h"
 
 #include <string>
 #include <vector>

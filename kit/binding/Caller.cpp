@@ -1,4 +1,4 @@
-#include "kit/framework/Caller.h"
+#include "kit/binding/Caller.h"
 
 #include "kit/protocol/Lists.h"
 

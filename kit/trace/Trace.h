@@ -1,5 +1,5 @@
-#ifndef KIT_PHONE_TRACE_H
-#define KIT_PHONE_TRACE_H
+#ifndef KIT_TRACE_TRACE_H
+#define KIT_TRACE_TRACE_H
 
 #include "kit/framework/Connection.h"
 #include "kit/protocol/Protocol.h"

@@ -1,5 +1,5 @@
-#ifndef KIT_FRAMEWORK_FRAME_H
-#define KIT_FRAMEWORK_FRAME_H
+#ifndef KIT_PROTOCOL_FRAME_H
+#define KIT_PROTOCOL_FRAME_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "kit/phone/Labels.h"
+#include "kit/trace/Labels.h"
 
-#include "kit/phone/Language.h"
+#include "kit/language/Language.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
-#ifndef KIT_FRAMEWORK_CALLER_H
-#define KIT_FRAMEWORK_CALLER_H
+#ifndef KIT_BINDING_CALLER_H
+#define KIT_BINDING_CALLER_H
 
 #include "CommunicationsServiceIfc.h"
 #include "kit/protocol/Protocol.h"
