@@ -1,9 +1,9 @@
 #ifndef BENCH_BENCH_H
 #define BENCH_BENCH_H
 
-#include "bench/Subscriber.h"
 #include "framework/InvokerResponse.h"
 #include "framework/ProxyRequest.h"
+#include "tests/support/Subscriber.h"
 
 #include <benchmark/benchmark.h>
 
@@ -152,7 +152,7 @@ extern const Message securityStatus;
 
 // Each of those that take part adds its rows.
 void addLibrary(const std::string& who, const std::string& path);
-void addPlain();
+void addReference();
 void addFloor();
 void addProtobuf();
 void addGVariant();

@@ -1,9 +1,9 @@
-// The library as built, opened as the framework opens it, and the plain writing of the same.
+// The library as built, opened as the framework opens it, and the reference implementation.
 
 #include "CommunicationsServiceIfc.h"
 #include "bench/Bench.h"
-#include "bench/Plain.h"
 #include "framework/Proxy.h"
+#include "tests/support/Reference.h"
 
 #include <dlfcn.h>
 
@@ -134,7 +134,7 @@ void addRequests(const std::string& who,
     };
     addRequest<Operations>("getDevices.12/" + who, deviceList(devices.size()), connect, getDevices);
     for (const Growing& row : growing)
-        if (row.isAnswer && who != "plain")
+        if (row.isAnswer && who != "reference")
             for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
                 addRequest<Operations>(row.name + ("." + std::to_string(size)) + "/" + who,
                                        row.text(size), connect, getDevices);
@@ -160,7 +160,7 @@ void addEvents(const std::string& who, const std::shared_ptr<Invoker>& invoker)
     addEvent("b2buaCSTAResponse.2KiB/" + who, invoker, cstaResponse.text());
     addEvent("securityStatusChanged/" + who, invoker, securityStatus.text());
     for (const Growing& row : growing)
-        if (!row.isAnswer && who != "plain")
+        if (!row.isAnswer && who != "reference")
             for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
                 addEvent(row.name + ("." + std::to_string(size)) + "/" + who, invoker,
                          row.text(size));
@@ -183,9 +183,9 @@ void addLibrary(const std::string& who, const std::string& path)
                        library, "createCommunicationsServiceEventInvoker"));
 }
 
-void addPlain()
+void addReference()
 {
-    addRequests<PlainProxy>("plain",
-                            [](Channel& channel) { return std::make_shared<PlainProxy>(channel); });
-    addEvents("plain", std::make_shared<PlainInvoker>());
+    addRequests<ReferenceProxy>("reference", [](Channel& channel)
+                                { return std::make_shared<ReferenceProxy>(channel); });
+    addEvents("reference", std::make_shared<ReferenceInvoker>());
 }

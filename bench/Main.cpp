@@ -1,4 +1,4 @@
-// Measures the library, the plain writing of it, the floor and the peers, all in one run.
+// Measures the library, the reference implementation, the floor and the peers, all in one run.
 //
 // bench [--library=[NAME:]PATH ...] [--instructions] [options of Google Benchmark]
 //
@@ -71,7 +71,7 @@ int main(int count, char** words)
     }
     if (!hasLibrary)
         addLibrary("library", BENCH_LIBRARY);
-    addPlain();
+    addReference();
     addFloor();
 #ifdef BENCH_PROTOBUF
     addProtobuf();

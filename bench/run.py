@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures the library against the floor, the plain writing and the peers, and puts the result
+"""Measures the library against the floor, the reference implementation and the peers, and puts the result
 into docs/performance.md (between the marks) and docs/performance.svg.
 """
 
@@ -16,10 +16,10 @@ import measure
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build-bench"
-WHO = {"library": "library", "plain": "plain writing", "protobuf": "protobuf",
+WHO = {"library": "library", "reference": "reference implementation", "protobuf": "protobuf",
        "protobuf.reused": "protobuf, reused", "GVariant": "GVariant", "pugixml": "pugixml",
        "nlohmann": "nlohmann JSON"}
-COLOURS = {"library": "#c0392b", "plain": "#7f8c8d", "protobuf": "#2471a3",
+COLOURS = {"library": "#c0392b", "reference": "#7f8c8d", "protobuf": "#2471a3",
            "protobuf.reused": "#5dade2", "GVariant": "#8e44ad", "pugixml": "#229954",
            "nlohmann": "#d68910"}
 # Where the figures are to come to: times the floor.

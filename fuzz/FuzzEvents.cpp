@@ -3,10 +3,10 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "Fuzzer.h"
-#include "bench/Plain.h"
-#include "tests/proof/Framework.h"
-#include "tests/proof/Recorder.h"
-#include "tests/proof/Samples.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Reference.h"
+#include "tests/support/Samples.h"
 
 #include <cstdint>
 
@@ -21,13 +21,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     message.resize(message.find('\0') == std::string::npos ? message.size() : message.find('\0'));
 
     static CommunicationsServiceEventInvoker invoker;
-    static PlainInvoker plain;
+    static ReferenceInvoker reference;
     static Recorder subscriber, expected;
     Response response;
     subscriber.said.clear();
     expected.said.clear();
     invoker.handleMessage(&subscriber, message.c_str(), static_cast<int>(size), &response);
-    plain.handleMessage(&expected, message.c_str(), static_cast<int>(size), nullptr);
+    reference.handleMessage(&expected, message.c_str(), static_cast<int>(size), nullptr);
     demandEqual("callbacks", subscriber.said, expected.said);
     demandEqual("responses", response.times, 1);
     return 0;

@@ -3,8 +3,8 @@
 
 #include "CommunicationsServiceProxy.h"
 #include "Fuzzer.h"
-#include "bench/Plain.h"
-#include "tests/proof/Queries.h"
+#include "tests/support/Queries.h"
+#include "tests/support/Reference.h"
 
 #include <cstdint>
 
@@ -72,8 +72,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     channel.appends = (data[0] & 1) != 0;
     channel.answer.assign(reinterpret_cast<const char*>(data + 1), size - 1);
     compareWords(proxy, channel);
-    static PlainProxy plain(channel);
-    demandEqual("answerCall", proxy.answerCall("1001", 1), plain.answerCall("1001", 1));
-    demandEqual("queries", asked(proxy, channel), asked(plain, channel));
+    static ReferenceProxy reference(channel);
+    demandEqual("answerCall", proxy.answerCall("1001", 1), reference.answerCall("1001", 1));
+    demandEqual("queries", asked(proxy, channel), asked(reference, channel));
     return 0;
 }

@@ -5,7 +5,7 @@
 #include "CommunicationsServiceProxy.h"
 #include "FieldReaders.h"
 #include "Fuzzer.h"
-#include "tests/proof/Samples.h"
+#include "tests/support/Samples.h"
 
 #include <algorithm>
 #include <cstdint>

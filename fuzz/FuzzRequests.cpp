@@ -2,8 +2,8 @@
 
 #include "CommunicationsServiceProxy.h"
 #include "Fuzzer.h"
-#include "bench/Plain.h"
-#include "tests/proof/Framework.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Reference.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -38,8 +38,8 @@ std::string request(const std::string& method,
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static FrameworkOfOne context;
-    static Channel channel(context), plainChannel(context);
-    static PlainProxy plain(plainChannel);
+    static Channel channel(context), referenceChannel(context);
+    static ReferenceProxy reference(referenceChannel);
     static CommunicationsServiceProxy proxy;
     proxy.initProxy(channel);
 
@@ -78,13 +78,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const sfiForwardingType type = static_cast<sfiForwardingType>(number);
     proxy.setForwardingConfiguration(line, type, two, third, other, three);
-    plain.setForwardingConfiguration(line, type, two, third, other, three);
-    demandEqual("setForwardingConfiguration", channel.sent, plainChannel.sent);
+    reference.setForwardingConfiguration(line, type, two, third, other, three);
+    demandEqual("setForwardingConfiguration", channel.sent, referenceChannel.sent);
 
     // A null text cuts the request off; the tag that is searched must not come out of the line.
     proxy.outgoingCallMake("1001", number, null ? nullptr : second.c_str(), one, two, three);
-    plain.outgoingCallMake("1001", number, null ? "" : second.c_str(), one, two, three);
-    const std::string& call = plainChannel.sent;
+    reference.outgoingCallMake("1001", number, null ? "" : second.c_str(), one, two, three);
+    const std::string& call = referenceChannel.sent;
     demandEqual("outgoingCallMake", channel.sent, null ? cutBehind(call, "Destination") : call);
 
     proxy.generateDigits(line, other, null ? nullptr : third.c_str());
@@ -101,8 +101,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     demandEqual("systemStatus", channel.sent, status);
 
     proxy.SendCSTARequest(line, second);
-    plain.SendCSTARequest(line, second);
-    demandEqual("SendCSTARequest", channel.sent, plainChannel.sent);
+    reference.SendCSTARequest(line, second);
+    demandEqual("SendCSTARequest", channel.sent, referenceChannel.sent);
 
     proxy.RemoveConfParticipant(number, second, third);
     demandEqual("RemoveConfParticipant", channel.sent,

@@ -5,20 +5,20 @@
 #include <cstdlib>
 #include <string>
 
-/// Ends the run, with both values, when the library and the plain implementation differ.
-inline void demandEqual(const char* what, const std::string& library, const std::string& plain)
+/// Ends the run, with both values, when the library and the reference implementation differ.
+inline void demandEqual(const char* what, const std::string& library, const std::string& reference)
 {
-    if (library == plain)
+    if (library == reference)
         return;
-    std::fprintf(stderr, "%s\n  library: %s\n  plain:   %s\n", what, library.c_str(),
-                 plain.c_str());
+    std::fprintf(stderr, "%s\n  library:   %s\n  reference: %s\n", what, library.c_str(),
+                 reference.c_str());
     std::abort();
 }
 
-inline void demandEqual(const char* what, long library, long plain)
+inline void demandEqual(const char* what, long library, long reference)
 {
-    if (library != plain)
-        demandEqual(what, std::to_string(library), std::to_string(plain));
+    if (library != reference)
+        demandEqual(what, std::to_string(library), std::to_string(reference));
 }
 
 #endif

@@ -7,7 +7,7 @@ BUILD is a folder for this script alone; it is configured at need. Every string,
 comparison, logical and arithmetic operator, truth value, and pair of neighbouring arguments in src/
 is changed once, in an order of chance: a run that is stopped early has seen a fair sample. A changed
 file is compiled without optimisation, linked with the library's own tests and these are run, then the
-comparison with the plain writing; what they let pass has the allocation and thread tests run too, and
+comparison with the reference implementation; what they let pass has the allocation and thread tests run too, and
 then all of it once more under AddressSanitizer. A change that does not compile does not count, nor one
 that leaves the optimised machine code as it was, byte for byte.
 

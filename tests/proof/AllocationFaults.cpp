@@ -4,9 +4,9 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "Framework.h"
-#include "Recorder.h"
-#include "Samples.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Samples.h"
 
 #include <gtest/gtest.h>
 

@@ -3,11 +3,11 @@
 // program or in another shared object, and opens the library with RTLD_LOCAL or RTLD_GLOBAL.
 
 #include "CommunicationsServiceIfc.h"
-#include "Framework.h"
-#include "Recorder.h"
-#include "Samples.h"
 #include "framework/Invoker.h"
 #include "framework/Proxy.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Samples.h"
 
 #include <dlfcn.h>
 

@@ -3,8 +3,8 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "Framework.h"
-#include "Recorder.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Recorder.h"
 
 #include <malloc.h>
 

@@ -1,12 +1,12 @@
 // Events and requests with changing content, as many as asked for. Memory must stay what it is after
-// the first tenth, and now and then a value is compared with the plain writing of the library.
+// the first tenth, and now and then a value is compared with the reference implementation.
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "Framework.h"
-#include "Recorder.h"
-#include "Samples.h"
-#include "bench/Plain.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Reference.h"
+#include "tests/support/Samples.h"
 
 #include <unistd.h>
 
@@ -73,7 +73,7 @@ private:
         if (!compares)
             return;
         Recorder told;
-        PlainInvoker().handleMessage(&told, message.c_str(), 0, nullptr);
+        ReferenceInvoker().handleMessage(&told, message.c_str(), 0, nullptr);
         demand(subscriber_.said == told.said, message);
     }
 
@@ -88,7 +88,8 @@ private:
         if (compares)
         {
             const std::string sent = channel_.sent;
-            PlainProxy(channel_).setForwardingConfiguration(line, type, true, uri, -number, false);
+            ReferenceProxy(channel_).setForwardingConfiguration(line, type, true, uri, -number,
+                                                                false);
             demand(sent == channel_.sent, sent);
         }
         requestSamples[below(sizeof requestSamples / sizeof requestSamples[0])].call(proxy_,

@@ -1,14 +1,14 @@
-// Gives the same random messages to the library and to the plain writing of it, and compares what
+// Gives the same random messages to the library and to the reference implementation, and compares what
 // the application would see, in every bit. The messages are real ones with damage done to them.
 //
 // RandomComparison [messages [seed]]
 
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
-#include "bench/Plain.h"
 #include "framework/Proxy.h"
-#include "tests/proof/Queries.h"
-#include "tests/proof/Samples.h"
+#include "tests/support/Queries.h"
+#include "tests/support/Reference.h"
+#include "tests/support/Samples.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -216,12 +216,13 @@ std::string heard(Invoker& invoker, const std::string& message)
     return subscriber.said;
 }
 
-bool agree(const std::string& message, const std::string& library, const std::string& plain)
+bool agree(const std::string& message, const std::string& library, const std::string& reference)
 {
-    if (library != plain)
-        std::printf("the library and the plain writing differ on\n%s\nlibrary: %s\nplain:   %s\n",
-                    message.c_str(), library.c_str(), plain.c_str());
-    return library == plain;
+    if (library != reference)
+        std::printf("the library and the reference implementation differ on\n%s\n"
+                    "library:   %s\nreference: %s\n",
+                    message.c_str(), library.c_str(), reference.c_str());
+    return library == reference;
 }
 
 }  // namespace
@@ -240,8 +241,8 @@ int main(int count, char** words)
     FrameworkOfOne context;
     Channel channel(context);
     proxy->initProxy(channel);
-    PlainInvoker plainInvoker;
-    PlainProxy plainProxy(channel);
+    ReferenceInvoker referenceInvoker;
+    ReferenceProxy referenceProxy(channel);
 
     Generator generator(seed);
     long callbacks = 0;
@@ -251,8 +252,8 @@ int main(int count, char** words)
         const std::string library = heard(*invoker, event);
         callbacks += library.empty() ? 0 : 1;
         channel.answer = generator.answer();
-        if (!agree(event, library, heard(plainInvoker, event)) ||
-            !agree(channel.answer, asked(operations, channel), asked(plainProxy, channel)))
+        if (!agree(event, library, heard(referenceInvoker, event)) ||
+            !agree(channel.answer, asked(operations, channel), asked(referenceProxy, channel)))
         {
             std::printf("message %ld of seed %u\n", i, seed);
             return EXIT_FAILURE;

@@ -120,7 +120,7 @@ void expectAlive(kit::SimulatedService& service)
         "sfiSuccess");
 }
 
-TEST(ServiceHostile, requestsAndCommandsThatAreMutated)
+TEST(ServiceHostile, RequestsAndCommandsThatAreMutated)
 {
     kit::SimulatedService service;
     std::size_t events = 0;
@@ -167,7 +167,7 @@ TEST(ServiceHostile, requestsAndCommandsThatAreMutated)
 
 /// Requests in random order, as an application without sense might send them: the state of calls
 /// that belong together has to survive it.
-TEST(ServiceHostile, rightRequestsInAnyOrder)
+TEST(ServiceHostile, RightRequestsInAnyOrder)
 {
     // All that concern a line or a call; one that disturbs nobody any more would keep calls away.
     std::vector<kit::Operation> operations;
@@ -232,7 +232,7 @@ TEST(ServiceHostile, rightRequestsInAnyOrder)
     expectAlive(service);
 }
 
-TEST(ServiceHostile, largeTexts)
+TEST(ServiceHostile, LargeTexts)
 {
     kit::SimulatedService service;
     const int client = service.connect([](const std::string&, const std::string&) {});
@@ -250,7 +250,7 @@ TEST(ServiceHostile, largeTexts)
     expectAlive(service);
 }
 
-TEST(ServiceHostile, manyThreadsAtOnce)
+TEST(ServiceHostile, ManyThreadsAtOnce)
 {
     kit::SimulatedService service;
     std::atomic<unsigned> events{0};

@@ -156,7 +156,7 @@ void expectHonest(const Callers& callers, const Journal& journal, int requests, 
               << callers.longestMilliseconds() << " ms\n";
 }
 
-TEST(ServiceDies, killedInTheMiddleOfTenThousandRequests)
+TEST(ServiceDies, KilledInTheMiddleOfTenThousandRequests)
 {
     const Journal journal("service-kill-journal");
     kit::ServiceProcess process("", {"--journal", journal.path()});
@@ -207,7 +207,7 @@ int application(const std::string& socket, int number)
     return events.waitFor("systemStatusEvent", {{"statusInfo", "all"}}, 60s) ? 0 : 3;
 }
 
-TEST(ServiceProcesses, severalApplicationsAtOnce)
+TEST(ServiceProcesses, SeveralApplicationsAtOnce)
 {
     const Journal journal("service-several-journal");
     kit::ServiceProcess process("", {"--journal", journal.path()});
@@ -246,7 +246,7 @@ TEST(ServiceProcesses, severalApplicationsAtOnce)
     EXPECT_EQ(journal.lamps().size(), 600U);
 }
 
-TEST(ServiceDies, hangsAndComesBack)
+TEST(ServiceDies, HangsAndComesBack)
 {
     const Journal journal("service-hang-journal");
     kit::ServiceProcess process("", {"--journal", journal.path()});

@@ -801,7 +801,7 @@ class ServiceScenario : public testing::TestWithParam<Row>
 {
 };
 
-TEST_P(ServiceScenario, runs)
+TEST_P(ServiceScenario, Runs)
 {
     Scenario scenario;
     scenario.run(GetParam().script);
@@ -811,7 +811,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ServiceScenario, testing::ValuesIn(rows),
                          [](const auto& row) { return std::string(row.param.name); });
 
 /// The page for people names every number and every command, as they are.
-TEST(ServicePage, namesAllNumbersAndCommands)
+TEST(ServicePage, NamesAllNumbersAndCommands)
 {
     std::ifstream in(SERVICE_PAGE);
     const std::string page((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());

@@ -38,14 +38,14 @@ const std::string activate = "<Method>Activate</Method>";
 
 // --- frames ---
 
-TEST(Frame, bytesOnTheWire)
+TEST(Frame, BytesOnTheWire)
 {
     const Frame frame{Frame::subscribe, 0x0102030405060708, "ch", std::string("t\0", 2)};
     const std::string bytes = kit::encodeFrame(frame);
     EXPECT_EQ(bytes, std::string("\0\0\0\4\0\0\0\2\1\2\3\4\5\6\7\10\0\0\0\2cht\0", 24));
 }
 
-TEST(Frame, anyPiecesGiveTheSameFrames)
+TEST(Frame, AnyPiecesGiveTheSameFrames)
 {
     std::string bytes;
     const std::vector<Frame> frames = {{Frame::request, 1, "", "one"},
@@ -94,7 +94,7 @@ const WrongFrame wrongFrames[] = {
      "a channel name of 2 bytes in a message of 1"},
 };
 
-TEST(Frame, wrongHeadersAreNamed)
+TEST(Frame, WrongHeadersAreNamed)
 {
     for (const WrongFrame& wrong : wrongFrames)
     {
@@ -166,7 +166,7 @@ protected:
     std::thread thread;
 };
 
-TEST_F(SocketService, severalApplicationsSeeTheSamePhone)
+TEST_F(SocketService, SeveralApplicationsSeeTheSamePhone)
 {
     kit::EventRecorder first;
     kit::EventRecorder second;
@@ -189,7 +189,7 @@ TEST_F(SocketService, severalApplicationsSeeTheSamePhone)
     EXPECT_TRUE(answered) << answered.problem;
 }
 
-TEST_F(SocketService, answersFindTheirRequestsWhateverTheOrder)
+TEST_F(SocketService, AnswersFindTheirRequestsWhateverTheOrder)
 {
     kit::SocketConnection connection(path);
     std::vector<std::future<std::string>> answers;
@@ -217,7 +217,7 @@ TEST_F(SocketService, answersFindTheirRequestsWhateverTheOrder)
         EXPECT_EQ(answer.get(), "");
 }
 
-TEST_F(SocketService, silenceEndsAtTheTimeOutAndLeavesTheAnswerAlone)
+TEST_F(SocketService, SilenceEndsAtTheTimeOutAndLeavesTheAnswerAlone)
 {
     kit::SocketConnection connection(path);
     std::string answer;
@@ -229,7 +229,7 @@ TEST_F(SocketService, silenceEndsAtTheTimeOutAndLeavesTheAnswerAlone)
     EXPECT_EQ(answer, "sfiSuccess");
 }
 
-TEST_F(SocketService, goingAwayWakesAllWhoWait)
+TEST_F(SocketService, GoingAwayWakesAllWhoWait)
 {
     kit::SocketConnection connection(path);
     kit::SocketConnection other(path);
@@ -259,7 +259,7 @@ TEST_F(SocketService, goingAwayWakesAllWhoWait)
     EXPECT_EQ(answer, "sfiSuccess");
 }
 
-TEST_F(SocketService, whatWasPostedArrivesThoughTheSenderLeaves)
+TEST_F(SocketService, WhatWasPostedArrivesThoughTheSenderLeaves)
 {
     constexpr int count = 2000;
     const std::string post = "<Method>InitializeOrFinalizeServerFeatures</Method>"
@@ -281,7 +281,7 @@ TEST_F(SocketService, whatWasPostedArrivesThoughTheSenderLeaves)
         ASSERT_TRUE(events.waitFor("serverFeatureStatusEvent", {}, 10s)) << i;
 }
 
-TEST_F(SocketService, nonsenseEndsOneConnectionAndNoOther)
+TEST_F(SocketService, NonsenseEndsOneConnectionAndNoOther)
 {
     kit::SocketConnection good(path);
     const int raw = rawSocket();
@@ -301,7 +301,7 @@ TEST_F(SocketService, nonsenseEndsOneConnectionAndNoOther)
     EXPECT_EQ(answer, "sfiSuccess");
 }
 
-TEST_F(SocketService, oneWhoDoesNotReadIsLetGo)
+TEST_F(SocketService, OneWhoDoesNotReadIsLetGo)
 {
     kit::SocketConnection good(path);
     const int raw = rawSocket();
@@ -320,7 +320,7 @@ TEST_F(SocketService, oneWhoDoesNotReadIsLetGo)
     close(raw);
 }
 
-TEST_F(SocketService, serviceThatSendsNonsenseIsLeft)
+TEST_F(SocketService, ServiceThatSendsNonsenseIsLeft)
 {
     // A listener that answers with something else altogether.
     const std::string elsewhere = path + "-false";
@@ -347,7 +347,7 @@ TEST_F(SocketService, serviceThatSendsNonsenseIsLeft)
     unlink(elsewhere.c_str());
 }
 
-TEST_F(SocketService, noSecondServiceAtTheSamePlace)
+TEST_F(SocketService, NoSecondServiceAtTheSamePlace)
 {
     kit::SimulatedService another;
     EXPECT_EQ(complaintOf<kit::ListenError>([&] { const kit::SocketServer second(another, path); }),
@@ -356,7 +356,7 @@ TEST_F(SocketService, noSecondServiceAtTheSamePlace)
     EXPECT_EQ(kit::SocketConnection(path).request(activate, answer, 10s), Delivery::done);
 }
 
-TEST(SocketConnection, saysWhyThereIsNone)
+TEST(SocketConnection, SaysWhyThereIsNone)
 {
     const auto complaint = [](const std::string& path)
     {
@@ -394,7 +394,7 @@ Ended runProcess(const std::string& options)
     return ended;
 }
 
-TEST(ServiceProgram, wrongOptionsGetOneLineAndAStatus)
+TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
 {
     const std::string longPath(130, 'a');
     const std::string file = testing::TempDir() + "kit-no-socket";
@@ -434,7 +434,7 @@ TEST(ServiceProgram, wrongOptionsGetOneLineAndAStatus)
     EXPECT_EQ(runProcess("--help").status, 0);
 }
 
-TEST(ServiceProgram, replacesWhatADeadOneLeftAndCleansUpItself)
+TEST(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
 {
     const std::string path = testing::TempDir() + "kit-stale-" + std::to_string(getpid());
     {
@@ -462,7 +462,7 @@ TEST(ServiceProgram, replacesWhatADeadOneLeftAndCleansUpItself)
     std::remove((path + ".pid").c_str());
 }
 
-TEST(ServiceProgram, clockThatRuns)
+TEST(ServiceProgram, ClockThatRuns)
 {
     kit::ServiceProcess process("", {"--speed", "1000"});
     kit::EventRecorder events;

@@ -1,11 +1,11 @@
 #ifndef COMMUNICATIONS_SERVICE_TESTS_FRAMEWORK_H
 #define COMMUNICATIONS_SERVICE_TESTS_FRAMEWORK_H
 
-#include "bench/Subscriber.h"
 #include "framework/FrameworkContext.h"
 #include "framework/InvokerResponse.h"
 #include "framework/MarloException.h"
 #include "framework/ProxyRequest.h"
+#include "tests/support/Subscriber.h"
 
 #include <cstring>
 #include <functional>

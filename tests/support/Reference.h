@@ -1,5 +1,5 @@
-#ifndef BENCH_PLAIN_H
-#define BENCH_PLAIN_H
+#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_REFERENCE_H
+#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_REFERENCE_H
 
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceTypes.h"
@@ -10,11 +10,11 @@
 
 class ProxyRequest;
 
-// The reference: the same work written down as plainly as it can be, with text streams, and a search
+// The reference implementation: the same work written down as plainly as it can be, with text streams, and a search
 // from the front of the message for each tag. The library is measured against it, and must agree
 // with it in every bit.
 
-class PlainInvoker : public Invoker
+class ReferenceInvoker : public Invoker
 {
 public:
     void handleMessage(Executable* subscriber, const char* message, int length,
@@ -22,10 +22,10 @@ public:
 };
 
 /// The operations that are measured or compared.
-class PlainProxy
+class ReferenceProxy
 {
 public:
-    explicit PlainProxy(ProxyRequest& to) : channel(to) {}
+    explicit ReferenceProxy(ProxyRequest& to) : channel(to) {}
 
     int answerCall(const std::string& line, int callId);
     int outgoingCallMake(const std::string& line, int callId, const char* destination,

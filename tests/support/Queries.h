@@ -1,9 +1,9 @@
-#ifndef COMMUNICATIONS_SERVICE_PROOF_QUERIES_H
-#define COMMUNICATIONS_SERVICE_PROOF_QUERIES_H
+#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_QUERIES_H
+#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_QUERIES_H
 
 #include "CommunicationsServiceTypes.h"
-#include "Framework.h"
-#include "Recorder.h"
+#include "tests/support/Framework.h"
+#include "tests/support/Recorder.h"
 
 template <typename... Values>
 std::string all(const Values&... values)
@@ -15,7 +15,7 @@ std::string all(const Values&... values)
 }
 
 /// All that the queries with fields or items send, and make of the channel's answer. It is asked of
-/// the library and of the plain writing of it alike.
+/// the library and of the reference implementation alike.
 template <typename Operations>
 std::string asked(Operations& operations, const Channel& channel)
 {

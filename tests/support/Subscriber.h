@@ -1,5 +1,5 @@
-#ifndef BENCH_SUBSCRIBER_H
-#define BENCH_SUBSCRIBER_H
+#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_SUBSCRIBER_H
+#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_SUBSCRIBER_H
 
 #include "CommunicationsServiceEventIfc.h"
 #include "framework/Executable.h"

@@ -1,7 +1,7 @@
-#ifndef COMMUNICATIONS_SERVICE_PROOF_RECORDER_H
-#define COMMUNICATIONS_SERVICE_PROOF_RECORDER_H
+#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_RECORDER_H
+#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_RECORDER_H
 
-#include "bench/Subscriber.h"
+#include "tests/support/Subscriber.h"
 
 #include <cstdio>
 #include <string>

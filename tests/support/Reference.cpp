@@ -1,4 +1,4 @@
-#include "bench/Plain.h"
+#include "tests/support/Reference.h"
 
 #include "framework/Executable.h"
 #include "framework/InvokerResponse.h"
@@ -154,8 +154,8 @@ void securityStatus(CommunicationsServiceEventIfc* to, const std::string& m)
 
 }  // namespace
 
-void PlainInvoker::handleMessage(Executable* subscriber, const char* message, int,
-                                 InvokerResponse* response)
+void ReferenceInvoker::handleMessage(Executable* subscriber, const char* message, int,
+                                     InvokerResponse* response)
 {
     std::string m(message);
     CommunicationsServiceEventIfc* const to =
@@ -267,7 +267,7 @@ void PlainInvoker::handleMessage(Executable* subscriber, const char* message, in
         response->messageHandled();
 }
 
-int PlainProxy::answerCall(const std::string& line, int callId)
+int ReferenceProxy::answerCall(const std::string& line, int callId)
 {
     std::ostringstream request;
     request << "<Method>AnswerCall</Method>";
@@ -278,8 +278,8 @@ int PlainProxy::answerCall(const std::string& line, int callId)
     return result(response);
 }
 
-int PlainProxy::outgoingCallMake(const std::string& line, int callId, const char* destination,
-                                 bool dssDirectCall, bool bridgeCall, bool callCompletionCall)
+int ReferenceProxy::outgoingCallMake(const std::string& line, int callId, const char* destination,
+                                     bool dssDirectCall, bool bridgeCall, bool callCompletionCall)
 {
     std::ostringstream request;
     request << "<Method>OutgoingCallMakeRequest</Method>";
@@ -294,9 +294,9 @@ int PlainProxy::outgoingCallMake(const std::string& line, int callId, const char
     return result(response);
 }
 
-int PlainProxy::setForwardingConfiguration(const std::string& line, sfiForwardingType fwType,
-                                           bool status, const std::string& uri, int cfnrRingCount,
-                                           bool forceTKVSUpdate)
+int ReferenceProxy::setForwardingConfiguration(const std::string& line, sfiForwardingType fwType,
+                                               bool status, const std::string& uri,
+                                               int cfnrRingCount, bool forceTKVSUpdate)
 {
     std::ostringstream request;
     request << "<Method>setForwardingConfiguration</Method>";
@@ -311,7 +311,7 @@ int PlainProxy::setForwardingConfiguration(const std::string& line, sfiForwardin
     return result(response);
 }
 
-int PlainProxy::SendCSTARequest(const std::string& line, const std::string& cstaRequest)
+int ReferenceProxy::SendCSTARequest(const std::string& line, const std::string& cstaRequest)
 {
     std::ostringstream request;
     request << "<Method>SendCSTARequest</Method>";
@@ -322,8 +322,8 @@ int PlainProxy::SendCSTARequest(const std::string& line, const std::string& csta
     return result(response);
 }
 
-int PlainProxy::getForwardingConfiguration(sfiForwardingType fwType, bool& status, std::string& uri,
-                                           int& cfnrRingCount)
+int ReferenceProxy::getForwardingConfiguration(sfiForwardingType fwType, bool& status,
+                                               std::string& uri, int& cfnrRingCount)
 {
     std::ostringstream request;
     request << "<Method>getForwardingConfiguration</Method>";
@@ -336,10 +336,11 @@ int PlainProxy::getForwardingConfiguration(sfiForwardingType fwType, bool& statu
     return result(answerText(response, "sfiResult"));
 }
 
-int PlainProxy::getMessageWaitingIndicator(int& type, unsigned int& newMsgs, unsigned int& oldMsgs,
-                                           unsigned int& newUrgMsgs, unsigned int& oldUrgMsgs,
-                                           int& returnType, int& availableInfo,
-                                           int& messagesWaiting, std::string& voiceMailNumber)
+int ReferenceProxy::getMessageWaitingIndicator(int& type, unsigned int& newMsgs,
+                                               unsigned int& oldMsgs, unsigned int& newUrgMsgs,
+                                               unsigned int& oldUrgMsgs, int& returnType,
+                                               int& availableInfo, int& messagesWaiting,
+                                               std::string& voiceMailNumber)
 {
     std::string response;
     channel.sendRequest("<Method>GetMessageWaitingIndicator</Method>", response);
@@ -355,7 +356,7 @@ int PlainProxy::getMessageWaitingIndicator(int& type, unsigned int& newMsgs, uns
     return result(answerText(response, "func_return_val"));
 }
 
-int PlainProxy::getDevices(std::vector<std::string>& devices)
+int ReferenceProxy::getDevices(std::vector<std::string>& devices)
 {
     std::string response;
     channel.sendRequest("<Method>GetDevices</Method>", response);

@@ -1,9 +1,11 @@
-#include "Framework.h"
+// What the library expects of the framework, done as simply as possible.
 
 #include "framework/ClientUtils.h"
 #include "framework/Logging.h"
+#include "framework/MarloException.h"
 #include "framework/Serializer.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
