@@ -89,6 +89,11 @@ Session::Session(Settings settings, Display& display)
         if (!trace_)
             throw std::runtime_error("cannot write " + settings_.traceFile + ": " +
                                      std::strerror(errno));
+        TraceHead head;
+        head.format = traceFormat;
+        head.start = std::chrono::system_clock::now();
+        head.program = "communications-phone";
+        trace_ << toJson(head) << '\n';
     }
     if (pipe2(wake_, O_NONBLOCK | O_CLOEXEC) != 0)
         throw std::runtime_error(std::string("no pipe: ") + std::strerror(errno));
@@ -115,8 +120,8 @@ Session::~Session()
 
 std::unique_ptr<Connection> Session::observed()
 {
-    return std::make_unique<ObservedConnection>(settings_.connect(), [this](const Record& record)
-                                                { this->record(record); });
+    return std::make_unique<ObservedConnection>(
+        settings_.connect(), [this](const TraceRecord& record) { this->record(record); });
 }
 
 std::shared_ptr<ObservedConnection> Session::connection() const
@@ -453,7 +458,7 @@ void Session::pump()
     framework_->pump();
 }
 
-void Session::record(const Record& record)
+void Session::record(const TraceRecord& record)
 {
     {
         const std::lock_guard<std::mutex> lock(recordsMutex_);
@@ -469,23 +474,23 @@ void Session::record(const Record& record)
 
 void Session::takeRecords()
 {
-    std::deque<Record> records;
+    std::deque<TraceRecord> records;
     std::vector<std::string> complaints;
     {
         const std::lock_guard<std::mutex> lock(recordsMutex_);
         records.swap(records_);
         complaints.swap(complaints_);
     }
-    for (const Record& record : records)
+    for (const TraceRecord& record : records)
         if (picture_ != Picture::none)
             draw(flow_.add(record));
-        else if (record.kind == Record::Kind::request)
+        else if (record.kind == TraceRecord::Kind::request)
             say("  -> " + printable(record.text), Display::Style::outgoing);
-        else if (record.kind == Record::Kind::answer)
+        else if (record.kind == TraceRecord::Kind::answer)
             say("  <- " + (record.delivery == Delivery::done ? printable(record.text)
                                                              : std::string("(no answer)")),
                 Display::Style::incoming);
-        else if (record.kind == Record::Kind::event)
+        else if (record.kind == TraceRecord::Kind::event)
             say("  <= " + printable(record.text), Display::Style::incoming);
     if (picture_ == Picture::none)
         for (const std::string& complaint : complaints)
@@ -512,9 +517,9 @@ Completions Session::completionsFor(const std::string& line)
     return complete(line, book_, variables_, simulationHelp_);
 }
 
-void Session::draw(const std::vector<Step>& steps)
+void Session::draw(const std::vector<FlowStep>& steps)
 {
-    for (const Step& step : steps)
+    for (const FlowStep& step : steps)
     {
         std::string text =
             picture_ == Picture::mermaid ? mermaidLadder_.add(step) : textLadder_.add(step);

@@ -8,8 +8,8 @@
 #include "kit/phone/Completion.h"
 #include "kit/phone/Display.h"
 #include "kit/phone/Expectation.h"
+#include "kit/phone/ObservedConnection.h"
 #include "kit/trace/Ladder.h"
-#include "kit/trace/Trace.h"
 
 #include <chrono>
 #include <deque>
@@ -138,8 +138,8 @@ private:
     std::string whereIs(std::size_t column) const;
 
     void hear(const ReceivedEvent& received);
-    void record(const Record& record);
-    void draw(const std::vector<Step>& steps);
+    void record(const TraceRecord& record);
+    void draw(const std::vector<FlowStep>& steps);
     void takeRecords();
     void learnLines();
 
@@ -155,7 +155,7 @@ private:
     int wake_[2] = {-1, -1};
 
     std::mutex recordsMutex_;
-    std::deque<Record> records_;           ///< told by the connection, not shown yet
+    std::deque<TraceRecord> records_;      ///< told by the connection, not shown yet
     std::vector<std::string> complaints_;  ///< the service's, not shown yet
     std::ofstream trace_;
     Flow flow_;

@@ -108,9 +108,14 @@ int drawTrace(const Options& options)
     std::ifstream in(options.ladderFrom);
     if (!in)
         throw std::runtime_error("cannot read " + options.ladderFrom + ": " + std::strerror(errno));
-    const std::vector<Step> steps = stepsOf(readTrace(in, options.ladderFrom));
-    std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps));
-    return 0;
+    const Trace trace = readTrace(in, options.ladderFrom);
+    const std::vector<FlowStep> steps = stepsOf(trace.records);
+    if (!steps.empty() || trace.complaint.empty())
+        std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps)) << std::flush;
+    if (trace.complaint.empty())
+        return static_cast<int>(Verdict::met);
+    std::cerr << "communications-phone: " << trace.complaint << '\n';
+    return static_cast<int>(Verdict::mistake);
 }
 
 /// Cannot be reached, or is none.

@@ -5,14 +5,14 @@
 
 #include <algorithm>
 
-namespace kit::phone
+namespace kit
 {
 
 namespace
 {
 
 /// What a request becomes behind the service once it was carried out.
-struct Beyond
+struct FarEndGets
 {
     const char* method;
     const char* text;
@@ -21,7 +21,7 @@ struct Beyond
 
 constexpr const char* cstaPeer = "CSTA peer";
 
-const Beyond beyonds[] = {
+const FarEndGets farEndGets[] = {
     {"OutgoingCallMakeRequest", "call", "Destination"},
     {"Consult", "call", "Destination"},
     {"DeflectCall", "deflected call", "Destination"},
@@ -40,14 +40,14 @@ const Beyond beyonds[] = {
 };
 
 /// What an event that nobody asked for says about the far end.
-struct FarEndDid
+struct FarEndDoes
 {
     const char* event;
     int callState;  ///< -1 when it does not matter
     const char* text;
 };
 
-const FarEndDid farEndDid[] = {
+const FarEndDoes farEndDoes[] = {
     {"CallStateChangeEvent", numbers::callDelivered, "rings"},
     {"CallStateChangeEvent", numbers::callConnected, "answers"},
     {"CallStateChangeEvent", numbers::callCleared, "clears"},
@@ -81,27 +81,33 @@ std::string firstOf(const Message& message, const char* const* begin, const char
 
 }  // namespace
 
-std::vector<Step> Flow::add(const Record& record)
+std::vector<FlowStep> Flow::add(const TraceRecord& record)
 {
     switch (record.kind)
     {
-    case Record::Kind::request:
+    case TraceRecord::Kind::request:
         addRequest(record);
         break;
-    case Record::Kind::answer:
+    case TraceRecord::Kind::answer:
         addAnswer(record);
         break;
-    case Record::Kind::event:
+    case TraceRecord::Kind::event:
         addEvent(record);
         break;
-    case Record::Kind::control:
-        addControl(record);
+    case TraceRecord::Kind::exception:
+        addException(record);
+        break;
+    case TraceRecord::Kind::control:
+        addNote(record.text);
+        break;
+    case TraceRecord::Kind::dropped:
+        addNote("records that are missing here: " + std::to_string(record.count));
         break;
     }
     return takeReady();
 }
 
-std::vector<Step> Flow::finish()
+std::vector<FlowStep> Flow::finish()
 {
     for (Waiting& waiting : waiting_)
         waiting.request = 0;
@@ -109,21 +115,21 @@ std::vector<Step> Flow::finish()
     return takeReady();
 }
 
-void Flow::addRequest(const Record& record)
+void Flow::addRequest(const TraceRecord& record)
 {
     const Message message = parse(record.text);
     const bool answered = record.sending != Sending::oneWay;
     Waiting row{{}, answered ? record.number : 0, "", ""};
-    row.step.application = Step::Between::toService;
+    row.step.application = FlowStep::Between::toService;
     row.step.text = messageLabel(record.text);
-    for (const Beyond& beyond : beyonds)
+    for (const FarEndGets& gets : farEndGets)
     {
-        if (message.method != beyond.method)
+        if (message.method != gets.method)
             continue;
         const std::string* destination =
-            *beyond.destinationTag != '\0' ? message.find(beyond.destinationTag) : nullptr;
+            *gets.destinationTag != '\0' ? message.find(gets.destinationTag) : nullptr;
         row.farEnd = destination != nullptr ? shortNumber(*destination) : farEndOf(message);
-        row.farEndText = beyond.text;
+        row.farEndText = gets.text;
     }
     if (isCsta(message.method))
     {
@@ -134,32 +140,19 @@ void Flow::addRequest(const Record& record)
         open_.insert(record.number);
     else if (!row.farEnd.empty())
     {
-        row.step.farEnd = Step::Between::toService;
+        row.step.farEnd = FlowStep::Between::toService;
         row.step.farEndText = row.farEndText;
         row.step.farEndName = row.farEnd;
     }
     waiting_.push_back(row);
 }
 
-void Flow::addAnswer(const Record& record)
+void Flow::addAnswer(const TraceRecord& record)
 {
-    open_.erase(record.number);
-    const bool carriedOut =
-        record.delivery == Delivery::done && record.text == resultName(sfiSuccess);
-    for (Waiting& waiting : waiting_)
-    {
-        if (waiting.request != record.number)
-            continue;
-        waiting.request = 0;
-        if (carriedOut && !waiting.farEnd.empty())
-        {
-            waiting.step.farEnd = Step::Between::toService;
-            waiting.step.farEndText = waiting.farEndText;
-            waiting.step.farEndName = waiting.farEnd;
-        }
-    }
+    endOf(record.number,
+          record.delivery == Delivery::done && record.text == resultName(sfiSuccess));
     Waiting row{{}, 0, "", ""};
-    row.step.application = Step::Between::answer;
+    row.step.application = FlowStep::Between::answer;
     if (record.delivery == Delivery::timedOut)
         row.step.text = "(no answer in time)";
     else if (record.delivery == Delivery::gone)
@@ -169,32 +162,60 @@ void Flow::addAnswer(const Record& record)
     waiting_.push_back(row);
 }
 
-void Flow::addEvent(const Record& record)
+void Flow::endOf(int request, bool carriedOut)
+{
+    open_.erase(request);
+    for (Waiting& waiting : waiting_)
+    {
+        if (waiting.request != request)
+            continue;
+        waiting.request = 0;
+        if (carriedOut && !waiting.farEnd.empty())
+        {
+            waiting.step.farEnd = FlowStep::Between::toService;
+            waiting.step.farEndText = waiting.farEndText;
+            waiting.step.farEndName = waiting.farEnd;
+        }
+    }
+}
+
+void Flow::addEvent(const TraceRecord& record)
 {
     const Message message = parse(record.text);
     learn(message);
     Waiting row{{}, 0, "", ""};
-    row.step.application = Step::Between::fromService;
+    row.step.application = FlowStep::Between::fromService;
     row.step.text = messageLabel(record.text);
     const std::string* const state = message.find("CallState");
-    for (const FarEndDid& did : farEndDid)
+    for (const FarEndDoes& does : farEndDoes)
     {
-        if (!open_.empty() || message.method != did.event ||
-            (did.callState >= 0 && (state == nullptr || *state != std::to_string(did.callState))))
+        if (!open_.empty() || message.method != does.event ||
+            (does.callState >= 0 && (state == nullptr || *state != std::to_string(does.callState))))
             continue;
         row.step.farEndName = isCsta(message.method) ? cstaPeer : farEndOf(message);
         if (row.step.farEndName.empty())
             continue;
-        row.step.farEnd = Step::Between::fromService;
-        row.step.farEndText = did.text;
+        row.step.farEnd = FlowStep::Between::fromService;
+        row.step.farEndText = does.text;
     }
     waiting_.push_back(row);
 }
 
-void Flow::addControl(const Record& record)
+void Flow::addException(const TraceRecord& record)
+{
+    if (record.number == 0)
+        return addNote("the callback threw " + record.text);
+    endOf(record.number, false);
+    Waiting row{{}, 0, "", ""};
+    row.step.application = FlowStep::Between::answer;
+    row.step.text = "(threw " + phone::printable(record.text, 60) + ")";
+    waiting_.push_back(row);
+}
+
+void Flow::addNote(const std::string& text)
 {
     Waiting row{{}, 0, "", ""};
-    row.step.text = printable(record.text, 60);
+    row.step.text = phone::printable(text, 60);
     waiting_.push_back(row);
 }
 
@@ -215,9 +236,9 @@ std::string Flow::farEndOf(const Message& message) const
     return known != farEnds_.end() ? known->second : "";
 }
 
-std::vector<Step> Flow::takeReady()
+std::vector<FlowStep> Flow::takeReady()
 {
-    std::vector<Step> ready;
+    std::vector<FlowStep> ready;
     while (!waiting_.empty() && waiting_.front().request == 0)
     {
         ready.push_back(waiting_.front().step);
@@ -226,4 +247,4 @@ std::vector<Step> Flow::takeReady()
     return ready;
 }
 
-}  // namespace kit::phone
+}  // namespace kit

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-namespace kit::phone
+namespace kit
 {
 
 /// One row of a call-flow picture: up to two arrows, or a note.
-struct Step
+struct FlowStep
 {
     enum class Between
     {
@@ -42,33 +42,35 @@ class Flow
 public:
     /// Steps that are complete now. A request waits for its answer, since only the answer tells
     /// whether it went on to the far end; what came meanwhile waits behind it.
-    std::vector<Step> add(const Record& record);
+    std::vector<FlowStep> add(const TraceRecord& record);
 
     /// The steps that still wait.
-    std::vector<Step> finish();
+    std::vector<FlowStep> finish();
 
 private:
     struct Waiting
     {
-        Step step;
+        FlowStep step;
         int request;  ///< 0 when it waits for no answer
         std::string farEnd;
         std::string farEndText;
     };
 
-    void addRequest(const Record& record);
-    void addAnswer(const Record& record);
-    void addEvent(const Record& record);
-    void addControl(const Record& record);
+    void addRequest(const TraceRecord& record);
+    void addAnswer(const TraceRecord& record);
+    void addEvent(const TraceRecord& record);
+    void addException(const TraceRecord& record);
+    void addNote(const std::string& text);
+    void endOf(int request, bool carriedOut);
     void learn(const Message& message);
     std::string farEndOf(const Message& message) const;
-    std::vector<Step> takeReady();
+    std::vector<FlowStep> takeReady();
 
     std::deque<Waiting> waiting_;
     std::set<int> open_;                          ///< requests that have not been answered yet
     std::map<std::string, std::string> farEnds_;  ///< by call identifier
 };
 
-}  // namespace kit::phone
+}  // namespace kit
 
 #endif

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace kit::phone
+namespace kit
 {
 
 /// "CallHeldEvent lineId=1001 callId=12": what a person wants to know of an event.
@@ -25,6 +25,6 @@ std::string messageLabel(const std::string& text);
 /// "2001" of "sip:2001@example.com".
 std::string shortNumber(const std::string& uri);
 
-}  // namespace kit::phone
+}  // namespace kit
 
 #endif

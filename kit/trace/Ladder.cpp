@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kit::phone
+namespace kit
 {
 
 namespace
@@ -58,9 +58,9 @@ void center(std::string& line, std::size_t column, const std::string& text)
     line += text;
 }
 
-bool toTheRight(Step::Between between)
+bool toTheRight(FlowStep::Between between)
 {
-    return between == Step::Between::toService;
+    return between == FlowStep::Between::toService;
 }
 
 std::string trimmed(std::string line)
@@ -83,7 +83,7 @@ std::string TextLadder::head() const
     return trimmed(line) + trimmed(lifelines());
 }
 
-std::string TextLadder::add(const Step& step)
+std::string TextLadder::add(const FlowStep& step)
 {
     std::string before;
     if (!step.farEndName.empty() &&
@@ -106,12 +106,12 @@ std::string TextLadder::add(const Step& step)
     std::string line(applicationColumn, ' ');
     const std::size_t room = serviceColumn - applicationColumn - 1;
     line += "|";
-    line += step.application == Step::Between::none
+    line += step.application == FlowStep::Between::none
                 ? std::string(room, ' ')
                 : arrow(step.text, room, toTheRight(step.application),
-                        step.application == Step::Between::answer ? '.' : '-');
+                        step.application == FlowStep::Between::answer ? '.' : '-');
     const std::size_t target =
-        step.farEnd == Step::Between::none ? serviceColumn : columnOf(step.farEndName);
+        step.farEnd == FlowStep::Between::none ? serviceColumn : columnOf(step.farEndName);
     if (target > serviceColumn)
         line +=
             "|" + arrow(step.farEndText, target - serviceColumn - 1, toTheRight(step.farEnd), '-');
@@ -163,27 +163,27 @@ std::string MermaidLadder::head() const
     return "sequenceDiagram\n    participant application\n    participant service\n";
 }
 
-std::string MermaidLadder::add(const Step& step)
+std::string MermaidLadder::add(const FlowStep& step)
 {
     std::string text;
     if (step.isNote())
         return "    Note over service: " + mermaidText(step.text) + "\n";
     std::string farEnd;
-    if (step.farEnd != Step::Between::none)
+    if (step.farEnd != FlowStep::Between::none)
         farEnd = participant(step.farEndName, text);
     const std::string behind =
         toTheRight(step.farEnd)
             ? "    service->>" + farEnd + ": " + mermaidText(step.farEndText) + "\n"
             : "    " + farEnd + "->>service: " + mermaidText(step.farEndText) + "\n";
-    if (step.farEnd == Step::Between::fromService)
+    if (step.farEnd == FlowStep::Between::fromService)
         text += behind;
-    if (step.application == Step::Between::toService)
+    if (step.application == FlowStep::Between::toService)
         text += "    application->>service: " + mermaidText(step.text) + "\n";
-    else if (step.application == Step::Between::fromService)
+    else if (step.application == FlowStep::Between::fromService)
         text += "    service->>application: " + mermaidText(step.text) + "\n";
-    else if (step.application == Step::Between::answer)
+    else if (step.application == FlowStep::Between::answer)
         text += "    service-->>application: " + mermaidText(step.text) + "\n";
-    if (step.farEnd == Step::Between::toService)
+    if (step.farEnd == FlowStep::Between::toService)
         text += behind;
     return text;
 }
@@ -200,39 +200,39 @@ std::string MermaidLadder::participant(const std::string& farEnd, std::string& d
     return name;
 }
 
-std::vector<Step> stepsOf(const std::vector<Record>& records)
+std::vector<FlowStep> stepsOf(const std::vector<TraceRecord>& records)
 {
     Flow flow;
-    std::vector<Step> steps;
-    for (const Record& record : records)
-        for (Step& step : flow.add(record))
+    std::vector<FlowStep> steps;
+    for (const TraceRecord& record : records)
+        for (FlowStep& step : flow.add(record))
             steps.push_back(std::move(step));
-    for (Step& step : flow.finish())
+    for (FlowStep& step : flow.finish())
         steps.push_back(std::move(step));
     return steps;
 }
 
-std::string textLadder(const std::vector<Step>& steps)
+std::string textLadder(const std::vector<FlowStep>& steps)
 {
     std::vector<std::string> farEnds;
-    for (const Step& step : steps)
+    for (const FlowStep& step : steps)
         if (!step.farEndName.empty() &&
             std::find(farEnds.begin(), farEnds.end(), step.farEndName) == farEnds.end())
             farEnds.push_back(step.farEndName);
     TextLadder ladder(farEnds);
     std::string text;
-    for (const Step& step : steps)
+    for (const FlowStep& step : steps)
         text += ladder.add(step);
     return steps.empty() ? ladder.head() : text;
 }
 
-std::string mermaidLadder(const std::vector<Step>& steps)
+std::string mermaidLadder(const std::vector<FlowStep>& steps)
 {
     MermaidLadder ladder;
     std::string text = ladder.head();
-    for (const Step& step : steps)
+    for (const FlowStep& step : steps)
         text += ladder.add(step);
     return text;
 }
 
-}  // namespace kit::phone
+}  // namespace kit

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace kit::phone
+namespace kit
 {
 
 /// The call flow as text, for screens and files: one column for the application, one for the service
@@ -23,7 +23,7 @@ public:
 
     /// Each line ends with '\n'.
     std::string head() const;
-    std::string add(const Step& step);
+    std::string add(const FlowStep& step);
 
 private:
     std::size_t columnOf(const std::string& farEnd) const;
@@ -38,7 +38,7 @@ class MermaidLadder
 {
 public:
     std::string head() const;
-    std::string add(const Step& step);
+    std::string add(const FlowStep& step);
 
 private:
     std::string participant(const std::string& farEnd, std::string& declaration);
@@ -47,11 +47,11 @@ private:
 };
 
 /// The steps of a whole trace.
-std::vector<Step> stepsOf(const std::vector<Record>& records);
+std::vector<FlowStep> stepsOf(const std::vector<TraceRecord>& records);
 
-std::string textLadder(const std::vector<Step>& steps);
-std::string mermaidLadder(const std::vector<Step>& steps);
+std::string textLadder(const std::vector<FlowStep>& steps);
+std::string mermaidLadder(const std::vector<FlowStep>& steps);
 
-}  // namespace kit::phone
+}  // namespace kit
 
 #endif

@@ -1,12 +1,15 @@
 #include "kit/trace/Trace.h"
 
 #include <cmath>
+#include <cstdio>
+#include <ctime>
 #include <istream>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
-namespace kit::phone
+namespace kit
 {
 
 namespace
@@ -21,10 +24,12 @@ struct Name
     const char* name;
 };
 
-constexpr Name<Record::Kind> kinds[] = {{Record::Kind::request, "request"},
-                                        {Record::Kind::answer, "answer"},
-                                        {Record::Kind::event, "event"},
-                                        {Record::Kind::control, "control"}};
+using RecordKind = TraceRecord::Kind;
+
+constexpr Name<RecordKind> kinds[] = {
+    {RecordKind::request, "request"}, {RecordKind::answer, "answer"},
+    {RecordKind::event, "event"},     {RecordKind::exception, "exception"},
+    {RecordKind::control, "control"}, {RecordKind::dropped, "dropped"}};
 
 constexpr Name<Sending> sendings[] = {{Sending::request, "request"},
                                       {Sending::timed, "timed"},
@@ -100,199 +105,197 @@ std::string getText(const Json& object, const std::string& name)
     return text;
 }
 
+std::string timeText(std::chrono::system_clock::time_point time)
+{
+    const auto micros =
+        std::chrono::duration_cast<std::chrono::microseconds>(time.time_since_epoch()).count();
+    const auto seconds = static_cast<std::time_t>(micros / 1000000);
+    std::tm parts = {};
+    gmtime_r(&seconds, &parts);
+    char text[80];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%06dZ", parts.tm_year + 1900,
+                  parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec,
+                  static_cast<int>(micros % 1000000));
+    return text;
+}
+
+std::chrono::system_clock::time_point timeFrom(const std::string& text)
+{
+    std::tm parts = {};
+    int micros = 0;
+    int end = 0;
+    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d.%6dZ%n", &parts.tm_year, &parts.tm_mon,
+                    &parts.tm_mday, &parts.tm_hour, &parts.tm_min, &parts.tm_sec, &micros,
+                    &end) != 7 ||
+        static_cast<std::size_t>(end) != text.size())
+        throw std::runtime_error("\"start\" is no time of day");
+    parts.tm_year -= 1900;
+    parts.tm_mon -= 1;
+    return std::chrono::system_clock::from_time_t(timegm(&parts)) +
+           std::chrono::microseconds(micros);
+}
+
+/// 0 where it is missing.
+template <typename Number>
+Number countIn(const Json& object, const char* member)
+{
+    if (!object.contains(member))
+        return 0;
+    const Json& value = object.at(member);
+    if (!value.is_number_unsigned() ||
+        value.get<std::uint64_t>() > std::uint64_t(std::numeric_limits<Number>::max()))
+        throw std::runtime_error(std::string("\"") + member + "\" is no count");
+    return value.get<Number>();
+}
+
+TraceHead headFrom(const Json& object)
+{
+    TraceHead head;
+    head.format = countIn<int>(object, "trace");
+    if (object.contains("start"))
+        head.start = timeFrom(object.at("start").get<std::string>());
+    if (object.contains("program") || object.contains("programHex"))
+        head.program = getText(object, "program");
+    return head;
+}
+
+TraceRecord recordFrom(const Json& object)
+{
+    TraceRecord record;
+    record.kind = valueIn<RecordKind>(kinds, "kind", object);
+    const double seconds = object.at("time").get<double>();
+    if (!(seconds >= 0) || seconds > 1e9)
+        throw std::runtime_error("\"time\" is no time since the start");
+    record.time = std::chrono::microseconds(std::llround(seconds * 1e6));
+    record.thread = countIn<int>(object, "thread");
+    record.number = countIn<int>(object, "number");
+    if (object.contains("sending"))
+        record.sending = valueIn<Sending>(sendings, "sending", object);
+    if (object.contains("delivery"))
+        record.delivery = valueIn<Delivery>(deliveries, "delivery", object);
+    if (object.contains("channel") || object.contains("channelHex"))
+        record.channel = getText(object, "channel");
+    record.count = countIn<std::uint64_t>(object, "count");
+    if (record.kind != RecordKind::dropped)
+        record.text = getText(object, "text");
+    return record;
+}
+
 }  // namespace
 
-std::string toJson(const Record& record)
+std::string toJson(const TraceRecord& record)
 {
     Json object;
     object["time"] = static_cast<double>(record.time.count()) / 1e6;
     object["kind"] = nameIn(kinds, record.kind);
+    if (record.thread != 0)
+        object["thread"] = record.thread;
     if (record.number != 0)
         object["number"] = record.number;
-    if (record.kind == Record::Kind::request || record.kind == Record::Kind::answer)
+    if (record.kind == RecordKind::request || record.kind == RecordKind::answer)
         object["sending"] = nameIn(sendings, record.sending);
-    if (record.kind == Record::Kind::answer)
+    if (record.kind == RecordKind::answer)
         object["delivery"] = nameIn(deliveries, record.delivery);
     if (!record.channel.empty())
         putText(object, "channel", record.channel);
-    if (record.kind == Record::Kind::request || record.kind == Record::Kind::event)
+    if (record.kind == RecordKind::request || record.kind == RecordKind::event)
     {
         const std::string method = parse(record.text).method;
         if (!method.empty())
             putText(object, "method", method);
     }
-    putText(object, "text", record.text);
+    if (record.kind == RecordKind::dropped)
+        object["count"] = record.count;
+    else
+        putText(object, "text", record.text);
     return object.dump();
 }
 
-Record fromJson(const std::string& line)
+std::string toJson(const TraceHead& head)
 {
-    Record record;
+    Json object;
+    object["trace"] = head.format;
+    if (head.start)
+        object["start"] = timeText(*head.start);
+    if (!head.program.empty())
+        putText(object, "program", head.program);
+    return object.dump();
+}
+
+TraceReader::TraceReader(std::string name) : name_(std::move(name)) {}
+
+std::optional<TraceRecord> TraceReader::take(const std::string& line, bool whole)
+{
+    ++line_;
+    if (line.find_first_not_of(" \t\r") == std::string::npos)
+        return std::nullopt;
     try
     {
         const Json object = Json::parse(line);
         if (!object.is_object())
             throw std::runtime_error("not a JSON object");
-        record.kind = valueIn<Record::Kind>(kinds, "kind", object);
-        const double seconds = object.at("time").get<double>();
-        if (seconds < 0 || seconds > 1e9)
-            throw std::runtime_error("\"time\" is no time since the start");
-        record.time = std::chrono::microseconds(std::llround(seconds * 1e6));
-        record.number = object.value("number", 0);
-        if (object.contains("sending"))
-            record.sending = valueIn<Sending>(sendings, "sending", object);
-        if (object.contains("delivery"))
-            record.delivery = valueIn<Delivery>(deliveries, "delivery", object);
-        if (object.contains("channel") || object.contains("channelHex"))
-            record.channel = getText(object, "channel");
-        record.text = getText(object, "text");
+        if (object.contains("trace"))
+        {
+            head_ = headFrom(object);
+            if (head_.format > traceFormat)
+                complain("written in format " + std::to_string(head_.format) + ", and only " +
+                         std::to_string(traceFormat) + " is known here");
+            return std::nullopt;
+        }
+        const TraceRecord record = recordFrom(object);
+        ++records_;
+        return record;
     }
     catch (const Json::parse_error& error)
     {
-        throw std::runtime_error("not JSON (byte " + std::to_string(error.byte) + ")");
+        ++damaged_;
+        complain(whole ? "not JSON (byte " + std::to_string(error.byte) + ")"
+                       : std::string("cut off in the middle of the line"));
     }
     catch (const Json::out_of_range&)
     {
-        throw std::runtime_error("not a record of a trace: \"time\" or \"kind\" is missing");
+        ++damaged_;
+        complain("not a record of a trace: \"time\" or \"kind\" is missing");
     }
     catch (const Json::type_error&)
     {
-        throw std::runtime_error("not a record of a trace: a member is of the wrong type");
+        ++damaged_;
+        complain("not a record of a trace: a member is of the wrong type");
     }
-    return record;
+    catch (const std::runtime_error& error)
+    {
+        ++damaged_;
+        complain(error.what());
+    }
+    return std::nullopt;
 }
 
-std::vector<Record> readTrace(std::istream& in, const std::string& name)
+void TraceReader::complain(const std::string& what)
 {
-    std::vector<Record> records;
+    if (complaint_.empty())
+        complaint_ = name_ + ":" + std::to_string(line_) + ": " + what;
+}
+
+std::string TraceReader::complaint() const
+{
+    if (damaged_ < 2)
+        return complaint_;
+    return complaint_ + (records_ == 0
+                             ? "; no line of it is one of a trace"
+                             : "; lines that cannot be read: " + std::to_string(damaged_));
+}
+
+Trace readTrace(std::istream& in, const std::string& name)
+{
+    Trace trace;
+    TraceReader reader(name);
     std::string line;
-    for (int number = 1; std::getline(in, line); ++number)
-    {
-        if (line.find_first_not_of(" \t\r") == std::string::npos)
-            continue;
-        try
-        {
-            records.push_back(fromJson(line));
-        }
-        catch (const std::runtime_error& error)
-        {
-            throw std::runtime_error(name + ":" + std::to_string(number) + ": " + error.what());
-        }
-    }
-    return records;
+    while (std::getline(in, line))
+        if (std::optional<TraceRecord> record = reader.take(line, !in.eof()))
+            trace.records.push_back(std::move(*record));
+    trace.head = reader.head();
+    trace.complaint = reader.complaint();
+    return trace;
 }
 
-ObservedConnection::ObservedConnection(std::unique_ptr<Connection> connection, Observer observer)
-    : observer_(std::move(observer)), connection_(std::move(connection))
-{
-}
-
-void ObservedConnection::setEventSink(EventSink sink)
-{
-    sink_ = std::move(sink);
-    connection_->setEventSink([this](const std::string& channelName, const std::string& event)
-                              { inject(channelName, event); });
-}
-
-void ObservedConnection::inject(const std::string& channelName, const std::string& event)
-{
-    Record record;
-    record.kind = Record::Kind::event;
-    record.channel = channelName;
-    record.text = event;
-    // Handed on first: who is woken by the record finds the event.
-    sink_(channelName, event);
-    tell(record);
-}
-
-Delivery ObservedConnection::request(const std::string& request, std::string& answer,
-                                     std::chrono::milliseconds timeout)
-{
-    const int number = tellRequest(Sending::request, request, "");
-    const Delivery delivery = connection_->request(request, answer, timeout);
-    tellAnswer(number, Sending::request, delivery, answer);
-    return delivery;
-}
-
-Delivery ObservedConnection::subscribe(const std::string& request, std::string& answer,
-                                       const std::string& channelName,
-                                       std::chrono::milliseconds timeout)
-{
-    const int number = tellRequest(Sending::subscribe, request, channelName);
-    const Delivery delivery = connection_->subscribe(request, answer, channelName, timeout);
-    tellAnswer(number, Sending::subscribe, delivery, answer);
-    return delivery;
-}
-
-Delivery ObservedConnection::post(const std::string& message)
-{
-    tellRequest(Sending::oneWay, message, "");
-    return connection_->post(message);
-}
-
-Delivery ObservedConnection::control(const std::string& command, std::string& answer,
-                                     std::chrono::milliseconds timeout)
-{
-    Record record;
-    record.kind = Record::Kind::control;
-    record.text = command;
-    tell(record);
-    return connection_->control(command, answer, timeout);
-}
-
-Delivery ObservedConnection::quietRequest(const std::string& request, std::string& answer,
-                                          std::chrono::milliseconds timeout)
-{
-    return connection_->request(request, answer, timeout);
-}
-
-Delivery ObservedConnection::quietControl(const std::string& command, std::string& answer,
-                                          std::chrono::milliseconds timeout)
-{
-    return connection_->control(command, answer, timeout);
-}
-
-std::string ObservedConnection::description() const
-{
-    return connection_->description();
-}
-
-int ObservedConnection::tellRequest(Sending sending, const std::string& text,
-                                    const std::string& channel)
-{
-    Record record;
-    record.kind = Record::Kind::request;
-    record.sending = sending;
-    record.text = text;
-    record.channel = channel;
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        record.number = ++number_;
-    }
-    const int number = record.number;
-    tell(std::move(record));
-    return number;
-}
-
-void ObservedConnection::tellAnswer(int number, Sending sending, Delivery delivery,
-                                    const std::string& text)
-{
-    Record record;
-    record.kind = Record::Kind::answer;
-    record.number = number;
-    record.sending = sending;
-    record.delivery = delivery;
-    if (delivery == Delivery::done)
-        record.text = text;
-    tell(std::move(record));
-}
-
-void ObservedConnection::tell(Record record)
-{
-    const std::lock_guard<std::mutex> lock(mutex_);
-    record.time = std::chrono::duration_cast<std::chrono::microseconds>(
-        std::chrono::steady_clock::now() - start_);
-    observer_(record);
-}
-
-}  // namespace kit::phone
+}  // namespace kit

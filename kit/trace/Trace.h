@@ -5,86 +5,92 @@
 #include "kit/protocol/Protocol.h"
 
 #include <chrono>
+#include <cstdint>
 #include <iosfwd>
-#include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
-namespace kit::phone
+namespace kit
 {
 
-/// One thing that went over the connection, at the moment when the application's side saw it.
-struct Record
+/// The format of docs/trace-format.md that is written here. Earlier ones are read as well, and of
+/// later ones what is known.
+constexpr int traceFormat = 2;
+
+/// One line of a trace: what passed, at the moment when the application's side saw it.
+struct TraceRecord
 {
     enum class Kind
     {
-        request,  ///< the application's; also one that is not answered
-        answer,   ///< to the request of the same number
-        event,
-        control  ///< a command to the simulation, which a real service does not have
+        request,    ///< the application's; also one that is not answered
+        answer,     ///< to the request of the same number
+        event,      ///< to a subscriber
+        exception,  ///< out of the request of the same number, or out of a callback
+        control,    ///< a command to the simulation, which a real service does not have
+        dropped     ///< records that are missing here; `count` says how many
     };
 
     Kind kind = Kind::request;
     std::chrono::microseconds time{0};  ///< since the start of the trace
+    int thread = 0;                     ///< counted from 1; 0 where it is not known
     int number = 0;                     ///< of the request, counted from 1; 0 for the others
     Sending sending = Sending::request;
     Delivery delivery = Delivery::done;  ///< of an answer
-    std::string channel;                 ///< of a subscription or an event
-    std::string text;                    ///< as it travelled; a control's command
+    std::string channel;                 ///< of a subscription, an event or its callback
+    std::uint64_t count = 0;             ///< of dropped records
+    std::string text;  ///< as it travelled; a control's command; what an exception says
+};
+
+/// The first line of a trace. One of format 1 has none.
+struct TraceHead
+{
+    int format = 1;
+    std::optional<std::chrono::system_clock::time_point> start;  ///< when `time` was 0
+    std::string program;                                         ///< what has written it
 };
 
 /// One JSON object without a line end: {"time":0.001,"kind":"request","number":1,...}.
-std::string toJson(const Record& record);
+std::string toJson(const TraceRecord& record);
+std::string toJson(const TraceHead& head);
 
-/// Raises std::runtime_error that says what is wrong with the line.
-Record fromJson(const std::string& line);
-
-/// Reads JSON Lines; empty lines are skipped. Errors begin with "NAME:LINE: ".
-std::vector<Record> readTrace(std::istream& in, const std::string& name);
-
-/// A connection that tells an observer what goes over it.
-class ObservedConnection : public Connection
+/// Reads a trace line by line. A line that makes no sense is passed over, and told in the end.
+class TraceReader
 {
 public:
-    /// Called on the thread that sends or receives, one at a time. Must only take the record in.
-    using Observer = std::function<void(const Record& record)>;
+    /// @param name  of the file, for what there is to complain about
+    explicit TraceReader(std::string name);
 
-    ObservedConnection(std::unique_ptr<Connection> connection, Observer observer);
+    /// The record in the next line; none in the head, in an empty line and in a damaged one.
+    /// @param whole  false for a last line without its end
+    std::optional<TraceRecord> take(const std::string& line, bool whole = true);
 
-    void setEventSink(EventSink sink) override;
-    Delivery request(const std::string& request, std::string& answer,
-                     std::chrono::milliseconds timeout) override;
-    Delivery subscribe(const std::string& request, std::string& answer,
-                       const std::string& channelName, std::chrono::milliseconds timeout) override;
-    Delivery post(const std::string& message) override;
-    Delivery control(const std::string& command, std::string& answer,
-                     std::chrono::milliseconds timeout) override;
-    std::string description() const override;
+    const TraceHead& head() const { return head_; }
 
-    /// Asks without telling the observer: for what the phone, not the application, wants to know.
-    Delivery quietRequest(const std::string& request, std::string& answer,
-                          std::chrono::milliseconds timeout);
-    Delivery quietControl(const std::string& command, std::string& answer,
-                          std::chrono::milliseconds timeout);
-
-    /// Lets an event come in as if the service had sent it.
-    void inject(const std::string& channelName, const std::string& event);
+    /// One line, beginning with "NAME:LINE: "; "" when there is nothing to complain about.
+    std::string complaint() const;
 
 private:
-    int tellRequest(Sending sending, const std::string& text, const std::string& channel);
-    void tellAnswer(int number, Sending sending, Delivery delivery, const std::string& text);
-    void tell(Record record);
+    void complain(const std::string& what);
 
-    EventSink sink_;
-    const Observer observer_;
-    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    std::mutex mutex_;
-    int number_ = 0;
-    const std::unique_ptr<Connection>
-        connection_;  ///< last, and so gone before what its events use
+    const std::string name_;
+    TraceHead head_;
+    std::string complaint_;
+    std::size_t line_ = 0;
+    std::size_t records_ = 0;
+    std::size_t damaged_ = 0;
 };
 
-}  // namespace kit::phone
+/// A whole trace, as far as it could be read.
+struct Trace
+{
+    TraceHead head;
+    std::vector<TraceRecord> records;
+    std::string complaint;  ///< see TraceReader
+};
+
+Trace readTrace(std::istream& in, const std::string& name);
+
+}  // namespace kit
 
 #endif

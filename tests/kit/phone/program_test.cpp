@@ -104,7 +104,9 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
         {"--library /nowhere", 2, "communications-phone: there is no library /nowhere\n"},
         {"--socket /nowhere --script " + met, 3,
          "communications-phone: no service at /nowhere: there is no such socket\n"},
-        {"--ladder-from " + met, 2, "communications-phone: " + met + ":1: not JSON (byte 1)\n"},
+        {"--ladder-from " + met, 2,
+         "communications-phone: " + met +
+             ":1: not JSON (byte 1); no line of it is one of a trace\n"},
         {"--trace /dev/full --script " + met, 2,
          "the trace is not complete: /dev/full could not be written to the end\n"},
         {"--version", 0, ""},
@@ -228,23 +230,23 @@ TEST(PhoneProgram, ALiveCallFlowIsThatOfItsTrace)
 
 /// Every row of the protocol's tables has to be in the trace, and each answered request once with
 /// success.
-void expectEverythingIn(const std::vector<Record>& records, const std::string& script)
+void expectEverythingIn(const std::vector<TraceRecord>& records, const std::string& script)
 {
     std::map<int, std::string> requests;
     std::set<std::string> sent;
     std::set<std::string> carriedOut;
     std::set<std::string> came;
-    for (const Record& record : records)
+    for (const TraceRecord& record : records)
     {
         const std::string method = parse(record.text).method;
-        if (record.kind == Record::Kind::request)
+        if (record.kind == TraceRecord::Kind::request)
         {
             requests[record.number] = method;
             sent.insert(record.text.rfind("SigEvent:", 0) == 0 ? "SigEvent" : method);
         }
-        else if (record.kind == Record::Kind::answer && record.text == "sfiSuccess")
+        else if (record.kind == TraceRecord::Kind::answer && record.text == "sfiSuccess")
             carriedOut.insert(requests[record.number]);
-        else if (record.kind == Record::Kind::event)
+        else if (record.kind == TraceRecord::Kind::event)
             came.insert(method);
     }
     for (const Operation& operation : operations())
@@ -275,7 +277,7 @@ TEST(PhoneProgram, EverythingIsCoveredInProcess)
     std::ifstream trace(folder.file("trace"));
     std::ostringstream script;
     script << std::ifstream(everything).rdbuf();
-    expectEverythingIn(readTrace(trace, "trace"), script.str());
+    expectEverythingIn(readTrace(trace, "trace").records, script.str());
 }
 
 TEST(PhoneProgram, EverythingIsCoveredOverASocket)
@@ -288,7 +290,7 @@ TEST(PhoneProgram, EverythingIsCoveredOverASocket)
     std::ifstream trace(folder.file("trace"));
     std::ostringstream script;
     script << std::ifstream(everything).rdbuf();
-    expectEverythingIn(readTrace(trace, "trace"), script.str());
+    expectEverythingIn(readTrace(trace, "trace").records, script.str());
 }
 
 }  // namespace

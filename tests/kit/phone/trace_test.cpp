@@ -15,39 +15,39 @@ namespace kit::phone
 namespace
 {
 
-Record request(int number, const std::string& text, Sending sending = Sending::request)
+TraceRecord request(int number, const std::string& text, Sending sending = Sending::request)
 {
-    Record record;
-    record.kind = Record::Kind::request;
+    TraceRecord record;
+    record.kind = TraceRecord::Kind::request;
     record.number = number;
     record.sending = sending;
     record.text = text;
     return record;
 }
 
-Record answer(int number, const std::string& text, Delivery delivery = Delivery::done)
+TraceRecord answer(int number, const std::string& text, Delivery delivery = Delivery::done)
 {
-    Record record;
-    record.kind = Record::Kind::answer;
+    TraceRecord record;
+    record.kind = TraceRecord::Kind::answer;
     record.number = number;
     record.delivery = delivery;
     record.text = text;
     return record;
 }
 
-Record event(const std::string& text)
+TraceRecord event(const std::string& text)
 {
-    Record record;
-    record.kind = Record::Kind::event;
+    TraceRecord record;
+    record.kind = TraceRecord::Kind::event;
     record.channel = "subscriber-1";
     record.text = text;
     return record;
 }
 
-Record control(const std::string& text)
+TraceRecord control(const std::string& text)
 {
-    Record record;
-    record.kind = Record::Kind::control;
+    TraceRecord record;
+    record.kind = TraceRecord::Kind::control;
     record.text = text;
     return record;
 }
@@ -60,7 +60,7 @@ std::string callState(int call, int state)
 }
 
 /// A call in which everything occurs that is drawn.
-std::vector<Record> aCall()
+std::vector<TraceRecord> aCall()
 {
     return {
         request(1, "<Method>Activate</Method>", Sending::timed),
@@ -126,8 +126,8 @@ TEST(Ladder, DrawsACallInMermaid)
     service->>application: CallHeldEvent CallID=6
 )");
     MermaidLadder ladder;
-    Step step;
-    step.application = Step::Between::toService;
+    FlowStep step;
+    step.application = FlowStep::Between::toService;
     step.text = "a;b#c <d>";
     EXPECT_EQ(ladder.add(step), "    application->>service: a#59;b#35;c #lt;d#gt;\n");
 }
@@ -135,15 +135,15 @@ TEST(Ladder, DrawsACallInMermaid)
 TEST(Ladder, LiveColumnsAppearWithTheirFarEnds)
 {
     TextLadder ladder;
-    Step step;
-    step.application = Step::Between::toService;
+    FlowStep step;
+    step.application = FlowStep::Between::toService;
     step.text = std::string(80, 'x');
     const std::string first = ladder.add(step);
     EXPECT_NE(first.find("service\n"), std::string::npos);
     EXPECT_NE(first.find("--" + std::string(54, 'x') + "..->|\n"), std::string::npos) << first;
     step.text = "gr\xc3\xbc\xc3\x9f";
     EXPECT_EQ(ladder.add(step), "     |--gr\xc3\xbc\xc3\x9f" + std::string(53, '-') + ">|\n");
-    step.farEnd = Step::Between::fromService;
+    step.farEnd = FlowStep::Between::fromService;
     step.farEndText = "calls";
     step.farEndName = "2002";
     EXPECT_NE(ladder.add(step).find("service              2002\n"), std::string::npos);
@@ -163,7 +163,7 @@ TEST(Flow, ARequestWaitsForItsAnswerAndWhatComesMeanwhileBehindIt)
     EXPECT_TRUE(flow.add(first).empty());
     EXPECT_TRUE(flow.add(second).empty());
     EXPECT_TRUE(flow.add(answer(2, "<1001>")).empty());
-    const std::vector<Step> steps = flow.add(answer(1, "sfiSuccess"));
+    const std::vector<FlowStep> steps = flow.add(answer(1, "sfiSuccess"));
     ASSERT_EQ(steps.size(), 4U);
     EXPECT_EQ(steps[0].text, "HoldCall CallID=5");
     EXPECT_EQ(steps[0].farEndName, "2001");
@@ -171,49 +171,85 @@ TEST(Flow, ARequestWaitsForItsAnswerAndWhatComesMeanwhileBehindIt)
     EXPECT_EQ(steps[2].text, "<1001>");
     EXPECT_EQ(steps[3].text, "sfiSuccess");
     EXPECT_TRUE(flow.add(first).empty());
-    const std::vector<Step> rest = flow.finish();
+    const std::vector<FlowStep> rest = flow.finish();
     ASSERT_EQ(rest.size(), 1U);
     EXPECT_EQ(rest[0].farEndName, "");
 }
 
 TEST(Trace, ComesBackAsItWasWritten)
 {
-    Record full = request(7, "<Method>Subscribe</Method>", Sending::subscribe);
+    TraceRecord full = request(7, "<Method>Subscribe</Method>", Sending::subscribe);
     full.channel = "subscriber-1";
+    full.thread = 3;
     full.time = std::chrono::microseconds(1234567);
-    const std::vector<Record> records = {
+    TraceRecord threw = request(9, "std::bad_alloc");
+    threw.kind = TraceRecord::Kind::exception;
+    TraceRecord dropped = request(0, "");
+    dropped.kind = TraceRecord::Kind::dropped;
+    dropped.count = 5000000000;
+    const std::vector<TraceRecord> records = {
         full,
         answer(7, "sfi \"x\"\n\\", Delivery::done),
+        request(8, "<Method>Activate</Method>", Sending::timed),
         answer(8, "", Delivery::timedOut),
+        answer(8, "", Delivery::gone),
         request(9, std::string("SigEvent:\0\xff\x01", 12), Sending::oneWay),
         event("gr\xc3\xbc\xc3\x9f"),
-        control("call 1001 from 2001")};
+        control("call 1001 from 2001"),
+        threw,
+        dropped};
+    TraceHead head;
+    head.format = traceFormat;
+    head.start = std::chrono::system_clock::time_point(std::chrono::microseconds(1772357400000012));
+    head.program = "test";
     std::stringstream file;
-    for (const Record& record : records)
+    file << toJson(head) << "\n";
+    for (const TraceRecord& record : records)
     {
         const std::string line = toJson(record);
         EXPECT_EQ(line.find('\n'), std::string::npos);
         file << line << "\n\n";
     }
-    const std::vector<Record> back = readTrace(file, "t");
+    const Trace trace = readTrace(file, "t");
+    EXPECT_EQ(trace.complaint, "");
+    EXPECT_EQ(trace.head.format, traceFormat);
+    EXPECT_EQ(trace.head.start, head.start);
+    EXPECT_EQ(trace.head.program, "test");
+    const std::vector<TraceRecord>& back = trace.records;
     ASSERT_EQ(back.size(), records.size());
     for (std::size_t i = 0; i < back.size(); ++i)
     {
         EXPECT_EQ(back[i].kind, records[i].kind) << i;
         EXPECT_EQ(back[i].time, records[i].time) << i;
+        EXPECT_EQ(back[i].thread, records[i].thread) << i;
         EXPECT_EQ(back[i].number, records[i].number) << i;
         EXPECT_EQ(back[i].sending, records[i].sending) << i;
         EXPECT_EQ(back[i].delivery, records[i].delivery) << i;
         EXPECT_EQ(back[i].channel, records[i].channel) << i;
+        EXPECT_EQ(back[i].count, records[i].count) << i;
         EXPECT_EQ(back[i].text, records[i].text) << i;
     }
-    EXPECT_EQ(
-        toJson(full),
-        R"({"time":1.234567,"kind":"request","number":7,"sending":"subscribe",)"
-        R"("channel":"subscriber-1","method":"Subscribe","text":"<Method>Subscribe</Method>"})");
+    EXPECT_EQ(toJson(head),
+              R"({"trace":2,"start":"2026-03-01T09:30:00.000012Z","program":"test"})");
+    EXPECT_EQ(toJson(full),
+              R"({"time":1.234567,"kind":"request","thread":3,"number":7,"sending":"subscribe",)"
+              R"("channel":"subscriber-1","method":"Subscribe",)"
+              R"("text":"<Method>Subscribe</Method>"})");
 }
 
-TEST(Trace, SaysWhichLineIsWrongAndHow)
+TEST(Trace, OfTheFirstFormatIsRead)
+{
+    std::istringstream file(
+        R"({"time":0.5,"kind":"request","number":2,"sending":"request","method":"X","text":"t"})");
+    const Trace trace = readTrace(file, "t");
+    EXPECT_EQ(trace.complaint, "");
+    EXPECT_EQ(trace.head.format, 1);
+    EXPECT_FALSE(trace.head.start);
+    ASSERT_EQ(trace.records.size(), 1U);
+    EXPECT_EQ(trace.records[0].number, 2);
+}
+
+TEST(Trace, SaysWhichLineIsWrongAndHowAndReadsTheRest)
 {
     const struct
     {
@@ -221,6 +257,7 @@ TEST(Trace, SaysWhichLineIsWrongAndHow)
         const char* error;
     } rows[] = {
         {"{", "t:2: not JSON (byte 2)"},
+        {"\xff", "t:2: not JSON (byte 1)"},
         {"[]", "t:2: not a JSON object"},
         {"{\"time\":1}", "t:2: not a record of a trace: \"time\" or \"kind\" is missing"},
         {"{\"kind\":\"event\",\"text\":\"\"}",
@@ -234,12 +271,54 @@ TEST(Trace, SaysWhichLineIsWrongAndHow)
          "t:2: not a record of a trace: a member is of the wrong type"},
         {"{\"time\":1,\"kind\":\"event\",\"textHex\":\"0g\"}",
          "t:2: \"textHex\" is not hexadecimal"},
+        {"{\"time\":1,\"kind\":\"event\",\"number\":1e30,\"text\":\"\"}",
+         "t:2: \"number\" is no count"},
+        {"{\"time\":1,\"kind\":\"event\",\"thread\":4294967296,\"text\":\"\"}",
+         "t:2: \"thread\" is no count"},
+        {"{\"trace\":3}", "t:2: written in format 3, and only 2 is known here"},
+        {"{\"trace\":2,\"start\":\"noon\"}", "t:2: \"start\" is no time of day"},
+        {"{}\n{}", "t:2: not a record of a trace: \"time\" or \"kind\" is missing; lines that "
+                   "cannot be read: 2"},
     };
     for (const auto& row : rows)
     {
-        std::istringstream file(toJson(event("x")) + "\n" + row.line + "\n");
-        EXPECT_EQ(test::complaintOf<std::runtime_error>([&] { readTrace(file, "t"); }), row.error);
+        std::istringstream file(toJson(event("x")) + "\n" + row.line + "\n" + toJson(event("y")) +
+                                "\n");
+        const Trace trace = readTrace(file, "t");
+        EXPECT_EQ(trace.complaint, row.error);
+        ASSERT_EQ(trace.records.size(), 2U) << row.error;
+        EXPECT_EQ(trace.records[1].text, "y") << row.error;
     }
+    const std::string whole = toJson(event("x")) + "\n";
+    for (std::size_t size = 1; size + 2 < whole.size(); size += 7)
+    {
+        std::istringstream file(whole + whole.substr(0, size));
+        const Trace trace = readTrace(file, "t");
+        EXPECT_EQ(trace.complaint, "t:2: cut off in the middle of the line") << size;
+        EXPECT_EQ(trace.records.size(), 1U) << size;
+    }
+    std::istringstream other("no\ntrace\n");
+    EXPECT_EQ(readTrace(other, "t").complaint,
+              "t:1: not JSON (byte 2); no line of it is one of a trace");
+}
+
+TEST(Flow, TellsOfExceptionsAndOfWhatIsMissing)
+{
+    TraceRecord threw = request(1, "std::bad_alloc");
+    threw.kind = TraceRecord::Kind::exception;
+    TraceRecord dropped = request(0, "");
+    dropped.kind = TraceRecord::Kind::dropped;
+    dropped.count = 12;
+    TraceRecord callback = threw;
+    callback.number = 0;
+    const std::vector<FlowStep> steps =
+        stepsOf({request(1, "<Method>GetDevices</Method>"), threw, callback, dropped});
+    ASSERT_EQ(steps.size(), 4U);
+    EXPECT_EQ(steps[1].application, FlowStep::Between::answer);
+    EXPECT_EQ(steps[1].text, "(threw std::bad_alloc)");
+    EXPECT_TRUE(steps[2].isNote());
+    EXPECT_EQ(steps[2].text, "the callback threw std::bad_alloc");
+    EXPECT_EQ(steps[3].text, "records that are missing here: 12");
 }
 
 /// An event as it would be received.
