@@ -11,6 +11,8 @@ int main()
     options.events = kit::Framework::Events::onPump;
     options.observer = [](const kit::Passage& passage)
     {
+        if (passage.what == kit::Passage::What::arrival)
+            return;
         std::cout << (passage.what == kit::Passage::What::request ? "> " : "< ") << passage.text
                   << "\n";
     };

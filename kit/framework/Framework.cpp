@@ -41,6 +41,14 @@ std::string inWords(std::chrono::milliseconds time)
     return std::to_string(time.count()) + " ms";
 }
 
+void tell(const Framework::Observer& observer, Passage passage)
+{
+    if (!observer)
+        return;
+    passage.time = std::chrono::system_clock::now();
+    observer(passage);
+}
+
 }  // namespace
 
 class Framework::Core final : private FrameworkContext,
@@ -55,6 +63,7 @@ public:
           proxy_(library_.createProxy()),
           service_(dynamic_cast<CommunicationsServiceIfc*>(proxy_.get()))
     {
+        inbox_->observer = options_.observer;
         if (service_ == nullptr)
             throw LibraryError("the proxy of " + library_.path() +
                                " does not implement CommunicationsServiceIfc");
@@ -126,6 +135,13 @@ public:
         return channel;
     }
 
+    void inject(const std::string& channel, const std::string& event)
+    {
+        std::uint64_t era = 0;
+        current(era);
+        inbox_->take(era, channel, event);
+    }
+
     bool remove(Executable& subscriber)
     {
         std::unique_lock<std::mutex> lock(inbox_->mutex);
@@ -181,6 +197,7 @@ private:
         std::mutex mutex;
         std::condition_variable changed;
         std::deque<Arrived> waiting;
+        Observer observer;
         std::uint64_t era = 0;     ///< the connection in use; what others bring is dropped
         std::uint64_t goneIn = 0;  ///< the connection whose going has been taken in
         bool stopping = false;
@@ -192,6 +209,14 @@ private:
                 if (from != era || stopping)
                     return;
                 waiting.push_back({channel, event, false});
+                // In here, so that it sees them in their order and none behind the framework's end.
+                tell(observer, {Passage::What::arrival,
+                                Sending::nothing,
+                                0,
+                                channel,
+                                event,
+                                Delivery::done,
+                                {}});
             }
             changed.notify_all();
         }
@@ -295,13 +320,7 @@ private:
         return connection_;
     }
 
-    void observe(Passage passage) const
-    {
-        if (!options_.observer)
-            return;
-        passage.time = std::chrono::system_clock::now();
-        options_.observer(passage);
-    }
+    void observe(Passage passage) const { tell(options_.observer, std::move(passage)); }
 
     void report(const std::string& problem) const
     {
@@ -468,6 +487,11 @@ void Framework::reconnect(std::unique_ptr<Connection> connection)
 std::string Framework::channelOf(Executable& subscriber)
 {
     return core_->channelOf(subscriber);
+}
+
+void Framework::inject(const std::string& channelName, const std::string& event)
+{
+    core_->inject(channelName, event);
 }
 
 bool Framework::remove(Executable& subscriber)

@@ -27,11 +27,12 @@ struct Passage
         request,  ///< on its way to the service; an answer follows
         answer,   ///< what became of the request with the same number
         message,  ///< on its way to the service; no answer follows
+        arrival,  ///< an event that came in, to be delivered in its turn
         event     ///< about to be delivered to a subscriber
     };
 
     What what;
-    Sending sending;       ///< how it was sent; `nothing` for an event
+    Sending sending;       ///< how it was sent; `nothing` for an event and its arrival
     std::uint64_t number;  ///< counts requests; an answer has that of its request
     std::string channel;   ///< of an event or a subscription: the subscriber's
     std::string text;      ///< as it travels
@@ -78,7 +79,7 @@ public:
         std::chrono::microseconds timeoutUnit{1000};
         std::string unanswered;  ///< left in the response when there is no answer
         /// Sees all that passes, on the thread concerned, several at once. It must not call
-        /// operations and must not throw.
+        /// operations nor this framework, and must not throw.
         Observer observer;
         /// Hears one line of text for each failure to reach the service, and for a callback that
         /// throws. On the thread concerned, several at once; must not throw.
@@ -114,6 +115,9 @@ public:
 
     /// Name of a subscriber's channel; a new one gets a name. This is what the library is told.
     std::string channelOf(Executable& subscriber);
+
+    /// Lets an event come in as if the service had sent it.
+    void inject(const std::string& channelName, const std::string& event);
 
     /// Delivers nothing more to the subscriber. On return no callback of it is running, save the
     /// one that this is called from. False when it was not known.

@@ -451,7 +451,7 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
     options.events = Framework::Events::onPump;
     options.observer = [&](const Passage& passage)
     {
-        static const char* const what[] = {"request", "answer", "message", "event"};
+        static const char* const what[] = {"request", "answer", "message", "arrival", "event"};
         EXPECT_NE(passage.time, std::chrono::system_clock::time_point());
         seen.push_back(std::string(what[static_cast<int>(passage.what)]) + " " +
                        std::to_string(passage.number) + " " +
@@ -462,6 +462,7 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
     framework->service().subscribe(&recorder_);
     framework->service().InitializeOrFinalizeServerFeatures("1", true);
     service_.sendHeld(7);
+    framework->inject("subscriber-1", "<Method>x</Method>");
     framework->pump();
     service_.delivery = Delivery::gone;
     framework->service().alternateCalls("1");
@@ -469,8 +470,12 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
                                   "answer 1 0 subscriber-1 sfiSuccess",
                                   "message 0 0  <Method>InitializeOrFinalizeServerFeatures</Method>"
                                   "<Line>1</Line><initialize>1</initialize>",
+                                  "arrival 0 0 subscriber-1 <Method>CallHeldEvent</Method>"
+                                  "<CallID>7</CallID>",
+                                  "arrival 0 0 subscriber-1 <Method>x</Method>",
                                   "event 0 0 subscriber-1 <Method>CallHeldEvent</Method>"
                                   "<CallID>7</CallID>",
+                                  "event 0 0 subscriber-1 <Method>x</Method>",
                                   "request 2 0  <Method>AlternateCalls</Method><Line>1</Line>",
                                   "answer 2 2  "));
 }
