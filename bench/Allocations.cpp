@@ -1,7 +1,7 @@
 // Counts allocations, also those of other libraries. A sanitizer has its own malloc: nothing is
 // counted then.
 
-#include "bench/Bench.h"
+#include "bench/Allocations.h"
 
 #include <cstddef>
 

@@ -1,9 +1,10 @@
 #ifndef BENCH_BENCH_H
 #define BENCH_BENCH_H
 
+#include "bench/Allocations.h"
 #include "framework/InvokerResponse.h"
 #include "framework/ProxyRequest.h"
-#include "tests/support/Subscriber.h"
+#include "tests/support/Recorder.h"
 
 #include <benchmark/benchmark.h>
 
@@ -12,27 +13,34 @@
 #include <string>
 #include <vector>
 
+/// The values of a request's fields, in any order, the method's name left out.
+using Values = std::vector<std::string> (*)(const std::string& request);
+
 /// One thing that is measured: "case/who". Each call of `run` is the whole work, so many times.
 struct Entry
 {
     std::string name;
     std::function<void(long times)> run;
+    Values values;  ///< nullptr where requests are written as the library's are
 };
 
 std::vector<Entry>& entries();
 
-/// Calls of malloc and the like, and of operator new, since the start of the program.
-long allocations();
+/// Runs each entry once and holds what it asks and what it tells against the reference implementation.
+/// Returns whether all agree; says what does not.
+bool allAgree();
 
 /// Adds a measurement. The body is compiled into the loop: nothing but it is measured.
 template <typename Body>
-void add(const std::string& name, Body body)
+void add(const std::string& name, Body body, Values values = nullptr)
 {
-    entries().push_back({name, [body](long times)
+    entries().push_back({name,
+                         [body](long times)
                          {
                              for (; times > 0; --times)
                                  body();
-                         }});
+                         },
+                         values});
     benchmark::RegisterBenchmark(name.c_str(),
                                  [body](benchmark::State& state)
                                  {
@@ -46,9 +54,18 @@ void add(const std::string& name, Body body)
                                  });
 }
 
-/// Touches what it is given, and does nothing else with it.
+/// What one run of an entry asked and told, while somebody wants to know.
+struct Seen
+{
+    std::string asked;
+    std::string told;
+};
+
+/// Touches what it is given, and does nothing else with it unless somebody wants to see it.
 struct Touch
 {
+    static Seen* seen;  ///< nullptr while time is measured
+
     unsigned long sum = 0;
 
     void look(const std::string& text)
@@ -75,12 +92,31 @@ struct Touch
     }
 
     template <typename... Arguments>
-    void heard(const char*, const Arguments&... arguments)
+    void heard(const char* callback, const Arguments&... arguments)
     {
+        if (seen != nullptr)
+            writeDown(callback, arguments...);
         (look(arguments), ...);
         benchmark::DoNotOptimize(sum);
     }
+
+    template <typename... Arguments>
+    [[gnu::cold, gnu::noinline]] static void writeDown(const char* callback,
+                                                       const Arguments&... arguments)
+    {
+        CallText call(seen->told);
+        call.begin(callback);
+        (call.add(arguments), ...);
+        call.end();
+    }
 };
+
+/// What a query or any other operation gave.
+template <typename... Results>
+void got(const Results&... results)
+{
+    Touch().heard("results", results...);
+}
 
 /// Touches each request and answers it with the same text.
 struct Channel : ProxyRequest
@@ -89,7 +125,10 @@ struct Channel : ProxyRequest
 
     void sendRequest(const std::string& request, std::string& response) override
     {
-        touch.heard("", request);
+        if (Touch::seen != nullptr)
+            Touch::seen->asked = request;
+        touch.look(request);
+        benchmark::DoNotOptimize(touch.sum);
         response = answer;
     }
     void sendRequestTimed(const std::string&, std::string&, int) override {}
@@ -110,53 +149,9 @@ struct Response : InvokerResponse
 
 /// What all that take part in the measurement work on.
 extern Subscriber<Touch> subscriber;
+extern Response response;
 
 /// The subscriber's callbacks, got at as anyone must who is called by the framework: by a cross-cast.
 CommunicationsServiceEventIfc& callbacks(Executable* executable);
-extern Response response;
-
-// The arguments of the requests.
-extern const std::string line;
-extern const std::string uri;
-extern const std::string payload;
-constexpr int callId = 4711;
-constexpr const char* destination = "+4989700012345";
-
-/// A message by its fields: numbers are those that begin with a digit of 0 to 9 and nothing else.
-struct Message
-{
-    struct Field
-    {
-        std::string tag;
-        std::string value;
-        bool isNumber;
-    };
-
-    std::string method;  ///< "" in an answer
-    std::vector<Field> fields;
-    std::string payload;
-
-    std::string text() const;
-    Message reversed() const;
-};
-
-extern const Message forwardingAnswer;
-extern const Message messageWaitingAnswer;
-extern const std::vector<std::string> devices;
-extern const Message devicesChanged;
-extern const Message callHeld;
-extern const Message callState;
-extern const Message incomingCall;
-extern const Message cstaResponse;
-extern const Message securityStatus;
-
-// Each of those that take part adds its rows.
-void addLibrary(const std::string& who, const std::string& path);
-void addReference();
-void addFloor();
-void addProtobuf();
-void addGVariant();
-void addPugixml();
-void addNlohmann();
 
 #endif

@@ -4,6 +4,8 @@
 // converted: where the values stand is known beforehand.
 
 #include "bench/Bench.h"
+#include "bench/Entrants.h"
+#include "bench/Messages.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -46,9 +48,9 @@ struct Located
 };
 
 template <typename Read>
-void addRequest(const std::string& name, const std::string& request, const std::string& answer,
-                Read read)
+void addRequest(const std::string& name, const std::string& answer, Read read)
 {
+    const std::string request = requests.at(name).text();
     const std::shared_ptr<ProxyRequest> channel = std::make_shared<Channel>(answer);
     add(name + "/floor",
         [channel, request, read]
@@ -76,66 +78,36 @@ void addEvent(const std::string& name, const Message& message, Tell tell)
         });
 }
 
-void ignore(const std::string&) {}
-
 }  // namespace
 
 void addFloor()
 {
-    addRequest("answerCall",
-               Message{"AnswerCall", {{"Line", line, false}, {"CallID", "4711", true}}, ""}.text(),
-               "sfiSuccess", ignore);
-    addRequest("outgoingCallMake",
-               Message{"OutgoingCallMakeRequest",
-                       {{"Line", line, false},
-                        {"CallID", "4711", true},
-                        {"Destination", destination, false},
-                        {"DSSDirectCall", "1", true},
-                        {"BridgeCall", "0", true},
-                        {"CallCompletionCall", "1", true}},
-                       ""}
-                   .text(),
-               "sfiSuccess", ignore);
-    addRequest("setForwardingConfiguration",
-               Message{"setForwardingConfiguration",
-                       {{"Line", line, false},
-                        {"fwType", "1", true},
-                        {"status", "1", true},
-                        {"uri", uri, false},
-                        {"cfnrRingCount", "3", true},
-                        {"forceTKVSUpdate", "0", true}},
-                       ""}
-                   .text(),
-               "sfiSuccess", ignore);
-    addRequest("SendCSTARequest.2KiB",
-               Message{"SendCSTARequest", {{"Line", line, false}}, payload}.text(), "sfiSuccess",
-               ignore);
-    addRequest("getForwardingConfiguration",
-               Message{"getForwardingConfiguration", {{"fwType", "1", true}}, ""}.text(),
-               forwardingAnswer.text(),
+    for (const char* name :
+         {"answerCall", "outgoingCallMake", "setForwardingConfiguration", "SendCSTARequest.2KiB"})
+        addRequest(name, "sfiSuccess", [](const std::string&) { got(5); });
+    addRequest("getForwardingConfiguration", forwardingAnswer.text(),
                [from = Located(forwardingAnswer)](const std::string& answer)
                {
                    const std::string text = from.value(answer, 2);
-                   Touch().heard("", 5, true, text, 3);
+                   got(5, true, text, 3);
                });
-    addRequest("getMessageWaitingIndicator", Message{"GetMessageWaitingIndicator", {}, ""}.text(),
-               messageWaitingAnswer.text(),
+    addRequest("getMessageWaitingIndicator", messageWaitingAnswer.text(),
                [from = Located(messageWaitingAnswer)](const std::string& answer)
                {
                    const std::string number = from.value(answer, 9);
-                   Touch().heard("", 5, 1, 3, 12, 1, 2, 4, 5, 1, number);
+                   got(5, 1, 3U, 12U, 1U, 2U, 4, 5, 1, number);
                });
     std::string list;
     for (const std::string& device : devices)
         list += "<" + device + ">";
-    addRequest("getDevices.12", Message{"GetDevices", {}, ""}.text(), list,
+    addRequest("getDevices.12", list,
                [](const std::string& answer)
                {
                    std::vector<std::string> items;
                    items.reserve(12);
                    for (std::size_t i = 0; i < 12; ++i)
                        items.emplace_back(answer, 1 + i * 14, 12);
-                   Touch().heard("", items);
+                   got(5, items);
                });
 
     using Ifc = CommunicationsServiceEventIfc;

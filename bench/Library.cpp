@@ -2,6 +2,8 @@
 
 #include "CommunicationsServiceIfc.h"
 #include "bench/Bench.h"
+#include "bench/Entrants.h"
+#include "bench/Messages.h"
 #include "framework/Proxy.h"
 #include "tests/support/Reference.h"
 
@@ -93,16 +95,17 @@ void addRequests(const std::string& who,
                  std::function<std::shared_ptr<Operations>(Channel&)> connect)
 {
     addRequest<Operations>("answerCall/" + who, "sfiSuccess", connect,
-                           [](Operations& to) { to.answerCall(line, callId); });
-    addRequest<Operations>("outgoingCallMake/" + who, "sfiSuccess", connect,
-                           [](Operations& to)
-                           { to.outgoingCallMake(line, callId, destination, true, false, true); });
+                           [](Operations& to) { got(to.answerCall(line, callId)); });
+    addRequest<Operations>(
+        "outgoingCallMake/" + who, "sfiSuccess", connect,
+        [](Operations& to)
+        { got(to.outgoingCallMake(line, callId, destination, true, false, true)); });
     addRequest<Operations>(
         "setForwardingConfiguration/" + who, "sfiSuccess", connect,
         [](Operations& to)
-        { to.setForwardingConfiguration(line, sfiForwardingType(1), true, uri, 3, false); });
+        { got(to.setForwardingConfiguration(line, sfiForwardingType(1), true, uri, 3, false)); });
     addRequest<Operations>("SendCSTARequest.2KiB/" + who, "sfiSuccess", connect,
-                           [](Operations& to) { to.SendCSTARequest(line, payload); });
+                           [](Operations& to) { got(to.SendCSTARequest(line, payload)); });
     addRequest<Operations>(
         "getForwardingConfiguration/" + who, forwardingAnswer.text(), connect,
         [](Operations& to)
@@ -110,27 +113,25 @@ void addRequests(const std::string& who,
             bool status = false;
             std::string text;
             int rings = 0;
-            Touch().heard("",
-                          to.getForwardingConfiguration(sfiForwardingType(1), status, text, rings),
-                          status, text, rings);
+            got(to.getForwardingConfiguration(sfiForwardingType(1), status, text, rings), status,
+                text, rings);
         });
-    addRequest<Operations>(
-        "getMessageWaitingIndicator/" + who, messageWaitingAnswer.text(), connect,
-        [](Operations& to)
-        {
-            int n[4] = {};
-            unsigned int c[4] = {};
-            std::string number;
-            Touch().heard("",
-                          to.getMessageWaitingIndicator(n[0], c[0], c[1], c[2], c[3], n[1], n[2],
-                                                        n[3], number),
-                          n[0], n[1], n[2], n[3], c[0], c[1], c[2], c[3], number);
-        });
+    addRequest<Operations>("getMessageWaitingIndicator/" + who, messageWaitingAnswer.text(),
+                           connect,
+                           [](Operations& to)
+                           {
+                               int n[4] = {};
+                               unsigned int c[4] = {};
+                               std::string number;
+                               got(to.getMessageWaitingIndicator(n[0], c[0], c[1], c[2], c[3], n[1],
+                                                                 n[2], n[3], number),
+                                   n[0], c[0], c[1], c[2], c[3], n[1], n[2], n[3], number);
+                           });
     const auto getDevices = [](Operations& to)
     {
         std::vector<std::string> items;
-        to.getDevices(items);
-        Touch().heard("", items);
+        const int result = to.getDevices(items);
+        got(result, items);
     };
     addRequest<Operations>("getDevices.12/" + who, deviceList(devices.size()), connect, getDevices);
     for (const Growing& row : growing)

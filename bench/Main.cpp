@@ -1,10 +1,13 @@
 // Measures the library, the reference implementation, the floor and the peers, all in one run.
 //
+// Before anything is measured, all are compared with the reference implementation.
+//
 // bench [--library=[NAME:]PATH ...] [--instructions] [options of Google Benchmark]
 //
 // Under callgrind, --instructions makes one profile for each measurement, named after it.
 
 #include "bench/Bench.h"
+#include "bench/Entrants.h"
 
 #if __has_include(<valgrind/callgrind.h>)
 #include <valgrind/callgrind.h>
@@ -17,12 +20,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
-
-std::vector<Entry>& entries()
-{
-    static std::vector<Entry> list;
-    return list;
-}
 
 namespace
 {
@@ -78,11 +75,6 @@ int main(int count, char** words)
 #else
     leftOut("protobuf");
 #endif
-#ifdef BENCH_GVARIANT
-    addGVariant();
-#else
-    leftOut("GVariant");
-#endif
 #ifdef BENCH_PUGIXML
     addPugixml();
 #else
@@ -94,6 +86,8 @@ int main(int count, char** words)
     leftOut("nlohmann JSON");
 #endif
 
+    if (!allAgree())
+        return EXIT_FAILURE;
     if (countsInstructions)
     {
         countInstructions();

@@ -1,9 +1,6 @@
-#include "bench/Bench.h"
+#include "bench/Messages.h"
 
 #include <algorithm>
-
-Subscriber<Touch> subscriber;
-Response response;
 
 namespace
 {
@@ -21,14 +18,34 @@ std::string document()
 
 }  // namespace
 
-CommunicationsServiceEventIfc& callbacks(Executable* executable)
-{
-    return *dynamic_cast<CommunicationsServiceEventIfc*>(executable);
-}
-
 const std::string line = "498970001001";
 const std::string uri = "sip:1002@pbx.example.com";
 const std::string payload = document();
+
+const std::map<std::string, Message> requests = {
+    {"answerCall", {"AnswerCall", {{"Line", line, false}, {"CallID", "4711", true}}, ""}},
+    {"outgoingCallMake",
+     {"OutgoingCallMakeRequest",
+      {{"Line", line, false},
+       {"CallID", "4711", true},
+       {"Destination", destination, false},
+       {"DSSDirectCall", "1", true},
+       {"BridgeCall", "0", true},
+       {"CallCompletionCall", "1", true}},
+      ""}},
+    {"setForwardingConfiguration",
+     {"setForwardingConfiguration",
+      {{"Line", line, false},
+       {"fwType", "1", true},
+       {"status", "1", true},
+       {"uri", uri, false},
+       {"cfnrRingCount", "3", true},
+       {"forceTKVSUpdate", "0", true}},
+      ""}},
+    {"SendCSTARequest.2KiB", {"SendCSTARequest", {{"Line", line, false}}, payload}},
+    {"getForwardingConfiguration", {"getForwardingConfiguration", {{"fwType", "1", true}}, ""}},
+    {"getMessageWaitingIndicator", {"GetMessageWaitingIndicator", {}, ""}},
+    {"getDevices.12", {"GetDevices", {}, ""}}};
 
 const Message forwardingAnswer = {"",
                                   {{"sfiResult", "sfiSuccess", false},

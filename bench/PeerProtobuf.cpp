@@ -2,6 +2,8 @@
 // recommends.
 
 #include "bench/Bench.h"
+#include "bench/Entrants.h"
+#include "bench/Messages.h"
 #include "messages.pb.h"
 
 #include <cstdlib>
@@ -28,12 +30,38 @@ void fill(google::protobuf::Message& to, const Message& from)
     }
 }
 
+/// All that the one field of a request says, which is the message of its operation.
+std::vector<std::string> values(const std::string& bytes)
+{
+    using Field = google::protobuf::FieldDescriptor;
+    peer::Request request;
+    request.ParseFromString(bytes);
+    std::vector<const Field*> operations;
+    request.GetReflection()->ListFields(request, &operations);
+    std::vector<std::string> all;
+    if (operations.size() != 1)
+        return all;
+    const google::protobuf::Message& message =
+        request.GetReflection()->GetMessage(request, operations[0]);
+    const google::protobuf::Reflection& fields = *message.GetReflection();
+    for (int i = 0; i < message.GetDescriptor()->field_count(); ++i)
+    {
+        const Field* field = message.GetDescriptor()->field(i);
+        all.push_back(field->cpp_type() == Field::CPPTYPE_STRING ? fields.GetString(message, field)
+                      : field->cpp_type() == Field::CPPTYPE_BOOL
+                          ? std::to_string(fields.GetBool(message, field))
+                          : std::to_string(fields.GetInt32(message, field)));
+    }
+    return all;
+}
+
 template <typename Write, typename Read>
 void addRequest(const std::string& name, const peer::Answer& answer, Write write, Read read)
 {
     const std::shared_ptr<ProxyRequest> channel =
         std::make_shared<Channel>(answer.SerializeAsString());
-    add(name + "/protobuf",
+    add(
+        name + "/protobuf",
         [channel, write, read]
         {
             peer::Request request;
@@ -43,11 +71,13 @@ void addRequest(const std::string& name, const peer::Answer& answer, Write write
             peer::Answer fresh;
             fresh.ParseFromString(answered);
             read(fresh);
-        });
+        },
+        values);
     const auto request = std::make_shared<peer::Request>();
     const auto text = std::make_shared<std::string>();
     const auto parsed = std::make_shared<peer::Answer>();
-    add(name + "/protobuf.reused",
+    add(
+        name + "/protobuf.reused",
         [channel, write, read, request, text, parsed]
         {
             request->Clear();
@@ -57,7 +87,8 @@ void addRequest(const std::string& name, const peer::Answer& answer, Write write
             channel->sendRequest(*text, answered);
             parsed->ParseFromString(answered);
             read(*parsed);
-        });
+        },
+        values);
 }
 
 void copy(const std::string& text, char* to)
@@ -137,7 +168,7 @@ void addProtobuf()
 {
     peer::Answer done;
     done.set_result(5);
-    const auto look = [](const peer::Answer& answer) { Touch().heard("", answer.result()); };
+    const auto look = [](const peer::Answer& answer) { got(answer.result()); };
     addRequest(
         "answerCall", done,
         [](peer::Request& request)
@@ -187,35 +218,35 @@ void addProtobuf()
     addRequest(
         "getForwardingConfiguration", answer,
         [](peer::Request& request) { request.mutable_get_forwarding()->set_fw_type(1); },
-        [](const peer::Answer& got)
+        [](const peer::Answer& answered)
         {
-            const auto& a = got.forwarding();
+            const auto& a = answered.forwarding();
             const std::string text = a.uri();
-            Touch().heard("", a.sfiresult(), a.status(), text, a.cfnrringcount());
+            got(a.sfiresult(), a.status(), text, a.cfnrringcount());
         });
     answer.Clear();
     fill(*answer.mutable_message_waiting(), messageWaitingAnswer);
     addRequest(
         "getMessageWaitingIndicator", answer,
         [](peer::Request& request) { request.mutable_get_message_waiting(); },
-        [](const peer::Answer& got)
+        [](const peer::Answer& answered)
         {
-            const auto& a = got.message_waiting();
+            const auto& a = answered.message_waiting();
             const std::string number = a.voicemailnumber();
-            Touch().heard("", a.func_return_val(), a.type(), a.newmsgs(), a.oldmsgs(),
-                          a.newurgmsgs(), a.oldurgmsgs(), a.return_type(), a.available_info(),
-                          a.messages_waiting(), number);
+            got(a.func_return_val(), a.type(), unsigned(a.newmsgs()), unsigned(a.oldmsgs()),
+                unsigned(a.newurgmsgs()), unsigned(a.oldurgmsgs()), a.return_type(),
+                a.available_info(), a.messages_waiting(), number);
         });
     answer.Clear();
     for (const std::string& device : devices)
         answer.mutable_devices()->add_items(device);
     addRequest(
         "getDevices.12", answer, [](peer::Request& request) { request.mutable_get_devices(); },
-        [](const peer::Answer& got)
+        [](const peer::Answer& answered)
         {
-            const auto& a = got.devices().items();
+            const auto& a = answered.devices().items();
             const std::vector<std::string> items(a.begin(), a.end());
-            Touch().heard("", items);
+            got(5, items);
         });
 
     peer::Event event;

@@ -16,20 +16,17 @@ import measure
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
-def build(source, folder, *options):
-    measure.command("cmake", "-S", source, "-B", folder, "-DCMAKE_BUILD_TYPE=Release",
-                    "-DBUILD_TESTING=OFF", *options, stdout=subprocess.DEVNULL)
-    measure.command("cmake", "--build", folder, "--parallel", "2", stdout=subprocess.DEVNULL)
-    return folder
-
-
 def revision(name, folder):
     source = folder / "source"
     source.mkdir(parents=True)
     measure.command("git", "-C", ROOT, "archive", "--format=tar",
                     f"--output={folder}/source.tar", name)
     measure.command("tar", "-xf", folder / "source.tar", "-C", source)
-    return build(source, folder / "build") / "src/libCommunicationsServiceClient.so"
+    built = folder / "build"
+    measure.command("cmake", "-S", source, "-B", built, "-DCMAKE_BUILD_TYPE=Release",
+                    "-DBUILD_TESTING=OFF", stdout=subprocess.DEVNULL)
+    measure.command("cmake", "--build", built, "--parallel", "2", stdout=subprocess.DEVNULL)
+    return built / "src/libCommunicationsServiceClient.so"
 
 
 def main():
@@ -44,7 +41,7 @@ def main():
 
     with tempfile.TemporaryDirectory() as folder:
         folder = pathlib.Path(folder)
-        tree = build(ROOT, ROOT / "build-bench", "-DCOMMUNICATIONS_SERVICE_BENCHMARKS=ON")
+        tree = measure.build_benchmark()
         before = revision(arguments.before, folder / "before")
         after = (revision(arguments.after, folder / "after") if arguments.after
                  else tree / "src/libCommunicationsServiceClient.so")

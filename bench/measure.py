@@ -3,6 +3,7 @@
 import collections
 import json
 import os
+import pathlib
 import re
 import statistics
 import subprocess
@@ -21,6 +22,14 @@ def command(*words, **options):
         fail(f"{words[0]} is not installed")
     except subprocess.CalledProcessError as error:
         fail(f"{' '.join(map(str, words))} ended with {error.returncode}")
+
+
+def build_benchmark():
+    """Builds the benchmark of the working tree, and returns the folder."""
+    root = pathlib.Path(__file__).resolve().parent.parent
+    command("cmake", "--preset", "bench", cwd=root, stdout=subprocess.DEVNULL)
+    command("cmake", "--build", "--preset", "bench", cwd=root, stdout=subprocess.DEVNULL)
+    return root / "build/bench"
 
 
 def times(program, repetitions, what, arguments=()):

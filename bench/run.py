@@ -15,13 +15,10 @@ import tempfile
 import measure
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-BUILD = ROOT / "build-bench"
 WHO = {"library": "library", "reference": "reference implementation", "protobuf": "protobuf",
-       "protobuf.reused": "protobuf, reused", "GVariant": "GVariant", "pugixml": "pugixml",
-       "nlohmann": "nlohmann JSON"}
+       "protobuf.reused": "protobuf, reused", "pugixml": "pugixml", "nlohmann": "nlohmann JSON"}
 COLOURS = {"library": "#c0392b", "reference": "#7f8c8d", "protobuf": "#2471a3",
-           "protobuf.reused": "#5dade2", "GVariant": "#8e44ad", "pugixml": "#229954",
-           "nlohmann": "#d68910"}
+           "protobuf.reused": "#5dade2", "pugixml": "#229954", "nlohmann": "#d68910"}
 # Where the figures are to come to: times the floor.
 GOALS = {"answerCall": 2, "outgoingCallMake": 2, "setForwardingConfiguration": 2,
          "SendCSTARequest.2KiB": 2, "CallStateChangeEvent.18": 2.5, "IncomingCallEvent.17": 2.5,
@@ -131,11 +128,8 @@ def main():
     parser.add_argument("--note", default="", help="a sentence about the machine's state")
     arguments = parser.parse_args()
 
-    measure.command("cmake", "-S", ROOT, "-B", BUILD, "-DCMAKE_BUILD_TYPE=Release",
-                    "-DBUILD_TESTING=OFF", "-DCOMMUNICATIONS_SERVICE_BENCHMARKS=ON",
-                    stdout=subprocess.DEVNULL)
-    measure.command("cmake", "--build", BUILD, "--parallel", "2", stdout=subprocess.DEVNULL)
-    program = BUILD / "bench/bench"
+    build = measure.build_benchmark()
+    program = build / "bench/bench"
     table = measure.times(program, arguments.repetitions, "-^growth")
     cast = table.pop("crossCast")["floor"][0]
     table["CallStateChangeEvent.18.reverse"]["floor"] = table["CallStateChangeEvent.18"]["floor"]
@@ -157,7 +151,7 @@ def main():
              "", "Nanoseconds for each byte of texts that are long or hostile, by size, and the "
              "exponent fitted to them:", "",
              *rows(["", *(f"{4 ** i} KiB" for i in range(8)), "exponent"], growth(growing)),
-             "", library_facts(BUILD / "src/libCommunicationsServiceClient.so")]
+             "", library_facts(build / "src/libCommunicationsServiceClient.so")]
     (ROOT / "docs/performance.svg").write_text(picture(table), encoding="utf-8")
     page = ROOT / "docs/performance.md"
     text = page.read_text(encoding="utf-8")

@@ -25,6 +25,8 @@ std::string ClientUtils::itos(int number)
     return std::to_string(number);
 }
 
+// Lists are items with commas between them, or behind each.
+
 std::vector<std::string> Serializer::deserialize(std::string& text)
 {
     std::vector<std::string> items;
@@ -39,6 +41,7 @@ std::vector<std::string> Serializer::deserialize(std::string& text)
 
 void Serializer::deserialize(std::string& text, std::vector<int>& values)
 {
-    for (const std::string& item : deserialize(text))
-        values.push_back(static_cast<int>(std::strtol(item.c_str(), nullptr, 10)));
+    for (std::size_t begin = 0; begin < text.size();
+         begin = std::min(text.find(',', begin), text.size()) + 1)
+        values.push_back(static_cast<int>(std::strtol(text.c_str() + begin, nullptr, 10)));
 }

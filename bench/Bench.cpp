@@ -1,0 +1,93 @@
+#include "bench/Bench.h"
+
+#include "bench/Messages.h"
+
+#include <algorithm>
+#include <cstdio>
+
+Subscriber<Touch> subscriber;
+Response response;
+Seen* Touch::seen = nullptr;
+
+namespace
+{
+
+std::string caseOf(const Entry& entry)
+{
+    return entry.name.substr(0, entry.name.find('/'));
+}
+
+Seen once(const Entry& entry)
+{
+    Seen seen;
+    Touch::seen = &seen;
+    entry.run(1);
+    Touch::seen = nullptr;
+    return seen;
+}
+
+std::string sorted(std::vector<std::string> values)
+{
+    std::sort(values.begin(), values.end());
+    std::string text;
+    for (const std::string& value : values)
+        text += value + "\n";
+    return text;
+}
+
+/// The request as it should be: its bytes, or the values that are to be found in it.
+std::string expected(const Message& request, Values values)
+{
+    if (values == nullptr)
+        return request.text();
+    std::vector<std::string> all;
+    for (const Message::Field& field : request.fields)
+        all.push_back(field.value);
+    if (!request.payload.empty())
+        all.push_back(request.payload);
+    return sorted(all);
+}
+
+bool same(const Entry& entry, const char* what, const std::string& seen, const std::string& right)
+{
+    if (seen != right)
+        std::fprintf(stderr, "bench: %s %s\n%s\nand not\n%s\n", entry.name.c_str(), what,
+                     seen.c_str(), right.c_str());
+    return seen == right;
+}
+
+}  // namespace
+
+std::vector<Entry>& entries()
+{
+    static std::vector<Entry> list;
+    return list;
+}
+
+CommunicationsServiceEventIfc& callbacks(Executable* executable)
+{
+    return *dynamic_cast<CommunicationsServiceEventIfc*>(executable);
+}
+
+bool allAgree()
+{
+    std::map<std::string, std::string> told;
+    for (const Entry& entry : entries())
+        if (entry.name == caseOf(entry) + "/reference")
+            told[caseOf(entry)] = once(entry).told;
+
+    bool agree = !told.empty();
+    for (const Entry& entry : entries())
+        if (const auto right = told.find(caseOf(entry)); right != told.end())
+        {
+            const Seen seen = once(entry);
+            agree = same(entry, "tells", seen.told, right->second) && agree;
+            if (const auto request = requests.find(caseOf(entry)); request != requests.end())
+                agree =
+                    same(entry, "asks",
+                         entry.values == nullptr ? seen.asked : sorted(entry.values(seen.asked)),
+                         expected(request->second, entry.values)) &&
+                    agree;
+        }
+    return agree;
+}

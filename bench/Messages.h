@@ -1,0 +1,46 @@
+#ifndef BENCH_MESSAGES_H
+#define BENCH_MESSAGES_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+// The arguments of the requests.
+extern const std::string line;
+extern const std::string uri;
+extern const std::string payload;
+constexpr int callId = 4711;
+constexpr const char* destination = "+4989700012345";
+
+/// A message by its fields: numbers are those that begin with a digit of 0 to 9 and nothing else.
+struct Message
+{
+    struct Field
+    {
+        std::string tag;
+        std::string value;
+        bool isNumber;
+    };
+
+    std::string method;  ///< "" in an answer
+    std::vector<Field> fields;
+    std::string payload;
+
+    std::string text() const;
+    Message reversed() const;
+};
+
+/// The request of each case that has one.
+extern const std::map<std::string, Message> requests;
+
+extern const Message forwardingAnswer;
+extern const Message messageWaitingAnswer;
+extern const std::vector<std::string> devices;
+extern const Message devicesChanged;
+extern const Message callHeld;
+extern const Message callState;
+extern const Message incomingCall;
+extern const Message cstaResponse;
+extern const Message securityStatus;
+
+#endif
