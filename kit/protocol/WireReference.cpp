@@ -1,8 +1,10 @@
-// Writes the wire reference as Markdown from the table of the protocol.
+// Writes what is made from the table of the protocol: the wire reference as Markdown, and the
+// dictionary of the fuzzers.
 #include "kit/protocol/Protocol.h"
 
 #include <fstream>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 namespace
@@ -222,6 +224,54 @@ std::string reference()
     return out.str();
 }
 
+/// What the fuzzers put together messages from: all that events and answers consist of, and numbers
+/// at the limits.
+std::string dictionary()
+{
+    std::set<std::string> tags;
+    const auto add = [&tags](const std::vector<Field>& fields)
+    {
+        for (const Field& field : fields)
+            tags.insert(field.tag);
+    };
+    for (const kit::Operation& operation : kit::operations())
+    {
+        add(operation.outputs);
+        tags.insert(operation.resultTag);
+    }
+    std::string text;
+    for (const kit::Event& event : kit::events())
+    {
+        add(event.arguments);
+        text += '"' + std::string(event.method) + "\"\n";
+    }
+    tags.erase("");
+    for (const std::string& tag : tags)
+        text += "\"<" + tag + ">\"\n\"</" + tag + ">\"\n\"/" + tag + ">\"\n";
+    for (const char* word : {"<Method>",
+                             "</Method>",
+                             "sfiSuccess",
+                             "sfiFailure",
+                             "sfiFailureCallBackInvalidState",
+                             "sfiFailureCallBackNoCallInfo",
+                             "sfiFailureCallBackToMany",
+                             "sfiFailureCallBackAllreadyExists",
+                             "sfiServiceInService",
+                             "sfiServiceOutOfService",
+                             "sfiServiceDoNotDisturb",
+                             "true",
+                             "false",
+                             "-1",
+                             "4294967295",
+                             "2147483647",
+                             "-2147483648",
+                             "2147483648",
+                             "99999999999",
+                             "\\x00"})
+        text += '"' + std::string(word) + "\"\n";
+    return text;
+}
+
 std::string contentsOf(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
@@ -234,26 +284,30 @@ std::string contentsOf(const std::string& path)
 
 int main(int argc, char** argv)
 {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    const bool isDictionary = !arguments.empty() && arguments[0] == "--dictionary";
+    if (isDictionary)
+        arguments.erase(arguments.begin());
+    const std::string text = isDictionary ? dictionary() : reference();
     if (arguments.empty())
     {
-        std::cout << reference();
+        std::cout << text;
         return 0;
     }
     if (arguments.size() == 2 && arguments[0] == "--check")
     {
-        if (contentsOf(arguments[1]) == reference())
+        if (contentsOf(arguments[1]) == text)
             return 0;
         std::cerr << arguments[1] << " is not what the table says: build update-wire-reference\n";
         return 1;
     }
     if (arguments.size() != 1 || arguments[0].rfind("-", 0) == 0)
     {
-        std::cerr << "usage: wire-reference [[--check] FILE]\n";
+        std::cerr << "usage: wire-reference [--dictionary] [[--check] FILE]\n";
         return 2;
     }
     std::ofstream file(arguments[0], std::ios::binary);
-    file << reference();
+    file << text;
     file.close();
     if (!file)
     {
