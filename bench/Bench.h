@@ -148,7 +148,7 @@ struct Response : InvokerResponse
 };
 
 /// What all that take part in the measurement work on.
-extern Subscriber<Touch> subscriber;
+extern communications::Callbacks<Touch> subscriber;
 extern Response response;
 
 /// The subscriber's callbacks, got at as anyone must who is called by the framework: by a cross-cast.

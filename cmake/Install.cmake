@@ -63,6 +63,12 @@ install(
   COMPONENT Development
   FILES_MATCHING
   PATTERN "*.h")
+install(
+  DIRECTORY ${PROJECT_SOURCE_DIR}/application
+  DESTINATION ${include_dir}
+  COMPONENT Development
+  FILES_MATCHING
+  PATTERN "*.h")
 install_pkgconfig(communications-service-client Development)
 
 configure_package_config_file(

@@ -1,11 +1,11 @@
 // Answers every call that arrives, and ends with 0 once it speaks with somebody.
+#include "application/Subscriber.h"
 #include "kit/framework/Framework.h"
-#include "kit/framework/QuietSubscriber.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 
-class AnsweringMachine : public kit::QuietSubscriber
+class AnsweringMachine : public communications::QuietSubscriber
 {
 public:
     explicit AnsweringMachine(CommunicationsServiceIfc& service) : service_(service) {}

@@ -1,12 +1,12 @@
 // Goes on after the service was restarted: nothing comes back by itself, and nothing is sent twice.
+#include "application/Subscriber.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Framework.h"
-#include "kit/framework/QuietSubscriber.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 
-struct Watcher : kit::QuietSubscriber
+struct Watcher : communications::QuietSubscriber
 {
     void onDoNotDisturbEvent(const std::string& device, bool on) override
     {

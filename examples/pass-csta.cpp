@@ -1,11 +1,11 @@
 // Passes a CSTA request through the service to its peer and prints what the peer answers.
+#include "application/Subscriber.h"
 #include "kit/framework/Framework.h"
-#include "kit/framework/QuietSubscriber.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 
-struct CstaClient : kit::QuietSubscriber
+struct CstaClient : communications::QuietSubscriber
 {
     void onB2buaCSTAResponse(const std::string& line, bool success, std::string& text) override
     {

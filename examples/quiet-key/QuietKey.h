@@ -3,11 +3,11 @@
 #define QUIET_KEY_H
 
 #include "CommunicationsServiceIfc.h"
-#include "kit/framework/QuietSubscriber.h"
+#include "application/Subscriber.h"
 
 #include <atomic>
 
-class QuietKey : public kit::QuietSubscriber
+class QuietKey : public communications::QuietSubscriber
 {
 public:
     QuietKey(CommunicationsServiceIfc& service, const std::string& line)

@@ -1,7 +1,7 @@
 #ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_RECORDER_H
 #define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_RECORDER_H
 
-#include "tests/support/Subscriber.h"
+#include "application/Callbacks.h"
 
 #include <cstdio>
 #include <string>
@@ -98,7 +98,7 @@ protected:
 };
 
 /// A subscriber that writes down what it is told.
-struct Recorder : Subscriber<Writer>
+struct Recorder : communications::Callbacks<Writer>
 {
     using Writer::said;
     using Writer::writes;

@@ -1,11 +1,11 @@
 #ifndef COMMUNICATIONS_SERVICE_TESTS_FRAMEWORK_H
 #define COMMUNICATIONS_SERVICE_TESTS_FRAMEWORK_H
 
+#include "application/Callbacks.h"
 #include "framework/FrameworkContext.h"
 #include "framework/InvokerResponse.h"
 #include "framework/MarloException.h"
 #include "framework/ProxyRequest.h"
-#include "tests/support/Subscriber.h"
 
 #include <cstring>
 #include <functional>
@@ -144,12 +144,12 @@ protected:
     ~Listener() = default;
 
     template <class... Arguments>
-    void heard(const std::string& callback, Arguments&... arguments)
+    void heard(const char* callback, Arguments&... arguments)
     {
         (before(arguments), ...);
         std::string list;
         ((list += (list.empty() ? "" : ", ") + show(arguments)), ...);
-        trace(callback + "(" + list + ")");
+        trace(std::string(callback) + "(" + list + ")");
         if (inCallback)
             inCallback();
     }
@@ -172,7 +172,7 @@ private:
 };
 
 /// An application's object.
-struct Subscriber : ::Subscriber<Listener>
+struct Subscriber : communications::Callbacks<Listener>
 {
     using Listener::inCallback;
     using Listener::withRecord;
