@@ -37,7 +37,7 @@ int main()
     framework.service().activate();
     framework.service().subscribe(&machine);
 
-    std::string answer;
+    kit::ControlAnswer answer;
     framework.connection()->control("call 1001 from 2001", answer, std::chrono::seconds(1));
     framework.settle(std::chrono::seconds(10));
     framework.remove(machine);

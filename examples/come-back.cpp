@@ -24,7 +24,7 @@ int main()
     service.activate();
     service.subscribe(&watcher);
 
-    std::string answer;
+    kit::ControlAnswer answer;
     framework.connection()->control("go away", answer, std::chrono::seconds(1));
     try
     {

@@ -16,6 +16,13 @@ enum class Delivery
     gone  ///< the service is not there, or went away meanwhile
 };
 
+/// What the simulation says to a command, in words for people.
+struct ControlAnswer
+{
+    bool accepted = false;
+    std::string text;
+};
+
 /// One application's connection to a service, in this process or in another.
 ///
 /// Any number of threads may use it at once, also from inside the event sink's callers. Nothing is
@@ -25,6 +32,7 @@ class Connection
 public:
     using EventSink = std::function<void(const std::string& channelName, const std::string& event)>;
     using GoneSink = std::function<void()>;
+    using ComplaintSink = std::function<void(const std::string& complaint)>;
 
     virtual ~Connection() = default;
 
@@ -34,7 +42,14 @@ public:
 
     /// Told once when the service has gone, also while nothing is asked, where the connection can
     /// notice; at once if it has gone already. Called on any thread; must only take it in.
-    virtual void setGoneSink(GoneSink) {}
+    virtual void setGoneSink(GoneSink sink) = 0;
+
+    /// Why the connection is gone, as far as it knows more than that; "" otherwise.
+    virtual std::string whyGone() const = 0;
+
+    /// Told what the service complains of in this connection's requests, in words for people, before
+    /// the answer comes. Called on any thread; must only take it in.
+    virtual void setComplaintSink(ComplaintSink sink) = 0;
 
     /// Sends a request and waits for the answer, which is left alone unless it is `done`.
     virtual Delivery request(const std::string& request, std::string& answer,
@@ -49,8 +64,8 @@ public:
     virtual Delivery post(const std::string& message) = 0;
 
     /// Asks the simulation, not the service: drives the far end, the clock, the faults ("help" lists
-    /// all). The answer is text for people; a refusal starts with "error: ".
-    virtual Delivery control(const std::string& command, std::string& answer,
+    /// all).
+    virtual Delivery control(const std::string& command, ControlAnswer& answer,
                              std::chrono::milliseconds timeout) = 0;
 
     /// For messages to people: "the service in this process", "the service at /run/x.sock".

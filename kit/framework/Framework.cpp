@@ -5,6 +5,7 @@
 #include "framework/ProxyRequest.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Log.h"
+#include "kit/language/Durations.h"
 
 #include <algorithm>
 #include <atomic>
@@ -34,11 +35,10 @@ std::string nameOfRequest(const std::string& text)
     return method.empty() ? "signalling data" : method;
 }
 
-std::string inWords(std::chrono::milliseconds time)
+std::string goneText(const Connection& connection)
 {
-    if (time.count() % 1000 == 0)
-        return std::to_string(time.count() / 1000) + " s";
-    return std::to_string(time.count()) + " ms";
+    const std::string why = connection.whyGone();
+    return connection.description() + " is gone" + (why.empty() ? "" : ": " + why);
 }
 
 void tell(const Framework::Observer& observer, Passage passage)
@@ -266,8 +266,7 @@ private:
         if (delivery == Delivery::gone)
             inbox_->takeGone(era);
         if (delivery != Delivery::done)
-            report(nameOfRequest(message) + " was not sent: " + service->description() +
-                   " is gone");
+            report(nameOfRequest(message) + " was not sent: " + goneText(*service));
     }
 
     void setProtocol(const std::string& protocolName) override
@@ -302,9 +301,11 @@ private:
         observe({Passage::What::answer, sending, number, channel, response, delivery, {}});
         if (delivery == Delivery::done)
             return std::string();
-        std::string problem = nameOfRequest(request) + " has no answer: " + service->description();
-        problem +=
-            delivery == Delivery::gone ? " is gone" : " did not answer within " + inWords(timeout);
+        const std::string problem =
+            nameOfRequest(request) + " has no answer: " +
+            (delivery == Delivery::gone
+                 ? goneText(*service)
+                 : service->description() + " did not answer within " + durationText(timeout));
         report(problem);
         // Not every connection notices by itself.
         if (delivery == Delivery::gone)
@@ -381,7 +382,7 @@ private:
 
     void tellGone() const
     {
-        const std::string problem = connection()->description() + " is gone";
+        const std::string problem = goneText(*connection());
         log(1, problem);
         if (options_.gone)
             options_.gone(problem);

@@ -85,11 +85,13 @@ public:
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
 
-    Delivery ask(Frame frame, std::string& answer, std::chrono::milliseconds timeout);
+    /// The answer's type goes into the frame.
+    Delivery ask(Frame& frame, std::string& answer, std::chrono::milliseconds timeout);
     Delivery post(Frame frame);
     void setGoneSink(GoneSink to);
     void setSink(EventSink newSink);
-    std::string complaint() const;
+    void setComplaintSink(ComplaintSink to);
+    std::string whyGone() const;
 
     const std::string path;
 
@@ -100,6 +102,7 @@ private:
         std::condition_variable changed;
         std::string* answer;
         bool answered;
+        Frame::Type type;
     };
 
     /// A frame that is to be sent.
@@ -126,6 +129,7 @@ private:
     mutable std::mutex mutex;
     EventSink sink;
     GoneSink goneSink;
+    ComplaintSink complaintSink;
     std::deque<Parcel> waiting;
     std::size_t waitingBytes = 0;
     bool writing = false;
@@ -154,14 +158,14 @@ bool SocketConnection::Core::enqueue(const Frame& frame)
     return true;
 }
 
-Delivery SocketConnection::Core::ask(Frame frame, std::string& answer,
+Delivery SocketConnection::Core::ask(Frame& frame, std::string& answer,
                                      std::chrono::milliseconds timeout)
 {
     const auto until = std::chrono::steady_clock::now() + std::min(timeout, longestWait);
     std::unique_lock<std::mutex> lock(mutex);
     if (gone)
         return Delivery::gone;
-    Waiter waiter{{}, &answer, false};
+    Waiter waiter{{}, &answer, false, Frame::answer};
     frame.id = ++lastId;
     if (!enqueue(frame))
         return Delivery::timedOut;
@@ -169,7 +173,10 @@ Delivery SocketConnection::Core::ask(Frame frame, std::string& answer,
     waiter.changed.wait_until(lock, until, [&] { return waiter.answered || gone; });
     waiters.erase(frame.id);
     if (waiter.answered)
+    {
+        frame.type = waiter.type;
         return Delivery::done;
+    }
     if (gone)
         return Delivery::gone;
     // Nobody waits for it any more: what has not been sent is not sent.
@@ -198,7 +205,13 @@ void SocketConnection::Core::setSink(EventSink newSink)
     sink = std::move(newSink);
 }
 
-std::string SocketConnection::Core::complaint() const
+void SocketConnection::Core::setComplaintSink(ComplaintSink to)
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    complaintSink = std::move(to);
+}
+
+std::string SocketConnection::Core::whyGone() const
 {
     const std::lock_guard<std::mutex> lock(mutex);
     return reason;
@@ -226,7 +239,7 @@ void SocketConnection::Core::write()
                       [this](const asio::error_code& error, std::size_t)
                       {
                           if (error)
-                              end("the service went away");
+                              end("");
                           write();
                       });
 }
@@ -238,7 +251,7 @@ void SocketConnection::Core::read()
                            {
                                if (error)
                                {
-                                   end("the service went away");
+                                   end("");
                                    return;
                                }
                                try
@@ -250,7 +263,7 @@ void SocketConnection::Core::read()
                                }
                                catch (const FrameError& wrong)
                                {
-                                   end(std::string("the service sent ") + wrong.what());
+                                   end(std::string("it sent ") + wrong.what());
                                    return;
                                }
                                read();
@@ -270,7 +283,23 @@ void SocketConnection::Core::take(Frame& frame)
             to(frame.channel, frame.text);
         return;
     }
-    if (frame.type != Frame::answer)
+    if (frame.type == Frame::complaint)
+    {
+        ComplaintSink to;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            to = complaintSink;
+        }
+        if (to)
+            to(frame.text);
+        return;
+    }
+    if (frame.type == Frame::farewell)
+    {
+        end(frame.text);
+        return;
+    }
+    if (frame.type != Frame::answer && frame.type != Frame::refusal)
         throw FrameError("a message of the type " + std::to_string(frame.type) +
                          ", which is for services");
     const std::lock_guard<std::mutex> lock(mutex);
@@ -279,6 +308,7 @@ void SocketConnection::Core::take(Frame& frame)
     if (found == waiters.end() || found->second->answered)
         return;
     *found->second->answer = std::move(frame.text);
+    found->second->type = frame.type;
     found->second->answered = true;
     found->second->changed.notify_one();
 }
@@ -335,14 +365,16 @@ void SocketConnection::setGoneSink(GoneSink sink)
 Delivery SocketConnection::request(const std::string& request, std::string& answer,
                                    std::chrono::milliseconds timeout)
 {
-    return core_->ask({Frame::request, 0, "", request}, answer, timeout);
+    Frame frame{Frame::request, 0, "", request};
+    return core_->ask(frame, answer, timeout);
 }
 
 Delivery SocketConnection::subscribe(const std::string& request, std::string& answer,
                                      const std::string& channelName,
                                      std::chrono::milliseconds timeout)
 {
-    return core_->ask({Frame::subscribe, 0, channelName, request}, answer, timeout);
+    Frame frame{Frame::subscribe, 0, channelName, request};
+    return core_->ask(frame, answer, timeout);
 }
 
 Delivery SocketConnection::post(const std::string& message)
@@ -350,10 +382,13 @@ Delivery SocketConnection::post(const std::string& message)
     return core_->post({Frame::post, 0, "", message});
 }
 
-Delivery SocketConnection::control(const std::string& command, std::string& answer,
+Delivery SocketConnection::control(const std::string& command, ControlAnswer& answer,
                                    std::chrono::milliseconds timeout)
 {
-    return core_->ask({Frame::control, 0, "", command}, answer, timeout);
+    Frame frame{Frame::control, 0, "", command};
+    const Delivery delivery = core_->ask(frame, answer.text, timeout);
+    answer.accepted = delivery == Delivery::done && frame.type == Frame::answer;
+    return delivery;
 }
 
 std::string SocketConnection::description() const
@@ -361,9 +396,14 @@ std::string SocketConnection::description() const
     return "the service at " + core_->path;
 }
 
-std::string SocketConnection::complaint() const
+std::string SocketConnection::whyGone() const
 {
-    return core_->complaint();
+    return core_->whyGone();
+}
+
+void SocketConnection::setComplaintSink(ComplaintSink sink)
+{
+    core_->setComplaintSink(std::move(sink));
 }
 
 }  // namespace kit

@@ -1,5 +1,7 @@
 #include "kit/phone/Arguments.h"
 
+#include "kit/language/Wording.h"
+
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 #ifndef KIT_PHONE_ARGUMENTS_H
 #define KIT_PHONE_ARGUMENTS_H
 
-#include "kit/language/Language.h"
+#include "kit/language/Words.h"
 #include "kit/phone/CallBook.h"
 #include "kit/protocol/Protocol.h"
 

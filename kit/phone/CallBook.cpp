@@ -1,6 +1,7 @@
 #include "kit/phone/CallBook.h"
 
-#include "kit/language/Language.h"
+#include "kit/language/Wording.h"
+#include "kit/language/Words.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #ifndef KIT_PHONE_COMPLETION_H
 #define KIT_PHONE_COMPLETION_H
 
-#include "kit/language/Language.h"
+#include "kit/language/Words.h"
 #include "kit/phone/CallBook.h"
 
 #include <string>

@@ -1,5 +1,7 @@
 #include "kit/phone/Expectation.h"
 
+#include "kit/language/Durations.h"
+#include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/trace/Labels.h"
 

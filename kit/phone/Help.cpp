@@ -1,5 +1,6 @@
 #include "kit/phone/Help.h"
 
+#include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 

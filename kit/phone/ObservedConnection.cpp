@@ -28,6 +28,21 @@ void ObservedConnection::inject(const std::string& channelName, const std::strin
     tell(record);
 }
 
+void ObservedConnection::setGoneSink(GoneSink sink)
+{
+    connection_->setGoneSink(std::move(sink));
+}
+
+std::string ObservedConnection::whyGone() const
+{
+    return connection_->whyGone();
+}
+
+void ObservedConnection::setComplaintSink(ComplaintSink sink)
+{
+    connection_->setComplaintSink(std::move(sink));
+}
+
 Delivery ObservedConnection::request(const std::string& request, std::string& answer,
                                      std::chrono::milliseconds timeout)
 {
@@ -53,7 +68,7 @@ Delivery ObservedConnection::post(const std::string& message)
     return connection_->post(message);
 }
 
-Delivery ObservedConnection::control(const std::string& command, std::string& answer,
+Delivery ObservedConnection::control(const std::string& command, ControlAnswer& answer,
                                      std::chrono::milliseconds timeout)
 {
     TraceRecord record;
@@ -69,7 +84,7 @@ Delivery ObservedConnection::quietRequest(const std::string& request, std::strin
     return connection_->request(request, answer, timeout);
 }
 
-Delivery ObservedConnection::quietControl(const std::string& command, std::string& answer,
+Delivery ObservedConnection::quietControl(const std::string& command, ControlAnswer& answer,
                                           std::chrono::milliseconds timeout)
 {
     return connection_->control(command, answer, timeout);

@@ -1,3 +1,5 @@
+#include "kit/language/Durations.h"
+#include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 

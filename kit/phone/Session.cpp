@@ -2,6 +2,8 @@
 
 #include "framework/MarloException.h"
 #include "kit/framework/Exception.h"
+#include "kit/language/Durations.h"
+#include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 #include "kit/trace/Labels.h"
@@ -120,8 +122,10 @@ Session::~Session()
 
 std::unique_ptr<Connection> Session::observed()
 {
-    return std::make_unique<ObservedConnection>(
+    auto observed = std::make_unique<ObservedConnection>(
         settings_.connect(), [this](const TraceRecord& record) { this->record(record); });
+    observed->setComplaintSink([this](const std::string& text) { addComplaint(text); });
+    return observed;
 }
 
 std::shared_ptr<ObservedConnection> Session::connection() const
@@ -256,7 +260,7 @@ Verdict Session::carryOutOperation(const Operation& operation, const std::vector
     if (!problems_.empty() || !thrown.empty())
     {
         explanation_ = problems_.empty() ? std::vector<std::string>{thrown} : problems_;
-        if (explanation_.back().rfind(" is gone") == explanation_.back().size() - 8)
+        if (explanation_.back().find(" is gone") != std::string::npos)
             explanation_.back() += "; \"reconnect\" connects anew";
         return Verdict::unreachable;
     }
@@ -320,7 +324,7 @@ Verdict Session::carryOutExpectation(const std::vector<Word>& words)
 
 Verdict Session::carryOutControl(const std::string& command)
 {
-    std::string answer;
+    ControlAnswer answer;
     const Delivery delivery = connection()->control(command, answer, settings_.timeout);
     takeRecords();
     if (delivery != Delivery::done)
@@ -329,18 +333,13 @@ Verdict Session::carryOutControl(const std::string& command)
                         (delivery == Delivery::gone ? " is gone" : " did not answer in time")};
         return Verdict::unreachable;
     }
-    if (answer.rfind("error: ", 0) == 0)
+    if (!answer.accepted)
     {
-        // Its own words, where "help" is this phone's "sim help".
-        answer.replace(0, 7, "sim: ");
-        const std::size_t help = answer.find("\"help\"");
-        if (help != std::string::npos)
-            answer.insert(help + 1, "sim ");
-        explanation_ = {printable(answer, 400)};
+        explanation_ = {"sim: " + printable(answer.text, 400)};
         return Verdict::unmet;
     }
-    if (picture_ == Picture::none && !answer.empty())
-        say(answer, Display::Style::faint);
+    if (picture_ == Picture::none && !answer.text.empty())
+        say(answer.text, Display::Style::faint);
     return Verdict::met;
 }
 
@@ -505,15 +504,16 @@ void Session::addComplaint(const std::string& text)
 
 void Session::drive(const std::string& command)
 {
-    std::string answer;
+    ControlAnswer answer;
     connection()->quietControl(command, answer, settings_.timeout);
 }
 
 Completions Session::completionsFor(const std::string& line)
 {
+    ControlAnswer help;
     if (simulationHelp_.empty() &&
-        connection()->quietControl("help", simulationHelp_, settings_.timeout) != Delivery::done)
-        simulationHelp_.clear();
+        connection()->quietControl("help", help, settings_.timeout) == Delivery::done)
+        simulationHelp_ = help.text;
     return complete(line, book_, variables_, simulationHelp_);
 }
 

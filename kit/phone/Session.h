@@ -3,7 +3,7 @@
 
 #include "kit/binding/Caller.h"
 #include "kit/framework/Framework.h"
-#include "kit/language/Language.h"
+#include "kit/language/Words.h"
 #include "kit/phone/CallBook.h"
 #include "kit/phone/Completion.h"
 #include "kit/phone/Display.h"
@@ -116,9 +116,6 @@ public:
     /// Gives the simulation a command that is the phone's own, not the person's.
     void drive(const std::string& command);
 
-    /// Complaints of a service in this process; any thread.
-    void addComplaint(const std::string& text);
-
 private:
     class Ear;
     friend struct Commands;
@@ -141,6 +138,7 @@ private:
     void record(const TraceRecord& record);
     void draw(const std::vector<FlowStep>& steps);
     void takeRecords();
+    void addComplaint(const std::string& text);
     void learnLines();
 
     /// Waits until `done`, at most `limit` of the service's time; false when it is not done then.

@@ -1,5 +1,7 @@
 #include "kit/framework/Library.h"
 #include "kit/framework/SocketConnection.h"
+#include "kit/language/Durations.h"
+#include "kit/language/Wording.h"
 #include "kit/phone/Commands.h"
 #include "kit/phone/LineEditor.h"
 #include "kit/service/EmbeddedConnection.h"
@@ -166,8 +168,6 @@ public:
                                     ? session_->runLines(std::cin, "stdin")
                                     : session_->runScript(options_.script);
         const bool traced = session_->finish();
-        if (service_)
-            service_->setLog(nullptr);
         if (!std::cout)
             throw std::runtime_error("what was to be printed could not be written");
         return static_cast<int>(traced || verdict != Verdict::met ? verdict : Verdict::mistake);
@@ -177,12 +177,6 @@ private:
     void embed(Session::Settings& settings)
     {
         service_ = std::make_shared<SimulatedService>();
-        service_->setLog(
-            [this](const std::string& complaint)
-            {
-                if (session_)
-                    session_->addComplaint(complaint);
-            });
         settings.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
         settings.advance = [this](std::chrono::milliseconds time) { service_->advance(time); };
     }

@@ -56,7 +56,7 @@ bool FrameReader::next(Frame& frame)
     const std::uint64_t size = get(buffer_, taken_, 4);
     const std::uint64_t type = get(buffer_, taken_ + 4, 4);
     const std::uint64_t channel = get(buffer_, taken_ + 16, 4);
-    if (type < Frame::request || type > Frame::event)
+    if (type < Frame::request || type > Frame::farewell)
         throw FrameError("a message of the unknown type " + std::to_string(type));
     checkSize(size);
     if (channel > size)

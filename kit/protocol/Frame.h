@@ -27,7 +27,10 @@ struct Frame
         post,         ///< to the service, not answered
         control,      ///< to the simulation, answered
         answer,       ///< to the application
-        event         ///< to the application, for a channel
+        event,        ///< to the application, for a channel
+        refusal,      ///< the answer to a control that is not carried out: why
+        complaint,    ///< to the application: what is wrong with a request of its own
+        farewell      ///< to the application: why the service closes the connection
     };
 
     Type type = request;

@@ -98,13 +98,9 @@ std::string build(const std::string& method, const std::vector<Field>& fields, c
 
 bool flagValue(const Field& field, const std::string& value)
 {
-    const std::string word = lower(value);
-    for (const char* yes : {"true", "on", "yes", "1"})
-        if (word == yes)
-            return true;
-    for (const char* no : {"false", "off", "no", "0"})
-        if (word == no)
-            return false;
+    bool on = false;
+    if (switchOf(value, on))
+        return on;
     throw std::invalid_argument(std::string(field.argument) + " is a flag, true or false, not \"" +
                                 value + "\"");
 }
@@ -226,6 +222,19 @@ std::string nearest(const std::string& word, const std::vector<std::string>& lis
         }
     }
     return found;
+}
+
+bool switchOf(const std::string& word, bool& on)
+{
+    const std::string small = lower(word);
+    for (const char* yes : {"true", "on", "yes", "1"})
+        if (small == yes)
+            return on = true;
+    on = false;
+    for (const char* no : {"false", "off", "no", "0"})
+        if (small == no)
+            return true;
+    return false;
 }
 
 const std::string* Message::find(const std::string& tag) const

@@ -101,6 +101,9 @@ const Event* findCallback(const std::string& callback);
 /// The word of a list that was probably meant; "" when none is near.
 std::string nearest(const std::string& word, const std::vector<std::string>& list);
 
+/// Reads what people write for a flag: true, on, yes or 1, false, off, no or 0, in any case.
+bool switchOf(const std::string& word, bool& on);
+
 /// A message taken apart: fields in their order, whatever their names.
 struct Message
 {

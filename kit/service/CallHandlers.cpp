@@ -1,7 +1,7 @@
 #include "CommunicationsServiceTypes.h"
+#include "kit/language/Wording.h"
 #include "kit/service/EventText.h"
 #include "kit/service/Handlers.h"
-#include "kit/service/Wording.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 // What "show" shows.
 
+#include "kit/language/Wording.h"
 #include "kit/service/Commands.h"
-#include "kit/service/Wording.h"
 
 #include <sstream>
 #include <utility>
@@ -17,17 +17,6 @@ std::string seconds(Time time)
     out << static_cast<double>(time.count()) / 1000 << " s";
     return out.str();
 }
-
-namespace
-{
-
-/// "1 call", "2 calls"
-std::string counted(unsigned long number, const std::string& what)
-{
-    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
-}
-
-}  // namespace
 
 std::string Commands::showLines() const
 {
@@ -172,7 +161,7 @@ std::string Commands::show()
             return text;
         }
     }
-    throw Refusal("nothing called " + quoted(what) + " to show" + suggestion(what, names));
+    throw Refusal("nothing called " + quoted(what) + " to show" + didYouMean(what, names));
 }
 
 }  // namespace kit::service

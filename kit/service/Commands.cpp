@@ -1,7 +1,7 @@
 #include "kit/service/Commands.h"
 
+#include "kit/language/Wording.h"
 #include "kit/service/EventText.h"
-#include "kit/service/Wording.h"
 
 #include <algorithm>
 #include <utility>

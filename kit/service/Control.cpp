@@ -1,7 +1,7 @@
 #include "kit/service/Control.h"
 
+#include "kit/language/Wording.h"
 #include "kit/service/Commands.h"
-#include "kit/service/Wording.h"
 
 #include <algorithm>
 #include <cctype>
@@ -134,7 +134,7 @@ std::string Commands::checked(const Slot& slot, const std::string& text, const R
         std::string all;
         for (const std::string& name : names)
             all += (all.empty() ? ", one of " : ", ") + name;
-        const std::string meant = suggestion(text, names);
+        const std::string meant = didYouMean(text, names);
         throw Refusal(what + "no " + kind + " " + quoted(text) + (meant.empty() ? all : meant));
     };
     if (slot.value == "LINE")
@@ -234,7 +234,7 @@ void Commands::read(const Row& row, const std::string& command, const std::vecto
             }
         if (slot == nullptr)
         {
-            const std::string meant = suggestion(word, keywords);
+            const std::string meant = didYouMean(word, keywords);
             throw Refusal(std::string(row.name) + ": unknown word " + quoted(word) +
                           (meant.empty() ? ", usage: " + usage : meant));
         }
@@ -281,13 +281,13 @@ void Control::note(const std::string& complaint)
         log_.pop_front();
 }
 
-std::string Control::run(Simulation& simulation, const std::string& command)
+ControlAnswer Control::run(Simulation& simulation, const std::string& command)
 {
     try
     {
         const std::vector<Word> words = split(command);
         if (words.empty())
-            throw Refusal("no command, \"help\" lists them");
+            throw Refusal("no command");
         std::vector<std::string> names;
         for (const Commands::Row& row : Commands::table())
         {
@@ -301,17 +301,17 @@ std::string Control::run(Simulation& simulation, const std::string& command)
             {
                 Commands commands{simulation, *this};
                 commands.read(row, command, words, two ? 2 : 1);
-                return (commands.*row.run)();
+                return {true, (commands.*row.run)()};
             }
         }
         const std::string& word = words[0].text;
-        const std::string meant = suggestion(word, names);
+        const std::string meant = didYouMean(word, names);
         throw Refusal("unknown command " + quoted(word) +
-                      (meant.empty() ? ", \"help\" lists them" : meant));
+                      (meant.empty() ? ", one of " + listed(names) : meant));
     }
     catch (const Refusal& refusal)
     {
-        return std::string("error: ") + refusal.what();
+        return {false, refusal.what()};
     }
 }
 

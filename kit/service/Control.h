@@ -1,6 +1,7 @@
 #ifndef KIT_SERVICE_CONTROL_H
 #define KIT_SERVICE_CONTROL_H
 
+#include "kit/framework/Connection.h"
 #include "kit/service/Simulation.h"
 
 #include <deque>
@@ -37,8 +38,8 @@ class Control
 public:
     explicit Control(std::vector<std::string> lines) : lines_(std::move(lines)) {}
 
-    /// Carries out a command. The answer is for people; a refusal starts with "error: ".
-    std::string run(Simulation& simulation, const std::string& command);
+    /// Carries out a command.
+    ControlAnswer run(Simulation& simulation, const std::string& command);
 
     void addClient(int id) { clients_[id]; }
     void removeClient(int id) { clients_.erase(id); }

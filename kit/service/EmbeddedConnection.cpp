@@ -2,6 +2,7 @@
 
 #include "kit/service/SimulatedService.h"
 
+#include <mutex>
 #include <utility>
 
 namespace kit
@@ -26,19 +27,74 @@ Delivery deliveryOf(SimulatedService::Reply reply)
 
 }  // namespace
 
+/// What the service calls; it may be set while it does.
+class EmbeddedConnection::Sinks
+{
+public:
+    void setEvent(EventSink sink) { event_ = std::move(sink); }
+
+    void setComplaint(ComplaintSink sink)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        complaint_ = std::move(sink);
+    }
+
+    void setGone(GoneSink sink)
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        gone_ = std::move(sink);
+        if (!isGone_ || !gone_)
+            return;
+        const GoneSink to = gone_;
+        lock.unlock();
+        to();
+    }
+
+    void event(const std::string& channelName, const std::string& text)
+    {
+        if (event_)
+            event_(channelName, text);
+    }
+
+    void complaint(const std::string& text)
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        const ComplaintSink to = complaint_;
+        lock.unlock();
+        if (to)
+            to(text);
+    }
+
+    void gone()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        isGone_ = true;
+        const GoneSink to = gone_;
+        lock.unlock();
+        if (to)
+            to();
+    }
+
+private:
+    EventSink event_;  ///< set before there are events
+    std::mutex mutex_;
+    ComplaintSink complaint_;
+    GoneSink gone_;
+    bool isGone_ = false;
+};
+
 EmbeddedConnection::EmbeddedConnection() : EmbeddedConnection(std::make_shared<SimulatedService>())
 {
 }
 
 EmbeddedConnection::EmbeddedConnection(std::shared_ptr<SimulatedService> service)
     : service_(std::move(service)),
-      sink_(std::make_shared<EventSink>()),
+      sinks_(std::make_shared<Sinks>()),
       client_(service_->connect(
-          [sink = sink_](const std::string& channelName, const std::string& event)
-          {
-              if (*sink)
-                  (*sink)(channelName, event);
-          }))
+          [sinks = sinks_](const std::string& channelName, const std::string& event)
+          { sinks->event(channelName, event); },
+          [sinks = sinks_](const std::string& text) { sinks->complaint(text); },
+          [sinks = sinks_] { sinks->gone(); }))
 {
 }
 
@@ -49,7 +105,22 @@ EmbeddedConnection::~EmbeddedConnection()
 
 void EmbeddedConnection::setEventSink(EventSink sink)
 {
-    *sink_ = std::move(sink);
+    sinks_->setEvent(std::move(sink));
+}
+
+void EmbeddedConnection::setGoneSink(GoneSink sink)
+{
+    sinks_->setGone(std::move(sink));
+}
+
+std::string EmbeddedConnection::whyGone() const
+{
+    return "";
+}
+
+void EmbeddedConnection::setComplaintSink(ComplaintSink sink)
+{
+    sinks_->setComplaint(std::move(sink));
 }
 
 Delivery EmbeddedConnection::request(const std::string& request, std::string& answer,
@@ -72,7 +143,7 @@ Delivery EmbeddedConnection::post(const std::string& message)
     return Delivery::done;
 }
 
-Delivery EmbeddedConnection::control(const std::string& command, std::string& answer,
+Delivery EmbeddedConnection::control(const std::string& command, ControlAnswer& answer,
                                      std::chrono::milliseconds)
 {
     answer = service_->control(command);

@@ -28,18 +28,23 @@ public:
     EmbeddedConnection& operator=(const EmbeddedConnection&) = delete;
 
     void setEventSink(EventSink sink) override;
+    void setGoneSink(GoneSink sink) override;
+    std::string whyGone() const override;
+    void setComplaintSink(ComplaintSink sink) override;
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds timeout) override;
     Delivery subscribe(const std::string& request, std::string& answer,
                        const std::string& channelName, std::chrono::milliseconds timeout) override;
     Delivery post(const std::string& message) override;
-    Delivery control(const std::string& command, std::string& answer,
+    Delivery control(const std::string& command, ControlAnswer& answer,
                      std::chrono::milliseconds timeout) override;
     std::string description() const override;
 
 private:
     std::shared_ptr<SimulatedService> service_;
-    std::shared_ptr<EventSink> sink_;
+    class Sinks;
+
+    std::shared_ptr<Sinks> sinks_;
     int client_;
 };
 

@@ -1,7 +1,7 @@
 #include "CommunicationsServiceTypes.h"
+#include "kit/language/Wording.h"
 #include "kit/service/EventText.h"
 #include "kit/service/Handlers.h"
-#include "kit/service/Wording.h"
 
 #include <algorithm>
 #include <map>
@@ -177,7 +177,7 @@ std::string Handlers::systemStatus(Simulation& s, const Request& r)
     for (const NumberName& entry : namesOf(Meaning::systemStatus))
         known.push_back(entry.name);
     if (std::find(known.begin(), known.end(), status) == known.end())
-        return s.failure(r, "unknown system status " + quoted(status) + suggestion(status, known));
+        return s.failure(r, "unknown system status " + quoted(status) + didYouMean(status, known));
     s.systemStatus_ = status;
     s.systemStatusInfo_ = r.text("SystemStatusInfo");
     s.emit(events::systemStatus(s.systemStatus_, s.systemStatusInfo_));
@@ -363,7 +363,7 @@ std::string Handlers::setAgentState(Simulation& s, const Request& r)
     for (const NumberName& entry : namesOf(Meaning::agentState))
         known.push_back(entry.name);
     if (std::find(known.begin(), known.end(), state) == known.end())
-        return s.failure(r, "unknown agent state " + quoted(state) + suggestion(state, known));
+        return s.failure(r, "unknown agent state " + quoted(state) + didYouMean(state, known));
     line->agentState = state;
     s.emit(events::agentState(line->name, state));
     return success;

@@ -1,7 +1,7 @@
 #include "CommunicationsServiceTypes.h"
+#include "kit/language/Wording.h"
 #include "kit/service/EventText.h"
 #include "kit/service/Handlers.h"
-#include "kit/service/Wording.h"
 
 #include <algorithm>
 #include <set>
@@ -84,7 +84,7 @@ Line* Handlers::knownLine(Simulation& s, const Request& r, const std::string& na
         std::vector<std::string> names;
         for (const Line& known : s.lines_)
             names.push_back(known.name);
-        s.failure(r, "no line " + quoted(name) + suggestion(name, names));
+        s.failure(r, "no line " + quoted(name) + didYouMean(name, names));
     }
     return line;
 }
@@ -255,8 +255,8 @@ bool Simulation::checkFields(const Operation& operation, const Message& message)
             continue;
         if (std::find(known.begin(), known.end(), element.tag) == known.end())
         {
-            complain("unknown tag <" + shown(element.tag) + "> in " + operation.method +
-                     suggestion(element.tag, known, "<", ">"));
+            complain("unknown tag <" + printable(element.tag, 64) + "> in " + operation.method +
+                     didYouMean(element.tag, known, "", "<", ">"));
             right = false;
         }
         else if (!seen.insert(element.tag).second)
@@ -304,7 +304,7 @@ std::string Simulation::request(const std::string& text)
             methods.push_back(any.method);
         complain(message.method.empty() ? "no method in " + quoted(text)
                                         : "unknown method " + quoted(message.method) +
-                                              suggestion(message.method, methods));
+                                              didYouMean(message.method, methods));
         return failed;
     }
     if (!checkFields(*operation, message))

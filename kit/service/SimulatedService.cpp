@@ -25,9 +25,24 @@ class SimulatedService::State
 public:
     explicit State(const std::vector<std::string>& lines) : simulation(lines), control(lines) {}
 
-    /// What waits to be delivered: an event to a client, or a line to the log.
+    /// What a client listens with.
+    struct Sinks
+    {
+        EventSink event;
+        Log complaint;
+        Connection::GoneSink gone;
+    };
+
+    /// What waits to be delivered.
     struct Parcel
     {
+        enum What
+        {
+            logLine,
+            event,
+            complaint,
+            gone
+        } what;
         ClientId client;  ///< 0 for the log
         std::string channel;
         std::shared_ptr<const std::string> text;
@@ -35,8 +50,10 @@ public:
 
     using Lock = std::unique_lock<std::mutex>;
 
-    /// Delivers what the simulation has brought about, with the lock open meanwhile.
-    void deliver(Lock& lock);
+    /// Delivers what the simulation has brought about, with the lock open meanwhile. Complaints are
+    /// about the one who asked, if anybody did.
+    void deliver(Lock& lock, ClientId asking = 0);
+    void dropClients();
 
     Reply ask(ClientId client, const std::string& text, std::string& answer,
               const std::string* channel);
@@ -45,7 +62,7 @@ public:
     std::condition_variable delivered;
     service::Simulation simulation;
     service::Control control;
-    std::map<ClientId, std::shared_ptr<EventSink>> sinks;
+    std::map<ClientId, std::shared_ptr<Sinks>> sinks;
     std::deque<Parcel> outbox;
     std::thread::id deliverer;  ///< the thread that empties the outbox, if any
     ClientId receiver = 0;      ///< whose sink it is calling
@@ -53,29 +70,40 @@ public:
     std::shared_ptr<Log> log;
 
 private:
-    void pack();
+    void pack(ClientId asking);
+    void hand(const Parcel& parcel, const std::shared_ptr<Log>& logTo,
+              const std::shared_ptr<Sinks>& to);
 };
 
-void SimulatedService::State::pack()
+void SimulatedService::State::pack(ClientId asking)
 {
     for (std::string& line : simulation.takeComplaints())
     {
         control.note(line);
+        const auto text = std::make_shared<std::string>(std::move(line));
         if (log != nullptr)
-            outbox.push_back({0, "", std::make_shared<std::string>(std::move(line))});
+            outbox.push_back({Parcel::logLine, 0, "", text});
+        if (asking != 0)
+            outbox.push_back({Parcel::complaint, asking, "", text});
     }
     for (std::string& event : simulation.takeEvents())
     {
         const auto text = std::make_shared<std::string>(std::move(event));
         for (const auto& [id, client] : control.clients())
             for (const std::string& channel : client.channels)
-                outbox.push_back({id, channel, text});
+                outbox.push_back({Parcel::event, id, channel, text});
     }
 }
 
-void SimulatedService::State::deliver(Lock& lock)
+void SimulatedService::State::dropClients()
 {
-    pack();
+    for (const auto& entry : sinks)
+        outbox.push_back({Parcel::gone, entry.first, "", nullptr});
+}
+
+void SimulatedService::State::deliver(Lock& lock, ClientId asking)
+{
+    pack(asking);
     if (deliverer == std::this_thread::get_id())
         return;
     delivered.wait(lock, [this] { return deliverer == std::thread::id(); });
@@ -84,28 +112,44 @@ void SimulatedService::State::deliver(Lock& lock)
     {
         const Parcel parcel = std::move(outbox.front());
         outbox.pop_front();
-        if (parcel.client == 0)
-        {
-            const std::shared_ptr<Log> to = log;
-            lock.unlock();
-            if (to != nullptr && *to)
-                (*to)(*parcel.text);
-            lock.lock();
-            continue;
-        }
         const auto found = sinks.find(parcel.client);
-        if (found == sinks.end())
-            continue;
-        const std::shared_ptr<EventSink> sink = found->second;
+        const std::shared_ptr<Sinks> to = found == sinks.end() ? nullptr : found->second;
+        const std::shared_ptr<Log> logTo = log;
+        if (parcel.what == Parcel::gone && to != nullptr)
+            sinks.erase(found);
         receiver = parcel.client;
         lock.unlock();
-        if (*sink)
-            (*sink)(parcel.channel, *parcel.text);
+        if (parcel.what == Parcel::logLine ? logTo != nullptr && *logTo != nullptr : to != nullptr)
+            hand(parcel, logTo, to);
         lock.lock();
         receiver = 0;
     }
     deliverer = std::thread::id();
     delivered.notify_all();
+}
+
+/// Without the lock.
+void SimulatedService::State::hand(const Parcel& parcel, const std::shared_ptr<Log>& logTo,
+                                   const std::shared_ptr<Sinks>& to)
+{
+    switch (parcel.what)
+    {
+    case Parcel::logLine:
+        (*logTo)(*parcel.text);
+        break;
+    case Parcel::event:
+        if (to->event)
+            to->event(parcel.channel, *parcel.text);
+        break;
+    case Parcel::complaint:
+        if (to->complaint)
+            to->complaint(*parcel.text);
+        break;
+    case Parcel::gone:
+        if (to->gone)
+            to->gone();
+        break;
+    }
 }
 
 SimulatedService::Reply SimulatedService::State::ask(ClientId client, const std::string& text,
@@ -127,7 +171,7 @@ SimulatedService::Reply SimulatedService::State::ask(ClientId client, const std:
     }
     else if (!silent)
         answer = fault->text;
-    deliver(lock);
+    deliver(lock, client);
     return silent ? Reply::silent : Reply::answered;
 }
 
@@ -146,11 +190,13 @@ void SimulatedService::setLog(Log log)
     state_->log = std::make_shared<Log>(std::move(log));
 }
 
-SimulatedService::ClientId SimulatedService::connect(EventSink sink)
+SimulatedService::ClientId SimulatedService::connect(EventSink sink, Log complaints,
+                                                     Connection::GoneSink gone)
 {
     const State::Lock lock(state_->mutex);
     const ClientId id = ++state_->lastClient;
-    state_->sinks[id] = std::make_shared<EventSink>(std::move(sink));
+    state_->sinks[id] = std::make_shared<State::Sinks>(
+        State::Sinks{std::move(sink), std::move(complaints), std::move(gone)});
     state_->control.addClient(id);
     return id;
 }
@@ -205,12 +251,12 @@ void SimulatedService::post(ClientId client, const std::string& text)
     exchange(client, text, nobodyAwaitsIt);
 }
 
-std::string SimulatedService::control(const std::string& command)
+ControlAnswer SimulatedService::control(const std::string& command)
 {
     State::Lock lock(state_->mutex);
-    const std::string answer = state_->control.run(state_->simulation, command);
+    const ControlAnswer answer = state_->control.run(state_->simulation, command);
     if (state_->control.wentAway())
-        state_->sinks.clear();
+        state_->dropClients();
     state_->deliver(lock);
     return answer;
 }

@@ -1,6 +1,8 @@
 #ifndef KIT_SERVICE_SIMULATED_SERVICE_H
 #define KIT_SERVICE_SIMULATED_SERVICE_H
 
+#include "kit/framework/Connection.h"
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -26,7 +28,7 @@ class SimulatedService
 {
 public:
     using ClientId = int;
-    using EventSink = std::function<void(const std::string& channelName, const std::string& event)>;
+    using EventSink = Connection::EventSink;
     using Log = std::function<void(const std::string& line)>;
 
     /// How a request went; everything but `answered` has been asked for by control().
@@ -48,9 +50,11 @@ public:
     /// Where complaints go (unknown requests, tags, values). The default is nowhere.
     void setLog(Log log);
 
-    ClientId connect(EventSink sink);
+    /// The second hears what the log is told of the client's own requests, the third once that the
+    /// service has dropped the client, behind everything else.
+    ClientId connect(EventSink sink, Log complaints = nullptr, Connection::GoneSink gone = nullptr);
 
-    /// Forgets the client and its subscriptions; its sink is not called any more on return.
+    /// Forgets the client and its subscriptions; its sinks are not called any more on return.
     void disconnect(ClientId client);
 
     /// False once the service has dropped the client.
@@ -68,8 +72,8 @@ public:
     /// Takes a request that is not answered; one from a client that was dropped is lost.
     void post(ClientId client, const std::string& text);
 
-    /// The simulation's own commands, as text ("help" lists all). A refusal starts with "error: ".
-    std::string control(const std::string& command);
+    /// The simulation's own commands, as text ("help" lists all).
+    ControlAnswer control(const std::string& command);
 
     /// Lets time pass on the simulated clock: rings, answers, time-outs, call-backs happen in their
     /// order.

@@ -151,7 +151,7 @@ private:
     void take(Session& session, const Frame& frame);
     void send(const SessionPointer& session, const Frame& frame);
     void close(Session& session);
-    void closeDropped();
+    void leave(const SessionPointer& session, const std::string& why);
     void run();
     void log(const std::string& line)
     {
@@ -243,6 +243,21 @@ void SocketServer::Core::accept()
                 {
                     if (const SessionPointer to = weak.lock())
                         send(to, {Frame::event, 0, channel, event});
+                },
+                [this, weak](const std::string& complaint)
+                {
+                    if (const SessionPointer to = weak.lock())
+                        send(to, {Frame::complaint, 0, "", complaint});
+                },
+                [this, weak]
+                {
+                    // Behind the answer to the command that brought it about.
+                    asio::post(io,
+                               [this, weak]
+                               {
+                                   if (const SessionPointer to = weak.lock())
+                                       leave(to, "it was told to go away");
+                               });
                 });
             sessions[session->client] = session;
             read(session);
@@ -299,8 +314,12 @@ void SocketServer::Core::take(Session& session, const Frame& frame)
         service.post(session.client, frame.text);
         return;
     case Frame::control:
-        answer.text = service.control(frame.text);
+    {
+        ControlAnswer said = service.control(frame.text);
+        answer.type = said.accepted ? Frame::answer : Frame::refusal;
+        answer.text = std::move(said.text);
         break;
+    }
     default:
         throw FrameError("a message of the type " + std::to_string(frame.type) +
                          ", which is for applications");
@@ -308,8 +327,6 @@ void SocketServer::Core::take(Session& session, const Frame& frame)
     const auto self = sessions.find(session.client);
     if (reply == SimulatedService::Reply::answered && self != sessions.end())
         send(self->second, answer);
-    if (frame.type == Frame::control)
-        closeDropped();
 }
 
 /// From any thread.
@@ -402,18 +419,12 @@ void SocketServer::Core::close(Session& session)
     sessions.erase(session.client);
 }
 
-/// The service has let its clients go: they see their connections end.
-void SocketServer::Core::closeDropped()
+/// Says why, and closes when everything has been sent.
+void SocketServer::Core::leave(const SessionPointer& session, const std::string& why)
 {
-    std::vector<SessionPointer> dropped;
-    for (const auto& entry : sessions)
-        if (!service.connected(entry.first))
-            dropped.push_back(entry.second);
-    for (const SessionPointer& session : dropped)
-    {
-        session->last = true;
-        asio::post(io, [this, session] { write(session); });
-    }
+    send(session, {Frame::farewell, 0, "", why});
+    session->last = true;
+    write(session);
 }
 
 SocketServer::SocketServer(SimulatedService& service, const std::string& path)

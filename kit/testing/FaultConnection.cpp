@@ -229,6 +229,16 @@ void FaultConnection::setGoneSink(GoneSink sink)
     connection_->setGoneSink(std::move(sink));
 }
 
+std::string FaultConnection::whyGone() const
+{
+    return connection_->whyGone();
+}
+
+void FaultConnection::setComplaintSink(ComplaintSink sink)
+{
+    connection_->setComplaintSink(std::move(sink));
+}
+
 Delivery FaultConnection::request(const std::string& request, std::string& answer,
                                   std::chrono::milliseconds timeout)
 {
@@ -259,7 +269,7 @@ Delivery FaultConnection::post(const std::string& message)
     return connection_->post(message);
 }
 
-Delivery FaultConnection::control(const std::string& command, std::string& answer,
+Delivery FaultConnection::control(const std::string& command, ControlAnswer& answer,
                                   std::chrono::milliseconds timeout)
 {
     return connection_->control(command, answer, timeout);

@@ -61,12 +61,14 @@ public:
 
     void setEventSink(EventSink sink) override;
     void setGoneSink(GoneSink sink) override;
+    std::string whyGone() const override;
+    void setComplaintSink(ComplaintSink sink) override;
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds timeout) override;
     Delivery subscribe(const std::string& request, std::string& answer,
                        const std::string& channelName, std::chrono::milliseconds timeout) override;
     Delivery post(const std::string& message) override;
-    Delivery control(const std::string& command, std::string& answer,
+    Delivery control(const std::string& command, ControlAnswer& answer,
                      std::chrono::milliseconds timeout) override;
     std::string description() const override;
 

@@ -1,6 +1,6 @@
 #include "kit/trace/Labels.h"
 
-#include "kit/language/Language.h"
+#include "kit/language/Wording.h"
 
 #include <algorithm>
 #include <cstring>

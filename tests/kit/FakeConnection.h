@@ -19,6 +19,7 @@ struct FakeService
     std::mutex mutex;
     Connection::EventSink sink;
     Connection::GoneSink goneSink;
+    std::string whyGone;
     Delivery delivery = Delivery::done;
     std::string answer = "sfiSuccess";
     std::vector<std::string> received;
@@ -52,6 +53,10 @@ public:
 
     void setGoneSink(GoneSink sink) override { service_.goneSink = std::move(sink); }
 
+    std::string whyGone() const override { return service_.whyGone; }
+
+    void setComplaintSink(ComplaintSink) override {}
+
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds timeout) override
     {
@@ -70,10 +75,10 @@ public:
         return service_.take(message, std::chrono::milliseconds(0), nullptr);
     }
 
-    Delivery control(const std::string& command, std::string& answer,
+    Delivery control(const std::string& command, ControlAnswer& answer,
                      std::chrono::milliseconds) override
     {
-        answer = command;
+        answer = {true, command};
         return Delivery::done;
     }
 

@@ -1,6 +1,9 @@
 // What is typed: words, times, values, arguments, short words, completion.
 
-#include "kit/language/Language.h"
+#include "kit/language/Durations.h"
+#include "kit/language/Switches.h"
+#include "kit/language/Wording.h"
+#include "kit/language/Words.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Completion.h"
 
@@ -173,12 +176,60 @@ TEST(Language, ReadsTimes)
     EXPECT_EQ(time("1.5s"), 1500);
     EXPECT_EQ(time("0s"), 0);
     EXPECT_EQ(time("2min"), 120000);
-    for (const char* text : {"", "1", "s", "1 s", "-1s", "1h", "nans", "1e3s", "0x1s", "1..2s"})
-        EXPECT_NE(mistakeOf([&] { time(text); }), "") << text;
-    EXPECT_EQ(mistakeOf([&] { time("61min"); }), "0: 61min is longer than an hour");
+    EXPECT_EQ(time("2h"), 7200000);
+    EXPECT_EQ(time("24h"), 86400000);
+    for (const char* text :
+         {"", "1", "s", ".", ".s", "1 s", "-1s", "1d", "nans", "1e3s", "0x1s", "1..2s"})
+        EXPECT_EQ(mistakeOf([&] { time(text); }),
+                  "0: " + shown(text) + " is no time; write it as 250ms, 1.5s, 2min or 1h");
+    EXPECT_EQ(mistakeOf([&] { time("1441min"); }), "0: 1441min is longer than a day");
+    EXPECT_NE(mistakeOf([&] { time((std::string(400, '9') + "s").c_str()); }), "");
     EXPECT_EQ(durationText(std::chrono::milliseconds(1250)), "1.25 s");
     EXPECT_EQ(durationText(std::chrono::milliseconds(30)), "30 ms");
     EXPECT_EQ(durationText(std::chrono::seconds(10)), "10 s");
+}
+
+TEST(Language, ReadsSwitches)
+{
+    const auto isOn = [](const char* text)
+    {
+        Word word;
+        word.text = text;
+        word.column = 4;
+        return parseSwitch(word);
+    };
+    for (const char* text : {"on", "true", "yes", "1", "ON", "True"})
+        EXPECT_TRUE(isOn(text)) << text;
+    for (const char* text : {"off", "false", "no", "0"})
+        EXPECT_FALSE(isOn(text)) << text;
+    for (const char* text : {"", "2", "onn"})
+        EXPECT_EQ(mistakeOf([&] { isOn(text); }),
+                  "4: " + quoted(text) + " is no switch; on and off are");
+}
+
+TEST(Language, PutsWordsTogether)
+{
+    EXPECT_EQ(listed({}), "");
+    EXPECT_EQ(listed({"a"}, "or"), "a");
+    EXPECT_EQ(listed({"a", "b", "c"}), "a, b, c");
+    EXPECT_EQ(listed({"a", "b", "c"}, "or"), "a, b or c");
+    EXPECT_EQ(counted(1, "call") + ", " + counted(0, "line"), "1 call, 0 lines");
+    EXPECT_EQ(didYouMean("hodl", {"dial", "hold"}), ", did you mean hold?");
+    EXPECT_EQ(didYouMean("Lin", {"Line"}, "", "<", ">"), ", did you mean <Line>?");
+    EXPECT_EQ(didYouMean("zzz", {"hold"}, "; nothing near"), "; nothing near");
+    EXPECT_EQ(quoted("a\x1b" + std::string(80, 'b')),
+              "\"a\\x1b" + std::string(62, 'b') + "... (82 bytes)\"");
+}
+
+TEST(Language, GivesTheRestAsItStands)
+{
+    Words words("a 'b c'  <x> # \"it's\"", 5);
+    Word word;
+    ASSERT_TRUE(words.next(word));
+    ASSERT_TRUE(words.next(word));
+    EXPECT_EQ(word.text, "b c");
+    EXPECT_EQ(words.rest(), "<x> # \"it's\"");
+    EXPECT_FALSE(words.next(word));
 }
 
 TEST(Language, PutsCapturedValuesIn)

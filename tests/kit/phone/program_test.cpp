@@ -100,7 +100,7 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
         {"--scrip x", 2,
          "communications-phone: there is no option --scrip, did you mean --script?\n"},
         {"--timeout soon", 2,
-         "communications-phone: soon is no time; write it as 500ms, 2s or 1min\n"},
+         "communications-phone: soon is no time; write it as 250ms, 1.5s, 2min or 1h\n"},
         {"--library /nowhere", 2, "communications-phone: there is no library /nowhere\n"},
         {"--socket /nowhere --script " + met, 3,
          "communications-phone: no service at /nowhere: there is no such socket\n"},

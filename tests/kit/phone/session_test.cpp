@@ -77,7 +77,7 @@ TEST_F(Phone, JudgesEachLine)
         {"holdd", Verdict::mistake, "s:3:1: there is no command holdd, did you mean hold?\n"},
         {"! holdd", Verdict::mistake, "s:3:3: there is no command holdd, did you mean hold?\n"},
         {"wire maybe", Verdict::mistake, "s:3:6: wire is switched on or off, not maybe\n"},
-        {"wait 1x", Verdict::mistake, "s:3:6: 1x is no time; write it as 500ms, 2s or 1min\n"},
+        {"wait 1x", Verdict::mistake, "s:3:6: 1x is no time; write it as 250ms, 1.5s, 2min or 1h\n"},
         {"lines now", Verdict::mistake, "s:3:7: lines stands alone; what is now?\n"},
         {"raw <Method>Activate</Method>", Verdict::met, ""},
         {"raw <Method>Activat</Method>", Verdict::unmet, "s:3: the answer is sfiFailure\n"},

@@ -220,28 +220,28 @@ TEST(ServiceProcesses, SeveralApplicationsAtOnce)
             _exit(application(process.socket(), i));
     }
     kit::SocketConnection watcher(process.socket());
-    std::string clients;
+    kit::ControlAnswer clients;
     const auto ready = [&]
     {
         const std::string wanted = "1 subscription, 201 requests";
         if (watcher.control("show clients", clients, 60s) != kit::Delivery::done)
             return true;
         int count = 0;
-        for (std::size_t at = clients.find(wanted); at != std::string::npos;
-             at = clients.find(wanted, at + 1))
+        for (std::size_t at = clients.text.find(wanted); at != std::string::npos;
+             at = clients.text.find(wanted, at + 1))
             ++count;
         return count == 3;
     };
     const auto end = std::chrono::steady_clock::now() + 60s;
     while (!ready() && std::chrono::steady_clock::now() < end)
         std::this_thread::yield();
-    std::string answer;
+    kit::ControlAnswer answer;
     EXPECT_EQ(watcher.control("system NORMAL info all", answer, 60s), kit::Delivery::done);
     for (const pid_t child : children)
     {
         int status = -1;
         EXPECT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0) << clients;
+        EXPECT_EQ(status, 0) << clients.text;
     }
     EXPECT_EQ(journal.lamps().size(), 600U);
 }

@@ -822,7 +822,7 @@ TEST(ServicePage, NamesAllNumbersAndCommands)
             std::string("| ") + robot.number + " | " + robot.name + " | " + robot.habit + " |";
         EXPECT_NE(page.find(row), std::string::npos) << row;
     }
-    std::istringstream help(service.control("help"));
+    std::istringstream help(service.control("help").text);
     std::string line;
     while (std::getline(help, line))
     {

@@ -220,9 +220,10 @@ TEST_F(SocketService, AnswersFindTheirRequestsWhateverTheOrder)
 TEST_F(SocketService, SilenceEndsAtTheTimeOutAndLeavesTheAnswerAlone)
 {
     kit::SocketConnection connection(path);
-    std::string answer;
-    ASSERT_EQ(connection.control("silence Activate", answer, 10s), Delivery::done);
-    answer = "untouched";
+    kit::ControlAnswer said;
+    ASSERT_EQ(connection.control("silence Activate", said, 10s), Delivery::done);
+    EXPECT_TRUE(said.accepted);
+    std::string answer = "untouched";
     EXPECT_EQ(connection.request(activate, answer, 20ms), Delivery::timedOut);
     EXPECT_EQ(answer, "untouched");
     EXPECT_EQ(connection.request(activate, answer, 10s), Delivery::done);
@@ -233,8 +234,11 @@ TEST_F(SocketService, GoingAwayWakesAllWhoWait)
 {
     kit::SocketConnection connection(path);
     kit::SocketConnection other(path);
-    std::string answer;
-    ASSERT_EQ(other.control("silence * times 3", answer, 10s), Delivery::done);
+    kit::ControlAnswer said;
+    ASSERT_EQ(other.control("silence * times 0", said, 10s), Delivery::done);
+    EXPECT_FALSE(said.accepted);
+    EXPECT_EQ(said.text, "0 times is never");
+    ASSERT_EQ(other.control("silence * times 3", said, 10s), Delivery::done);
     std::vector<std::future<Delivery>> waiting;
     for (int i = 0; i < 3; ++i)
         waiting.push_back(std::async(std::launch::async,
@@ -244,15 +248,16 @@ TEST_F(SocketService, GoingAwayWakesAllWhoWait)
                                          return connection.request(activate, nothing, 1h);
                                      }));
     // All three have reached the service once the faults are used up.
-    while (service.control("show faults") != "no faults")
+    while (service.control("show faults").text != "no faults")
         std::this_thread::yield();
-    EXPECT_EQ(other.control("go away", answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "every client is dropped, connect and subscribe again");
+    EXPECT_EQ(other.control("go away", said, 10s), Delivery::done);
+    EXPECT_EQ(said.text, "every client is dropped, connect and subscribe again");
     for (std::future<Delivery>& one : waiting)
         EXPECT_EQ(one.get(), Delivery::gone);
+    std::string answer;
     EXPECT_EQ(connection.request(activate, answer, 1h), Delivery::gone);
     EXPECT_EQ(connection.post(activate), Delivery::gone);
-    EXPECT_EQ(connection.complaint(), "the service went away");
+    EXPECT_EQ(connection.whyGone(), "it was told to go away");
 
     kit::SocketConnection again(path);
     EXPECT_EQ(again.request(activate, answer, 10s), Delivery::done);
@@ -339,8 +344,7 @@ TEST_F(SocketService, ServiceThatSendsNonsenseIsLeft)
                   static_cast<ssize_t>(request.size()));
         std::string answer;
         EXPECT_EQ(connection.request(activate, answer, 1h), Delivery::gone);
-        EXPECT_EQ(connection.complaint(),
-                  "the service sent a message of the type 1, which is for services");
+        EXPECT_EQ(connection.whyGone(), "it sent a message of the type 1, which is for services");
         close(accepted);
     }
     close(listener);

@@ -1,14 +1,13 @@
-#ifndef KIT_LANGUAGE_LANGUAGE_H
-#define KIT_LANGUAGE_LANGUAGE_H
+#ifndef KIT_LANGUAGE_WORDS_H
+#define KIT_LANGUAGE_WORDS_H
 
-#include <chrono>
 #include <cstddef>
 #include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace kit::phone
+namespace kit
 {
 
 /// A line that cannot be carried out as it was typed. What it says is one clear line for people.
@@ -34,6 +33,9 @@ struct Word
     std::string text;     ///< without its quotes
     bool quoted = false;  ///< some of the text stood in quotes: it means nothing but itself
     std::size_t column = 0;
+
+    /// For who takes no names: the word with what stands before its "=".
+    std::string whole() const { return name.empty() ? text : name + "=" + text; }
 };
 
 /// One line: a command, and what stands behind it as it was typed.
@@ -53,28 +55,36 @@ struct Statement
 /// Raises Mistake on characters that are no text.
 Statement parseStatement(const std::string& line);
 
-/// Splits at blanks, takes quotes and \ away, stops at a comment. Raises Mistake on an open quote.
+/// Takes a text apart at its blanks, one word after another; quotes and \ are taken away.
+class Words
+{
+public:
+    /// The column is where the text begins in its line.
+    explicit Words(std::string text, std::size_t column = 1);
+
+    /// False at the end and at a comment. Raises Mistake on an open quote.
+    bool next(Word& word);
+
+    /// What is left, as it stands.
+    std::string rest();
+
+private:
+    void skipBlanks();
+    void takeQuoted(Word& word, char mark);
+    void takeEscape(Word& word);
+
+    const std::string text_;
+    const std::size_t column_;
+    std::size_t at_ = 0;
+};
+
+/// All of them at once.
 std::vector<Word> splitWords(const std::string& text, std::size_t column = 1);
 
 /// Puts what was captured earlier in the place of each word `$name`.
 using Variables = std::map<std::string, std::string>;
 void fillIn(std::vector<Word>& words, const Variables& variables);
 
-/// "1s", "250ms", "2min"; raises Mistake for anything else, and beyond an hour.
-std::chrono::milliseconds parseDuration(const Word& word);
-
-/// "1.5 s" and the like, for people.
-std::string durationText(std::chrono::milliseconds time);
-
-/// The word as it has to be typed to come out the same.
-std::string quote(const std::string& text);
-
-/// Text for the screen: control characters and what is not UTF-8 as \x1b, long text cut at `limit`.
-std::string printable(const std::string& text, std::size_t limit = std::string::npos);
-
-/// A value for the screen: as it has to be typed, and printable.
-std::string shown(const std::string& text, std::size_t limit = std::string::npos);
-
-}  // namespace kit::phone
+}  // namespace kit
 
 #endif
