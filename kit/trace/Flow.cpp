@@ -208,14 +208,14 @@ void Flow::addException(const TraceRecord& record)
     endOf(record.number, false);
     Waiting row{{}, 0, "", ""};
     row.step.application = FlowStep::Between::answer;
-    row.step.text = "(threw " + phone::printable(record.text, 60) + ")";
+    row.step.text = "(threw " + printable(record.text, 60) + ")";
     waiting_.push_back(row);
 }
 
 void Flow::addNote(const std::string& text)
 {
     Waiting row{{}, 0, "", ""};
-    row.step.text = phone::printable(text, 60);
+    row.step.text = printable(text, 60);
     waiting_.push_back(row);
 }
 

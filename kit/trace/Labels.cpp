@@ -82,7 +82,7 @@ bool saysNothing(const Field& field, const std::string& value)
 
 std::string named(const Field& field, const std::string& value)
 {
-    return std::string(" ") + field.argument + "=" + phone::shown(toPeople(field, value), 200);
+    return std::string(" ") + field.argument + "=" + shown(toPeople(field, value), 200);
 }
 
 const std::vector<Field>* fieldsOf(const std::string& method)
@@ -143,7 +143,7 @@ std::string messageLabel(const std::string& text)
 {
     const Message message = parse(text);
     if (message.method.empty() && message.elements.empty())
-        return phone::printable(text, 60);
+        return printable(text, 60);
     std::string label = message.method;  // an answer has fields only
     const std::vector<Field>* const fields = fieldsOf(message.method);
     const bool lineIsTold = fields != nullptr && namesCall(message, *fields);
@@ -162,7 +162,7 @@ std::string messageLabel(const std::string& text)
     }
     if (!message.payload.empty())
         label += " + " + std::to_string(message.payload.size()) + " bytes";
-    return phone::printable(label, 200);
+    return printable(label, 200);
 }
 
 std::string shortNumber(const std::string& uri)

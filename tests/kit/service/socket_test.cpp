@@ -87,7 +87,7 @@ const std::string zeros(12, '\0');
 
 const WrongFrame wrongFrames[] = {
     {"type0", std::string("\0\0\0\0\0\0\0\0", 8) + zeros, "a message of the unknown type 0"},
-    {"type7", std::string("\0\0\0\0\0\0\0\7", 8) + zeros, "a message of the unknown type 7"},
+    {"type10", std::string("\0\0\0\0\0\0\0\12", 8) + zeros, "a message of the unknown type 10"},
     {"tooLarge", std::string("\1\0\0\1\0\0\0\1", 8) + zeros,
      "a message of 16777217 bytes, 16777216 are possible"},
     {"channelTooLong", std::string("\0\0\0\1\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\2", 20),
