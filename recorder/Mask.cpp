@@ -55,7 +55,6 @@ constexpr std::string_view harmless[] = {
     "ResourcePriority",
     "SendOptions",
     "Status",
-    "SystemStatus",
     "Type",
     "activeCall",
     "agentState",
@@ -64,7 +63,6 @@ constexpr std::string_view harmless[] = {
     "available_info",
     "callID",
     "callId",
-    "callRecorded",
     "cause",
     "cfnrRingCount",
     "doNotDisturbOn",
@@ -94,7 +92,6 @@ constexpr std::string_view harmless[] = {
     "securityStatus",
     "sfiResult",
     "state",
-    "status",
     "success",
     "type",
 };
@@ -154,10 +151,16 @@ bool isTagCharacter(char c)
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
 }
 
+/// A flag, or a number that is too small for a person's.
+bool isDigit(std::string_view value)
+{
+    return value.size() == 1 && value[0] >= '0' && value[0] <= '9';
+}
+
 /// A number or a word of the protocol, whatever the tag promises.
 bool isShortWord(std::string_view value)
 {
-    return value.size() <= 32 &&
+    return value.size() <= 40 &&
            std::all_of(value.begin(), value.end(),
                        [](char c)
                        {
@@ -229,7 +232,7 @@ void Mask::value(std::string& out, std::string_view tag, std::string_view value)
         out.append(value.size(), '0');
     else if (isIn(parties, tag))
         party(out, value);
-    else if (isIn(harmless, tag) && isShortWord(value))
+    else if (isIn(harmless, tag) ? isShortWord(value) : isDigit(value))
         out += value;
     else
         whole(out, value);

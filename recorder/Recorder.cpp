@@ -112,8 +112,9 @@ Recorder::Recorder(const Settings& settings)
       filling_(new char[capacity]),
       writing_(new char[capacity])
 {
-    line_.reserve(piece);
-    text_.reserve(2 * piece);
+    // Room for the longest line, every byte of it escaped. What is never used costs no memory.
+    line_.reserve(6 * capacity + piece);
+    text_.reserve(6 * capacity + 2 * piece);
     writer_ = withoutSignals([](void* recorder) { static_cast<Recorder*>(recorder)->run(); }, this);
 }
 

@@ -1,6 +1,7 @@
 #include "recorder/Recording.h"
 
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <mutex>
 #include <utility>
@@ -35,9 +36,11 @@ public:
         }
         catch (const std::exception& error)
         {
-            char text[512];
+            // Proxy and invoker ask, each: one line says it.
+            char text[sizeof complaint_];
             std::snprintf(text, sizeof text, "nothing is recorded: %s", error.what());
-            logLine(text);
+            if (std::strcmp(text, complaint_) != 0)
+                logLine(std::strcpy(complaint_, text));
         }
         return recorder_;
     }
@@ -45,6 +48,7 @@ public:
 private:
     std::mutex mutex_;
     std::shared_ptr<Recorder> recorder_;
+    char complaint_[512] = {};
 };
 
 OfProcess ofProcess;

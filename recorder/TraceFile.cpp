@@ -25,6 +25,9 @@ constexpr int places = 9;
 TraceFile::TraceFile(std::string path, std::uint64_t limit)
     : path_(std::move(path)), half_(limit / 2)
 {
+    // Once and for all: the writer allocates nothing.
+    mine_.reserve(path_.size() + 8);
+    old_.reserve(path_.size() + 8);
     const int error = claim();
     if (error != 0)
         throw std::runtime_error(path_ + " cannot be written: " + std::strerror(error));
@@ -46,7 +49,7 @@ int TraceFile::startAnew()
 {
     // Our lock lasts until the file has its new name, so that nobody takes it for abandoned.
     if (file_ >= 0 && regular_)
-        std::rename(mine_.c_str(), (mine_ + ".old").c_str());
+        std::rename(mine_.c_str(), old_.c_str());
     close();
     return claim();
 }
@@ -55,22 +58,25 @@ int TraceFile::claim()
 {
     for (int place = 1; place <= places; ++place)
     {
-        mine_ = place == 1 ? path_ : path_ + "." + std::to_string(place);
+        mine_ = path_;
+        if (place > 1)
+            (mine_ += '.') += static_cast<char>('0' + place);
+        (old_ = mine_) += ".old";
         bool taken = false;
-        const int error = claim(mine_, taken);
+        const int error = claimMine(taken);
         if (error != 0 || !taken)
             return error;
     }
     return EBUSY;
 }
 
-int TraceFile::claim(const std::string& path, bool& taken)
+int TraceFile::claimMine(bool& taken)
 {
     // Twice at most: once to find what an earlier process left, and once for the file of our own.
     for (int attempt = 0; attempt < 2; ++attempt)
     {
         // Not to wait for the reader of a pipe, nor to get a terminal.
-        file_ = ::open(path.c_str(),
+        file_ = ::open(mine_.c_str(),
                        O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
         if (file_ < 0)
             return errno;
@@ -94,7 +100,7 @@ int TraceFile::claim(const std::string& path, bool& taken)
         }
         if (status.st_size == 0)
             return 0;
-        if (std::rename(path.c_str(), (path + ".old").c_str()) != 0)
+        if (std::rename(mine_.c_str(), old_.c_str()) != 0)
         {
             const int error = errno;
             close();

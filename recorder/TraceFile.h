@@ -37,12 +37,13 @@ public:
 
 private:
     int claim();
-    int claim(const std::string& path, bool& taken);
+    int claimMine(bool& taken);
     void close();
 
     const std::string path_;  ///< as set
     const std::uint64_t half_;
     std::string mine_;  ///< the one of PATH, PATH.2 ...
+    std::string old_;   ///< PATH.old, PATH.2.old ...
     int file_ = -1;
     bool regular_ = true;
     std::uint64_t size_ = 0;

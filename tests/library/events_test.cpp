@@ -2,6 +2,7 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "support/Framework.h"
+#include "tests/support/Tested.h"
 
 #include <gtest/gtest.h>
 
@@ -264,7 +265,7 @@ protected:
             << event.method << elements;
     }
 
-    CommunicationsServiceEventInvoker invoker;
+    TestedEventInvoker invoker;
     support::Subscriber subscriber;
     support::Response response;
 };

@@ -3,6 +3,7 @@
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
 #include "support/Framework.h"
+#include "tests/support/Tested.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +35,7 @@ protected:
     support::NamingContext context;
     support::Channel channel;
     support::Subscriber subscriber;
-    CommunicationsServiceProxy proxy;
+    TestedProxy proxy;
 };
 
 TEST_F(ProxyTest, IsBoundToEachChannelThatItIsGiven)
@@ -162,7 +163,7 @@ TEST(Defaults, DoNothing)
     support::Bystander executable;
     EXPECT_EQ(context.findChannel(&executable), "");
     executable.timerEvent(1);
-    CommunicationsServiceEventInvoker invoker;
+    TestedEventInvoker invoker;
     Invoker& base = invoker;
     base.initInvoker(&context);
     support::Channel channel;

@@ -2,6 +2,7 @@
 
 #include "CommunicationsServiceProxy.h"
 #include "support/Framework.h"
+#include "tests/support/Tested.h"
 
 #include <gtest/gtest.h>
 
@@ -368,7 +369,7 @@ protected:
     }
 
     Channel channel;
-    CommunicationsServiceProxy proxy;
+    TestedProxy proxy;
     CommunicationsServiceIfc& service = proxy;
 };
 

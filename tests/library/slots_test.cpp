@@ -4,6 +4,7 @@
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
 #include "support/Framework.h"
+#include "tests/support/Tested.h"
 
 #include <gtest/gtest.h>
 
@@ -167,7 +168,7 @@ TEST(Slots, OfTheRequestInterfaceAndOfTheProxyAreInOrder)
     support::Channel channel;
     support::NamingContext context;
     channel.context = &context;
-    CommunicationsServiceProxy proxy;
+    TestedProxy proxy;
     proxy.initProxy(channel);
     support::takeTrace();
 
@@ -247,7 +248,7 @@ TEST(Slots, OfTheSubscriberAreCalledInOrder)
     };
     support::Subscriber subscriber;
     support::Response response;
-    CommunicationsServiceEventInvoker invoker;
+    TestedEventInvoker invoker;
     support::takeTrace();
     const OtherTable<28> table(static_cast<CommunicationsServiceEventIfc*>(&subscriber),
                                hits(std::make_integer_sequence<int, 28>()));
@@ -277,7 +278,7 @@ TEST(Slots, OfTheChannelAndItsContextAreCalledByTheirNumbers)
     support::Channel channel;
     support::NamingContext context;
     support::Subscriber subscriber;
-    CommunicationsServiceProxy proxy;
+    TestedProxy proxy;
     // Slots counted from 0 in the trace, so one less than in the names.
     const OtherTable<17> table(&channel, hits(std::make_integer_sequence<int, 17>()));
     std::array<void*, 5> entries = hits(std::make_integer_sequence<int, 5>());

@@ -7,6 +7,7 @@
 #include "tests/support/Framework.h"
 #include "tests/support/Recorder.h"
 #include "tests/support/Samples.h"
+#include "tests/support/Tested.h"
 
 #include <gtest/gtest.h>
 
@@ -144,8 +145,8 @@ protected:
 
     FrameworkOfOne context;
     Channel channel{context, room};
-    CommunicationsServiceProxy proxy;
-    CommunicationsServiceEventInvoker invoker;
+    TestedProxy proxy;
+    TestedEventInvoker invoker;
     Recorder subscriber{room};
 };
 

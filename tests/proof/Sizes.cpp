@@ -5,6 +5,7 @@
 #include "CommunicationsServiceProxy.h"
 #include "tests/support/Framework.h"
 #include "tests/support/Recorder.h"
+#include "tests/support/Tested.h"
 
 #include <malloc.h>
 
@@ -79,8 +80,8 @@ struct Bench
     }
     FrameworkOfOne context;
     Channel channel{context};
-    CommunicationsServiceProxy proxy;
-    CommunicationsServiceEventInvoker invoker;
+    TestedProxy proxy;
+    TestedEventInvoker invoker;
     Recorder subscriber;
 };
 

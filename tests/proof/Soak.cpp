@@ -7,6 +7,7 @@
 #include "tests/support/Recorder.h"
 #include "tests/support/Reference.h"
 #include "tests/support/Samples.h"
+#include "tests/support/Tested.h"
 
 #include <unistd.h>
 
@@ -108,8 +109,8 @@ private:
     std::minstd_rand random_{1};
     FrameworkOfOne context_;
     Channel channel_{context_};
-    CommunicationsServiceProxy proxy_;
-    CommunicationsServiceEventInvoker invoker_;
+    TestedProxy proxy_;
+    TestedEventInvoker invoker_;
     Recorder subscriber_;
     Response response_;
 };

@@ -6,6 +6,7 @@
 #include "tests/support/Framework.h"
 #include "tests/support/Recorder.h"
 #include "tests/support/Samples.h"
+#include "tests/support/Tested.h"
 
 #include <gtest/gtest.h>
 
@@ -56,8 +57,8 @@ protected:
 
     FrameworkOfOne context;
     SharedChannel channel{context};
-    CommunicationsServiceProxy proxy;
-    CommunicationsServiceEventInvoker invoker;
+    TestedProxy proxy;
+    TestedEventInvoker invoker;
 };
 
 TEST_F(Threads, OneProxyAndOneInvoker)
