@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
-Subscriber<Touch> subscriber;
+communications::Callbacks<Touch> subscriber;
 Response response;
 Seen* Touch::seen = nullptr;
 
