@@ -2,7 +2,7 @@
 #define KIT_BINDING_SUBSCRIBER_H
 
 #include "application/Callbacks.h"
-#include "kit/protocol/Lists.h"
+#include "kit/binding/WireText.h"
 #include "kit/protocol/Protocol.h"
 
 #include <string>
@@ -62,28 +62,12 @@ protected:
     }
 
 private:
-    static void add(std::vector<std::string>& values, const std::string& text)
+    template <typename Argument>
+    static void add(std::vector<std::string>& values, const Argument& argument)
     {
-        values.push_back(text);
+        values.push_back(wireText(argument));
     }
-    static void add(std::vector<std::string>& values, bool flag)
-    {
-        values.push_back(flag ? "1" : "0");
-    }
-    static void add(std::vector<std::string>& values, int number)
-    {
-        values.push_back(std::to_string(number));
-    }
-    static void add(std::vector<std::string>& values, unsigned int number)
-    {
-        values.push_back(std::to_string(number));
-    }
-    template <typename Item>
-    static void add(std::vector<std::string>& values, const std::vector<Item>& list)
-    {
-        values.push_back(encodeList(list));
-    }
-    static void add(std::vector<std::string>& values, const CallPartyInfo* party)
+    static void add(std::vector<std::string>& values, CallPartyInfo* party)
     {
         for (const char* text :
              {party->callingNumber, party->callingName, party->calledNumber, party->calledName})

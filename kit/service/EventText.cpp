@@ -1,47 +1,12 @@
 #include "kit/service/EventText.h"
 
-#include "kit/protocol/Lists.h"
-#include "kit/protocol/Protocol.h"
+#include "kit/binding/WireText.h"
 
 namespace kit::service::events
 {
 
 namespace
 {
-
-/// Writes one event, field by field.
-class EventText
-{
-public:
-    explicit EventText(const char* method) : text_(element("Method", method)) {}
-
-    EventText& text(const char* tag, const std::string& value)
-    {
-        text_ += element(tag, value);
-        return *this;
-    }
-
-    EventText& number(const char* tag, long long value) { return text(tag, std::to_string(value)); }
-
-    EventText& flag(const char* tag, bool value) { return text(tag, value ? "1" : "0"); }
-
-    /// For the record CallPartyInfo, which has room for this much.
-    EventText& party(const char* tag, const std::string& value)
-    {
-        return text(tag, value.substr(0, 64));
-    }
-
-    EventText& payload(const std::string& value)
-    {
-        text_ += value;
-        return *this;
-    }
-
-    std::string str() { return std::move(text_); }
-
-private:
-    std::string text_;
-};
 
 std::string fullPai(const Call& call)
 {
@@ -56,302 +21,170 @@ std::string callStateChange(const Call& call)
     const Party& called = call.incoming ? call.local : call.remote.from;
     const bool digits =
         call.state == numbers::callConnected || call.state == numbers::callConferenced;
-    return EventText("CallStateChangeEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .number("CallState", call.state)
-        .number("Reason", call.reason)
-        .number("SendOptions", digits ? numbers::sendDigits : numbers::sendNothing)
-        .text("URI", call.remote.from.uri())
-        .text("Name", call.remote.from.name)
-        .text("FullPAI", fullPai(call))
-        .party("GPUCLG", calling.number)
-        .party("GPUCLGName", calling.name)
-        .party("GPUCLD", called.number)
-        .party("GPUCLDName", called.name)
-        .number("ResourcePriority", call.remote.priority)
-        .number("PreemptionCause", call.preemptionCause)
-        .text("PreemptionText", call.preemptionText)
-        .flag("CallBackFearureAvailable", call.callBackPossible())
-        .number("ILCallLevel", call.remote.ilCallLevel)
-        .number("ILLocalLevel", call.remote.ilLocalLevel)
-        .str();
+    return event("CallStateChangeEvent", call.line, call.id, call.state, call.reason,
+                 digits ? numbers::sendDigits : numbers::sendNothing, call.remote.from.uri(),
+                 call.remote.from.name, fullPai(call), calling.number, calling.name, called.number,
+                 called.name, call.remote.priority, call.preemptionCause, call.preemptionText,
+                 call.callBackPossible(), call.remote.ilCallLevel, call.remote.ilLocalLevel);
 }
 
 std::string registrationStateChange(const std::string& line, int callId, bool registered,
                                     int registrationResult)
 {
-    return EventText("RegistrationStateChangeEvent")
-        .text("LineID", line)
-        .number("CallID", callId)
-        .flag("Registered", registered)
-        .number("RegistrationResult", registrationResult)
-        .str();
+    return event("RegistrationStateChangeEvent", line, callId, registered, registrationResult);
 }
 
 std::string incomingCall(const Call& call)
 {
     const Arrival& remote = call.remote;
-    return EventText("IncomingCallEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .text("URI", remote.from.uri())
-        .text("Name", remote.from.name)
-        .text("FullPAI", fullPai(call))
-        .text("AlertInformation_AlertURI", remote.alertUri)
-        .text("AlertInformation_InfoParam", remote.alertInfo)
-        .flag("AlertInformation_AutoAnswer", remote.autoAnswer)
-        .number("CallType", remote.type)
-        .text("DiversionURI", remote.divertedBy.uri())
-        .text("DiversionName", remote.divertedBy.name)
-        .number("DiversionReason", remote.diversionReason)
-        .flag("AICSZIPAutoAnswer", remote.zipAutoAnswer)
-        .number("ResourcePriority", remote.priority)
-        .number("ILCallLevel", remote.ilCallLevel)
-        .number("ILLocalLevel", remote.ilLocalLevel)
-        .flag("IsVideoCall", remote.video)
-        .str();
+    return event("IncomingCallEvent", call.line, call.id, remote.from.uri(), remote.from.name,
+                 fullPai(call), remote.alertUri, remote.alertInfo, remote.autoAnswer, remote.type,
+                 remote.divertedBy.uri(), remote.divertedBy.name, remote.diversionReason,
+                 remote.zipAutoAnswer, remote.priority, remote.ilCallLevel, remote.ilLocalLevel,
+                 remote.video);
 }
 
 std::string incomingPickupCall(const std::string& line, int callId, const Party& caller)
 {
-    return EventText("IncomingPickupCallEvent")
-        .text("LineID", line)
-        .number("CallID", callId)
-        .text("URI", caller.uri())
-        .text("Name", caller.name)
-        .text("FullPAI", caller.fullPai())
-        .str();
+    return event("IncomingPickupCallEvent", line, callId, caller.uri(), caller.name,
+                 caller.fullPai());
 }
 
 std::string callHeld(const Call& call)
 {
-    return EventText("CallHeldEvent").text("LineID", call.line).number("CallID", call.id).str();
+    return event("CallHeldEvent", call.line, call.id);
 }
 
 std::string callRetrieved(const Call& call, bool connectedToMediaServer)
 {
-    return EventText("CallRetrievedEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .text("URI", call.remote.from.uri())
-        .text("Name", call.remote.from.name)
-        .text("FullPAI", fullPai(call))
-        .number("ILCallLevel", call.remote.ilCallLevel)
-        .number("ILLocalLevel", call.remote.ilLocalLevel)
-        .flag("ConnectedToMediaServer", connectedToMediaServer)
-        .str();
+    return event("CallRetrievedEvent", call.line, call.id, call.remote.from.uri(),
+                 call.remote.from.name, fullPai(call), call.remote.ilCallLevel,
+                 call.remote.ilLocalLevel, connectedToMediaServer);
 }
 
 std::string featureSuccess(const std::string& line, int callId, int feature)
 {
-    return EventText("FeatureSuccessEvent")
-        .text("LineID", line)
-        .number("CallID", callId)
-        .number("Feature", feature)
-        .str();
+    return event("FeatureSuccessEvent", line, callId, feature);
 }
 
 std::string featureFailed(const std::string& line, int callId, int feature, int featureFailure)
 {
-    return EventText("FeatureFailedEvent")
-        .text("LineID", line)
-        .number("CallID", callId)
-        .number("Feature", feature)
-        .number("FeatureFailure", featureFailure)
-        .str();
+    return event("FeatureFailedEvent", line, callId, feature, featureFailure);
 }
 
 std::string remoteEndpointDetailsChanged(const Call& call, bool exitConf, bool jointCall)
 {
-    return EventText("RemoteEndpointDetailsChangedEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .text("URI", call.remote.from.uri())
-        .text("Name", call.remote.from.name)
-        .text("FullPAI", fullPai(call))
-        .flag("exitConf", exitConf)
-        .flag("jointCall", jointCall)
-        .str();
+    return event("RemoteEndpointDetailsChangedEvent", call.line, call.id, call.remote.from.uri(),
+                 call.remote.from.name, fullPai(call), exitConf, jointCall);
 }
 
 std::string incomingCallMissed(const Call& call, int reason)
 {
-    return EventText("IncomingCallMissedEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .text("URI", call.remote.from.uri())
-        .text("Name", call.remote.from.name)
-        .text("FullPAI", fullPai(call))
-        .number("Reason", reason)
-        .text("DiversionURI", call.remote.divertedBy.uri())
-        .text("DiversionName", call.remote.divertedBy.name)
-        .number("DiversionReason", call.remote.diversionReason)
-        .str();
+    return event("IncomingCallMissedEvent", call.line, call.id, call.remote.from.uri(),
+                 call.remote.from.name, fullPai(call), reason, call.remote.divertedBy.uri(),
+                 call.remote.divertedBy.name, call.remote.diversionReason);
 }
 
 std::string callForwarded(const Call& call, const std::string& newDestination, int reason)
 {
-    return EventText("CallForwardedEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .text("CallingParty", call.remote.from.uri())
-        .text("CallingPartyName", call.remote.from.name)
-        .text("CallingPartyFullPAI", fullPai(call))
-        .text("NewDestination", newDestination)
-        .number("Reason", reason)
-        .str();
+    return event("CallForwardedEvent", call.line, call.id, call.remote.from.uri(),
+                 call.remote.from.name, fullPai(call), newDestination, reason);
 }
 
 std::string devicesChanged()
 {
-    return EventText("DevicesChangedEvent").str();
+    return event("DevicesChangedEvent");
 }
 
 std::string messageWaiting(const std::string& line, const Mailbox& mailbox)
 {
-    return EventText("messageWaitingEvent")
-        .text("LineID", line)
-        .number("type", numbers::messageVoice)
-        .number("new_messages", mailbox.newMessages)
-        .number("old_messages", mailbox.oldMessages)
-        .number("new_urgent_messages", mailbox.newUrgentMessages)
-        .number("old_urgent_messages", mailbox.oldUrgentMessages)
-        .number("return_type", numbers::returnDial)
-        .number("avail_info", numbers::infoCounters)
-        .number("messages_waiting", mailbox.waiting() ? numbers::waitingYes : numbers::waitingNo)
-        .text("voiceMailNumber", mailboxNumber)
-        .str();
+    return event("messageWaitingEvent", line, numbers::messageVoice, mailbox.newMessages,
+                 mailbox.oldMessages, mailbox.newUrgentMessages, mailbox.oldUrgentMessages,
+                 numbers::returnDial, numbers::infoCounters,
+                 mailbox.waiting() ? numbers::waitingYes : numbers::waitingNo, mailboxNumber);
 }
 
 std::string doNotDisturb(const std::string& device, bool on)
 {
-    return EventText("DoNotDisturbEvent").text("deviceId", device).flag("doNotDisturbOn", on).str();
+    return event("DoNotDisturbEvent", device, on);
 }
 
 std::string agentState(const std::string& device, const std::string& state)
 {
-    return EventText("AgentStateEvent").text("deviceId", device).text("agentState", state).str();
+    return event("AgentStateEvent", device, state);
 }
 
 std::string systemStatus(const std::string& status, const std::string& statusInfo)
 {
-    return EventText("systemStatusEvent")
-        .text("status", status)
-        .text("statusInfo", statusInfo)
-        .str();
+    return event("systemStatusEvent", status, statusInfo);
 }
 
 std::string serverFeatureStatus(const std::string& line, const std::string& status)
 {
-    return EventText("serverFeatureStatusEvent").text("lineURI", line).text("status", status).str();
+    return event("serverFeatureStatusEvent", line, status);
 }
 
 std::string incomingAssociatedCall(const std::string& line, int currentCallId, int newCallId)
 {
-    return EventText("IncomingAssociatedCallEvent")
-        .text("LineID", line)
-        .number("CurrentCallID", currentCallId)
-        .number("NewCallID", newCallId)
-        .str();
+    return event("IncomingAssociatedCallEvent", line, currentCallId, newCallId);
 }
 
 std::string b2buaCstaResponse(const std::string& line, bool success, const std::string& payload)
 {
-    return EventText("b2buaCSTAResponse")
-        .text("lineURI", line)
-        .flag("success", success)
-        .payload(payload)
-        .str();
+    return event("b2buaCSTAResponse", line, success, payload);
 }
 
 std::string b2buaCstaEventOrRequest(const std::string& line, const std::string& payload)
 {
-    return EventText("b2buaCSTAEventOrRequest").text("lineURI", line).payload(payload).str();
+    return event("b2buaCSTAEventOrRequest", line, payload);
 }
 
 std::string conferenceStatus(const Call& call, const std::string& xmlContent)
 {
-    return EventText("conferenceStatusEvent")
-        .text("LineID", call.line)
-        .number("CallID", call.id)
-        .text("XMLContent", xmlContent)
-        .str();
+    return event("conferenceStatusEvent", call.line, call.id, xmlContent);
 }
 
 std::string securityStatusChanged(const Call& call, const std::vector<int>& callIdsRecorded,
                                   const std::vector<std::string>& callLineUrisRecorded)
 {
-    return EventText("securityStatusChanged")
-        .text("lineURI", call.line)
-        .number("callId", call.id)
-        .number("securityStatus", call.security)
-        .text("CallIDsRecorded", encodeList(callIdsRecorded))
-        .text("CallLineURIsRecorded", encodeList(callLineUrisRecorded))
-        .str();
+    return event("securityStatusChanged", call.line, call.id, call.security, callIdsRecorded,
+                 callLineUrisRecorded);
 }
 
 std::string preemptionStatusChanged(const Call& call, int priority, int cause,
                                     const std::string& reason)
 {
-    return EventText("preemptionStatusChanged")
-        .text("lineURI", call.line)
-        .number("callId", call.id)
-        .number("priority", priority)
-        .number("cause", cause)
-        .text("reason", reason)
-        .str();
+    return event("preemptionStatusChanged", call.line, call.id, priority, cause, reason);
 }
 
 std::string impactLevelChanged(const Call& call)
 {
-    return EventText("impactLevelChanged")
-        .text("lineURI", call.line)
-        .number("callId", call.id)
-        .number("ILCallLevel", call.remote.ilCallLevel)
-        .number("ILLocalLevel", call.remote.ilLocalLevel)
-        .str();
+    return event("impactLevelChanged", call.line, call.id, call.remote.ilCallLevel,
+                 call.remote.ilLocalLevel);
 }
 
 std::string callRecordingStatus(const Call& call)
 {
-    return EventText("callRecordingStatusEvent")
-        .text("LineID", call.line)
-        .number("callId", call.id)
-        .text("callRecorded", call.recorded ? words::recorded : words::notRecorded)
-        .str();
+    return event("callRecordingStatusEvent", call.line, call.id,
+                 call.recorded ? words::recorded : words::notRecorded);
 }
 
 std::string callCompletion(const CallBack& callBack, int state)
 {
-    return EventText("callCompletionEvent")
-        .text("LineID", callBack.line)
-        .text("URI", callBack.destination.uri())
-        .number("CallCompletionType", callBack.type)
-        .number("CallCompletionState", state)
-        .flag("DisplayOutcomeCallUI", callBack.displayOutcome)
-        .str();
+    return event("callCompletionEvent", callBack.line, callBack.destination.uri(), callBack.type,
+                 state, callBack.displayOutcome);
 }
 
 std::string callCompletionFailed(const CallBack& callBack, int failure)
 {
-    return EventText("callCompletionFailedEvent")
-        .text("LineID", callBack.line)
-        .text("URI", callBack.destination.uri())
-        .number("CallCompletionFailureType", failure)
-        .str();
+    return event("callCompletionFailedEvent", callBack.line, callBack.destination.uri(), failure);
 }
 
 std::string bluetoothAudioStatusChanged(const std::string& line, int callId, bool audioEnabled,
                                         bool audioGateway, bool inBandRinging)
 {
-    return EventText("bluetoothAudioStatusChanged")
-        .text("LineID", line)
-        .number("CallID", callId)
-        .flag("AudioEnabled", audioEnabled)
-        .flag("AudioGateway", audioGateway)
-        .flag("InBandRinging", inBandRinging)
-        .str();
+    return event("bluetoothAudioStatusChanged", line, callId, audioEnabled, audioGateway,
+                 inBandRinging);
 }
 
 }  // namespace kit::service::events

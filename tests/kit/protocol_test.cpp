@@ -1,7 +1,9 @@
 // The protocol is written twice: in the library, and in the kit's table. Here each is held against
 // the other, for every operation and every event.
 #include "Complaint.h"
+#include "application/Subscriber.h"
 #include "kit/binding/Caller.h"
+#include "kit/binding/WireText.h"
 #include "kit/protocol/Lists.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/testing/EventInjector.h"
@@ -268,6 +270,165 @@ TEST_F(Wire, FieldsOfAnAnswerReachTheirOutputs)
     EXPECT_EQ(answered, 2 + 4);
 }
 
+using namespace communications;
+
+/// Every event as a structure, field by field.
+class Structures
+    : public EventSubscriber<
+          CallStateChangeEvent, RegistrationStateChangeEvent, IncomingCallEvent,
+          IncomingPickupCallEvent, CallHeldEvent, CallRetrievedEvent, FeatureSuccessEvent,
+          FeatureFailedEvent, RemoteEndpointDetailsChangedEvent, IncomingCallMissedEvent,
+          CallForwardedEvent, IncomingAssociatedCallEvent, DevicesChangedEvent, MessageWaitingEvent,
+          DoNotDisturbEvent, AgentStateEvent, SecurityStatusChanged, CallRecordingStatusEvent,
+          PreemptionStatusChanged, ImpactLevelChanged, SystemStatusEvent, ServerFeatureStatusEvent,
+          B2buaCSTAResponse, B2buaCSTAEventOrRequest, ConferenceStatusEvent, CallCompletionEvent,
+          CallCompletionFailedEvent, BluetoothAudioStatusChanged>
+{
+public:
+    kit::ReceivedEvent heard;
+
+private:
+    void on(const CallStateChangeEvent& e) override
+    {
+        hear("onCallStateChangeEvent", e.lineId, e.callId, e.callState, e.reason, e.sendOptions,
+             e.uri, e.name, e.fullPai, e.parties, e.resourcePriority, e.preemptionCause,
+             e.preemptionText, e.callBackFeatureAvailable, e.ilCallLevel, e.ilLocalLevel);
+    }
+    void on(const RegistrationStateChangeEvent& e) override
+    {
+        hear("onRegistrationStateChangeEvent", e.lineId, e.callId, e.registered,
+             e.registrationResult);
+    }
+    void on(const IncomingCallEvent& e) override
+    {
+        hear("onIncomingCallEvent", e.lineId, e.callId, e.uri, e.name, e.fullPai, e.alertUri,
+             e.alertInfoParam, e.alertAutoAnswer, e.callType, e.diversionUri, e.diversionName,
+             e.diversionReason, e.zipAutoAnswer, e.resourcePriority, e.ilCallLevel, e.ilLocalLevel,
+             e.isVideoCall);
+    }
+    void on(const IncomingPickupCallEvent& e) override
+    {
+        hear("onIncomingPickupCallEvent", e.lineId, e.callId, e.uri, e.name, e.fullPai);
+    }
+    void on(const CallHeldEvent& e) override { hear("onCallHeldEvent", e.lineId, e.callId); }
+    void on(const CallRetrievedEvent& e) override
+    {
+        hear("onCallRetrievedEvent", e.lineId, e.callId, e.uri, e.name, e.fullPai, e.ilCallLevel,
+             e.ilLocalLevel, e.connectedToMediaServer);
+    }
+    void on(const FeatureSuccessEvent& e) override
+    {
+        hear("onFeatureSuccessEvent", e.lineId, e.callId, e.feature);
+    }
+    void on(const FeatureFailedEvent& e) override
+    {
+        hear("onFeatureFailedEvent", e.lineId, e.callId, e.feature, e.featureFailure);
+    }
+    void on(const RemoteEndpointDetailsChangedEvent& e) override
+    {
+        hear("onRemoteEndpointDetailsChangedEvent", e.lineId, e.callId, e.uri, e.name, e.fullPai,
+             e.exitConf, e.jointCall);
+    }
+    void on(const IncomingCallMissedEvent& e) override
+    {
+        hear("onIncomingCallMissedEvent", e.lineId, e.callId, e.uri, e.name, e.fullPai, e.reason,
+             e.diversionUri, e.diversionName, e.diversionReason);
+    }
+    void on(const CallForwardedEvent& e) override
+    {
+        hear("onCallForwardedEvent", e.lineId, e.callId, e.callingParty, e.callingPartyName,
+             e.callingPartyFullPai, e.newDestination, e.reason);
+    }
+    void on(const IncomingAssociatedCallEvent& e) override
+    {
+        hear("onIncomingAssociatedCallEvent", e.lineId, e.currentCallId, e.newCallId);
+    }
+    void on(const DevicesChangedEvent&) override { hear("onDevicesChangedEvent"); }
+    void on(const MessageWaitingEvent& e) override
+    {
+        hear("onMessageWaitingEvent", e.lineId, e.type, e.newMessages, e.oldMessages,
+             e.newUrgentMessages, e.oldUrgentMessages, e.returnType, e.availInfo, e.messagesWaiting,
+             e.voiceMailNumber);
+    }
+    void on(const DoNotDisturbEvent& e) override
+    {
+        hear("onDoNotDisturbEvent", e.deviceId, e.doNotDisturbOn);
+    }
+    void on(const AgentStateEvent& e) override
+    {
+        hear("onAgentStateEvent", e.deviceId, e.agentState);
+    }
+    void on(const SecurityStatusChanged& e) override
+    {
+        hear("onSecurityStatusChanged", e.lineURI, e.callId, e.securityStatus, e.callIdsRecorded,
+             e.callLineURIsRecorded);
+    }
+    void on(const CallRecordingStatusEvent& e) override
+    {
+        hear("onCallRecordingStatusEvent", e.lineId, e.callId, e.callRecorded);
+    }
+    void on(const PreemptionStatusChanged& e) override
+    {
+        hear("onPreemptionStatusChanged", e.lineURI, e.callId, e.priority, e.cause, e.reason);
+    }
+    void on(const ImpactLevelChanged& e) override
+    {
+        hear("onImpactLevelChanged", e.lineURI, e.callId, e.ilCallLevel, e.ilLocalLevel);
+    }
+    void on(const SystemStatusEvent& e) override
+    {
+        hear("onSystemStatusEvent", e.status, e.statusInfo);
+    }
+    void on(const ServerFeatureStatusEvent& e) override
+    {
+        hear("onServerFeatureStatusEvent", e.lineURI, e.status);
+    }
+    void on(const B2buaCSTAResponse& e) override
+    {
+        hear("onB2buaCSTAResponse", e.lineURI, e.success, e.cstaResponse);
+    }
+    void on(const B2buaCSTAEventOrRequest& e) override
+    {
+        hear("onB2buaCSTAEventOrRequest", e.lineURI, e.cstaMessage);
+    }
+    void on(const ConferenceStatusEvent& e) override
+    {
+        hear("onConferenceStatusEvent", e.lineId, e.callId, e.xmlContent);
+    }
+    void on(const CallCompletionEvent& e) override
+    {
+        hear("onCallCompletionEvent", e.lineId, e.uri, e.callCompletionType, e.callCompletionState,
+             e.displayOutcomeCallUI);
+    }
+    void on(const CallCompletionFailedEvent& e) override
+    {
+        hear("onCallCompletionFailedEvent", e.lineId, e.uri, e.callCompletionFailureType);
+    }
+    void on(const BluetoothAudioStatusChanged& e) override
+    {
+        hear("onBluetoothAudioStatusChanged", e.lineId, e.callId, e.audioEnabled, e.audioGateway,
+             e.inBandRinging);
+    }
+
+    template <typename... Values>
+    void hear(const char* callback, const Values&... values)
+    {
+        heard = {kit::findCallback(callback), {}};
+        (add(values), ...);
+    }
+    template <typename Value>
+    void add(const Value& value)
+    {
+        heard.values.push_back(kit::wireText(value));
+    }
+    void add(const CallParties& parties)
+    {
+        for (const std::string& text :
+             {parties.callingNumber, parties.callingName, parties.calledNumber, parties.calledName})
+            heard.values.push_back(text);
+    }
+};
+
 class Events : public testing::Test
 {
 protected:
@@ -282,6 +443,8 @@ protected:
 
     kit::EventRecorder recorder_;
     kit::EventInjector injector_{recorder_};
+    Structures structures_;
+    kit::EventInjector intoStructures_{structures_};
 };
 
 std::vector<std::string> onTheWire(const kit::Event& event, const Values& values)
@@ -312,6 +475,10 @@ TEST_F(Events, EachReachesItsCallbackWithTheValuesOfTheTable)
             const kit::ReceivedEvent received = only();
             EXPECT_EQ(received.method(), event.method);
             EXPECT_EQ(received.values, onTheWire(event, values));
+            const std::string text = kit::eventOfTexts(event.method, received.values);
+            intoStructures_.raw(text);
+            EXPECT_EQ(structures_.heard.event, &event);
+            EXPECT_EQ(structures_.heard.values, received.values);
         }
     }
     EXPECT_EQ(kit::events().size(), 28u);
@@ -450,6 +617,27 @@ TEST(Building, TakesNamesAndNumbers)
     EXPECT_EQ(kit::requestText(*kit::findOperation("holdCall"), {{"line", "1001"}}),
               "<Method>HoldCall</Method><Line>1001</Line><CallID>0</CallID>"
               "<HoldCallReason>0</HoldCallReason><Manual>0</Manual>");
+}
+
+TEST(Building, EventsInTheOrderOfTheirFields)
+{
+    EXPECT_EQ(kit::event("b2buaCSTAResponse", "1001", false, "<a>"),
+              "<Method>b2buaCSTAResponse</Method><lineURI>1001</lineURI><success>0</success><a>");
+    EXPECT_EQ(kit::event("messageWaitingEvent", "1", 2, 3u, 4294967295u, 5u, 6u, 7, 8, -9, "10"),
+              "<Method>messageWaitingEvent</Method><LineID>1</LineID><type>2</type>"
+              "<new_messages>3</new_messages><old_messages>4294967295</old_messages>"
+              "<new_urgent_messages>5</new_urgent_messages>"
+              "<old_urgent_messages>6</old_urgent_messages><return_type>7</return_type>"
+              "<avail_info>8</avail_info><messages_waiting>-9</messages_waiting>"
+              "<voiceMailNumber>10</voiceMailNumber>");
+    const std::string state = kit::eventOfTexts("CallStateChangeEvent",
+                                                std::vector<std::string>(18, std::string(65, 'x')));
+    EXPECT_NE(state.find("<GPUCLG>" + std::string(64, 'x') + "</GPUCLG>"), std::string::npos);
+    EXPECT_EQ(
+        kit::test::complaintOf<std::invalid_argument>([] { kit::event("CallHeldEvent", "1"); }),
+        "CallHeldEvent has 2 fields, not 1");
+    EXPECT_EQ(kit::test::complaintOf<std::invalid_argument>([] { kit::event("CallHeld"); }),
+              "there is no event CallHeld");
 }
 
 TEST(Building, SaysWhatIsWrong)
