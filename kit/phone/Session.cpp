@@ -7,6 +7,7 @@
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 #include "kit/trace/Labels.h"
+#include "kit/trace/Page.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -77,6 +78,20 @@ private:
     Session& session_;
 };
 
+namespace
+{
+
+void openFor(std::ofstream& out, const std::string& file)
+{
+    if (file.empty())
+        return;
+    out.open(file, std::ios::trunc);
+    if (!out)
+        throw std::runtime_error("cannot write " + file + ": " + std::strerror(errno));
+}
+
+}  // namespace
+
 Session::Session(Settings settings, Display& display)
     : settings_(std::move(settings)),
       display_(display),
@@ -85,18 +100,11 @@ Session::Session(Settings settings, Display& display)
       wire_(settings_.wire),
       ear_(std::make_unique<Ear>(*this))
 {
-    if (!settings_.traceFile.empty())
-    {
-        trace_.open(settings_.traceFile, std::ios::trunc);
-        if (!trace_)
-            throw std::runtime_error("cannot write " + settings_.traceFile + ": " +
-                                     std::strerror(errno));
-        TraceHead head;
-        head.format = traceFormat;
-        head.start = std::chrono::system_clock::now();
-        head.program = "communications-phone";
-        trace_ << toJson(head) << '\n';
-    }
+    pageTrace_.head = {traceFormat, std::chrono::system_clock::now(), "communications-phone"};
+    openFor(trace_, settings_.traceFile);
+    if (trace_.is_open())
+        trace_ << toJson(pageTrace_.head) << '\n';
+    openFor(page_, settings_.pageFile);
     if (pipe2(wake_, O_NONBLOCK | O_CLOEXEC) != 0)
         throw std::runtime_error(std::string("no pipe: ") + std::strerror(errno));
     Framework::Options options;
@@ -463,6 +471,8 @@ void Session::record(const TraceRecord& record)
         const std::lock_guard<std::mutex> lock(recordsMutex_);
         if (trace_.is_open())
             trace_ << toJson(record) << '\n' << std::flush;
+        if (page_.is_open())
+            pageTrace_.records.push_back(record);
         if (picture_ != Picture::none || wire_)
             records_.push_back(record);
     }
@@ -535,11 +545,17 @@ bool Session::finish()
         draw(flow_.finish());
     display_.endProgress();
     const std::lock_guard<std::mutex> lock(recordsMutex_);
-    if (trace_)
-        return true;
-    display_.complain("the trace is not complete: " + settings_.traceFile +
-                      " could not be written to the end");
-    return false;
+    if (page_.is_open())
+    {
+        writePage(page_, pageTrace_, settings_.pageTitle);
+        page_.close();
+    }
+    for (const auto& [stream, file] :
+         {std::pair(&trace_, settings_.traceFile), std::pair(&page_, settings_.pageFile)})
+        if (!*stream)
+            display_.complain("the trace is not complete: " + file +
+                              " could not be written to the end");
+    return trace_ && page_;
 }
 
 void Session::keepTime()

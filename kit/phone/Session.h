@@ -68,6 +68,8 @@ public:
         /// Time passes as outside; else it passes only while something is waited for, and at once.
         bool realTime = true;
         std::string traceFile;  ///< "" for none
+        std::string pageFile;   ///< a page of the trace; "" for none
+        std::string pageTitle;
         Picture picture = Picture::none;
         bool echo = false;
         bool wire = false;
@@ -156,6 +158,8 @@ private:
     std::deque<TraceRecord> records_;      ///< told by the connection, not shown yet
     std::vector<std::string> complaints_;  ///< the service's, not shown yet
     std::ofstream trace_;
+    std::ofstream page_;
+    Trace pageTrace_;
     Flow flow_;
     TextLadder textLadder_;
     MermaidLadder mermaidLadder_;

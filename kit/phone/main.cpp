@@ -6,6 +6,7 @@
 #include "kit/phone/LineEditor.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
+#include "kit/trace/Page.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -30,6 +31,7 @@ struct Options
     std::string script;
     std::string trace;
     std::string ladderFrom;
+    std::string page;
     std::string history;
     std::string timeout = "5s";
     bool ladder = false;
@@ -81,6 +83,10 @@ void declare(CLI::App& app, Options& options)
                    "Draw the call flow of a trace, with --mermaid as such, and exit")
         ->type_name("FILE")
         ->excludes(ladder);
+    app.add_option("--html", options.page,
+                   "Write the trace, of what is done here or of --ladder-from, as a page "
+                   "for a browser")
+        ->type_name("FILE");
     app.add_option("--history", options.history, "Keep the typed lines in this file")
         ->type_name("FILE");
     app.footer(footer);
@@ -105,6 +111,15 @@ std::string describe(const CLI::App& app, const CLI::ParseError& error)
     return text + (near.empty() ? "; --help lists them" : ", did you mean " + near + "?");
 }
 
+void drawPage(const Trace& trace, const Options& options)
+{
+    std::ofstream out(options.page, std::ios::trunc);
+    if (out)
+        writePage(out, trace, options.ladderFrom.substr(options.ladderFrom.rfind('/') + 1));
+    if (!out.flush())
+        throw std::runtime_error("cannot write " + options.page + ": " + std::strerror(errno));
+}
+
 int drawTrace(const Options& options)
 {
     std::ifstream in(options.ladderFrom);
@@ -112,7 +127,9 @@ int drawTrace(const Options& options)
         throw std::runtime_error("cannot read " + options.ladderFrom + ": " + std::strerror(errno));
     const Trace trace = readTrace(in, options.ladderFrom);
     const std::vector<FlowStep> steps = stepsOf(trace.records);
-    if (!steps.empty() || trace.complaint.empty())
+    if (!options.page.empty())
+        drawPage(trace, options);
+    else if (!steps.empty() || trace.complaint.empty())
         std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps)) << std::flush;
     if (trace.complaint.empty())
         return static_cast<int>(Verdict::met);
@@ -146,6 +163,8 @@ public:
             throw Mistake("--timeout must be longer than 0");
         settings.library = options_.library;
         settings.traceFile = options_.trace;
+        settings.pageFile = options_.page;
+        settings.pageTitle = options_.script.empty() ? "communications-phone" : options_.script;
         settings.picture = options_.mermaid  ? Session::Picture::mermaid
                            : options_.ladder ? Session::Picture::text
                                              : Session::Picture::none;

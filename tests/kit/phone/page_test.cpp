@@ -1,0 +1,144 @@
+// What a page of a trace holds; what a browser makes of it is tested in tests/page/.
+
+#include "kit/trace/Page.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace kit
+{
+
+namespace
+{
+
+constexpr const char* before = R"(<script type="application/json" id="trace">)";
+
+std::string pageOf(const Trace& trace)
+{
+    std::ostringstream page;
+    writePage(page, trace, "a trace");
+    return page.str();
+}
+
+/// The JSON of the page, up to the first end of a script, as a browser finds it.
+nlohmann::json traceIn(const std::string& page)
+{
+    const std::size_t begin = page.find(before) + std::string(before).size();
+    return nlohmann::json::parse(page.substr(begin, page.find("</script", begin) - begin));
+}
+
+TraceRecord record(TraceRecord::Kind kind, const std::string& text, int number = 0)
+{
+    TraceRecord record;
+    record.kind = kind;
+    record.text = text;
+    record.number = number;
+    return record;
+}
+
+constexpr auto request = TraceRecord::Kind::request;
+constexpr auto answer = TraceRecord::Kind::answer;
+constexpr auto event = TraceRecord::Kind::event;
+
+TEST(TracePage, HoldsFieldsByNameAndByValue)
+{
+    Trace trace;
+    trace.records = {record(request,
+                            "<Method>HoldCall</Method><Line>1001</Line><CallID>7</CallID>"
+                            "<HoldCallReason>1</HoldCallReason><Other>x</Other>",
+                            3)};
+    trace.records[0].time = std::chrono::microseconds(1234567);
+    trace.records[0].thread = 2;
+    const nlohmann::json page = traceIn(pageOf(trace));
+    const nlohmann::json& held = page["records"][0];
+    EXPECT_EQ(held["t"], 1234567);
+    EXPECT_EQ(held["h"], 2);
+    EXPECT_EQ(held["n"], 3);
+    EXPECT_EQ(held["e"].dump(), R"([[0,"1001"],[1,"7"],[2,"1","hold"],["Other","x"]])");
+    const nlohmann::json& kind = page["kinds"][held["m"].get<std::size_t>()];
+    EXPECT_EQ(kind["name"], "HoldCall");
+    EXPECT_EQ(kind["fields"][0].dump(), R"(["line","Line","the line","line"])");
+    EXPECT_EQ(kind["fields"][1].dump(), R"(["callId","CallID","the call","call"])");
+    EXPECT_EQ(page["name"], "a trace");
+}
+
+TEST(TracePage, TellsWhatWasRefused)
+{
+    const std::string forwarding = "<Method>getForwardingConfiguration</Method>";
+    struct Case
+    {
+        std::string request;
+        std::string answer;
+        bool refused;
+    };
+    const Case cases[] = {
+        {"<Method>HoldCall</Method>", "sfiSuccess", false},
+        {"<Method>HoldCall</Method>", "sfiFailure", true},
+        {"<Method>HoldCall</Method>", "sfiFailureCallBackToMany", true},
+        {"<Method>HoldCall</Method>", "", true},
+        {"<Method>HoldCall</Method>", "sfiSuccess ", true},
+        {forwarding, "<sfiResult>sfiSuccess</sfiResult><status>1</status>", false},
+        {forwarding, "<sfiResult>sfiFailure</sfiResult><status>1</status>", true},
+        {forwarding, "<status>1</status>", true},
+        {"<Method>isCallHoldPossible</Method>", "false", false},
+        {"<Method>Unheard</Method>", "sfiFailure", true},
+        {"<Method>Unheard</Method>", "whatever", false},
+    };
+    Trace trace;
+    int number = 0;
+    for (const Case& each : cases)
+    {
+        trace.records.push_back(record(request, each.request, ++number));
+        trace.records.push_back(record(answer, each.answer, number));
+    }
+    trace.records.push_back(record(event, "<Method>FeatureFailedEvent</Method>"));
+    trace.records.push_back(record(event, "<Method>FeatureSuccessEvent</Method>"));
+    const nlohmann::json records = traceIn(pageOf(trace))["records"];
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(records[2 * i + 1].contains("r"), cases[i].refused)
+            << cases[i].request << " -> " << cases[i].answer;
+    EXPECT_TRUE(records[2 * std::size(cases)].contains("r"));
+    EXPECT_FALSE(records[2 * std::size(cases) + 1].contains("r"));
+}
+
+TEST(TracePage, NothingInATraceEndsItsElement)
+{
+    const std::string empty = pageOf({});
+    const std::string hostile = "</script><script>alert(1)</script><!-- \xe2\x80\xa8 <img src=x>";
+    Trace trace;
+    trace.head.program = hostile;
+    trace.complaint = hostile;
+    for (const auto kind : {request, answer, event, TraceRecord::Kind::control})
+    {
+        trace.records.push_back(record(kind, hostile, 1));
+        trace.records.push_back(record(kind, "<Method>" + hostile + "</Method>" + hostile, 2));
+        trace.records.back().channel = hostile;
+    }
+    const std::string page = pageOf(trace);
+    const auto tags = [](const std::string& text)
+    { return std::count(text.begin(), text.end(), '<'); };
+    EXPECT_EQ(tags(page), tags(empty));
+    const nlohmann::json read = traceIn(page);
+    EXPECT_EQ(read["complaint"], hostile);
+    EXPECT_EQ(read["program"], hostile);
+    EXPECT_EQ(read["records"].size(), 8U);
+}
+
+TEST(TracePage, BytesThatAreNoText)
+{
+    Trace trace;
+    trace.records = {record(request, std::string("<Method>\xff</Method><a>\x00\xe4</a>", 27), 1)};
+    trace.records[0].channel = "\xfe";
+    const nlohmann::json page = traceIn(pageOf(trace));
+    const nlohmann::json& held = page["records"][0];
+    EXPECT_EQ(held["x"], "3c4d6574686f643eff3c2f4d6574686f643e3c613e00e43c2f613e");
+    EXPECT_EQ(page["kinds"][0]["name"], "\\xff");
+    EXPECT_EQ(held["e"].dump(), R"([["a","\\x00\\xe4"]])");
+    EXPECT_EQ(held["c"], "\\xfe");
+}
+
+}  // namespace
+
+}  // namespace kit
