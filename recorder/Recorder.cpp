@@ -25,6 +25,7 @@ namespace
 constexpr std::size_t capacity = 256U << 10;  // of each of the two buffers
 constexpr std::size_t piece = 64U << 10;      // that is written at once
 constexpr std::chrono::milliseconds period(250);
+constexpr const char* noRoom = "more at once than there is room for";
 
 template <typename Clock>
 std::int64_t microseconds()
@@ -95,12 +96,13 @@ void logLine(const char* text) noexcept
 struct Recorder::Entry
 {
     std::int64_t time;
-    std::uintptr_t thread;
+    pthread_t thread;
     std::uint32_t number;
     std::uint32_t channelLength;
     std::uint32_t textLength;
     Kind kind;
     Sending sending;
+    std::uint64_t dropped;  ///< in front of it
 };
 
 Recorder::Recorder(const Settings& settings)
@@ -190,17 +192,16 @@ void Recorder::take(Kind kind, Sending sending, std::uint32_t number, std::strin
         {
             const std::size_t before = filled_;
             const Entry entry = {now(),
-                                 reinterpret_cast<std::uintptr_t>(pthread_self()),
+                                 pthread_self(),
                                  number,
                                  static_cast<std::uint32_t>(channel.size()),
                                  static_cast<std::uint32_t>(text.size()),
                                  kind,
-                                 sending};
-            char* const to = filling_.get();
-            std::memcpy(to + filled_, &entry, sizeof entry);
-            filled_ += sizeof entry;
-            filled_ += channel.copy(to + filled_, channel.size());
-            filled_ += text.copy(to + filled_, text.size());
+                                 sending,
+                                 std::exchange(dropped_, 0)};
+            put(&entry, sizeof entry);
+            put(channel.data(), channel.size());
+            put(text.data(), text.size());
             // The first wakes the writer, which then waits for more until half the room is gone.
             wake = before == 0 || (before < capacity / 2 && filled_ >= capacity / 2);
         }
@@ -209,6 +210,13 @@ void Recorder::take(Kind kind, Sending sending, std::uint32_t number, std::strin
         changed_.notify_one();
     if (troubled_.load(std::memory_order_relaxed))
         tellTrouble();
+}
+
+void Recorder::put(const void* bytes, std::size_t size)
+{
+    if (size > 0)
+        std::memcpy(filling_.get() + filled_, bytes, size);
+    filled_ += size;
 }
 
 void Recorder::tellTrouble() noexcept
@@ -276,6 +284,8 @@ void Recorder::writeDown(std::size_t length, std::uint64_t dropped) noexcept
         try
         {
             lastTime_ = entry.time;
+            if (entry.dropped > 0)
+                addDropped(entry.dropped, entry.time, noRoom);
             Record record = {entry.kind,   entry.sending, entry.time, threadNumber(entry.thread),
                              entry.number, channel,       text};
             std::string masked;
@@ -295,7 +305,7 @@ void Recorder::writeDown(std::size_t length, std::uint64_t dropped) noexcept
     try
     {
         if (dropped > 0)
-            addDropped(dropped, lastTime_, "more at once than there is room for");
+            addDropped(dropped, lastTime_, noRoom);
         flush();
     }
     catch (const std::exception&)
@@ -313,7 +323,7 @@ void Recorder::add(const Record& record)
         ++lost_;
         return;
     }
-    constexpr std::size_t roomForDropped = 160;
+    constexpr std::size_t roomForDropped = 400;  // three lines at most come before the next look
     if (!file_.hasRoom(text_.size() + line_.size() + roomForDropped))
     {
         flush();
@@ -367,7 +377,7 @@ void Recorder::fail(int error)
     troubled_ = true;
 }
 
-int Recorder::threadNumber(std::uintptr_t thread)
+int Recorder::threadNumber(pthread_t thread)
 {
     std::size_t place = 0;
     while (place < threadCount_ && threads_[place] != thread)

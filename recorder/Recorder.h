@@ -6,6 +6,8 @@
 #include "recorder/TraceFile.h"
 #include "recorder/TraceLine.h"
 
+#include <pthread.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -61,6 +63,7 @@ private:
 
     void take(Kind kind, Sending sending, std::uint32_t number, std::string_view text,
               std::string_view channel, const void* subscriber) noexcept;
+    void put(const void* bytes, std::size_t size);
     void tellTrouble() noexcept;
 
     // The writer's, on its thread alone.
@@ -70,7 +73,7 @@ private:
     void addDropped(std::uint64_t count, std::int64_t time, const char* reason);
     void flush();
     void fail(int error);
-    int threadNumber(std::uintptr_t thread);
+    int threadNumber(pthread_t thread);
     std::int64_t now() const;
 
     const Settings settings_;
@@ -101,7 +104,7 @@ private:
     std::uint64_t lost_ = 0;    ///< records that could not be written
     std::int64_t lastTime_ = 0;
     bool failing_ = false;
-    std::uintptr_t threads_[256] = {};
+    pthread_t threads_[256] = {};
     std::size_t threadCount_ = 0;
     std::thread writer_;
 };

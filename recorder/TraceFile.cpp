@@ -51,6 +51,7 @@ int TraceFile::startAnew()
     if (file_ >= 0 && regular_)
         std::rename(mine_.c_str(), old_.c_str());
     close();
+    size_ = 0;
     return claim();
 }
 
