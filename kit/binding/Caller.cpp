@@ -1,9 +1,12 @@
 #include "kit/binding/Caller.h"
 
-#include "kit/protocol/Lists.h"
+#include "kit/binding/WireText.h"
 
 #include <algorithm>
 #include <stdexcept>
+#include <tuple>
+#include <type_traits>
+#include <utility>
 
 namespace kit
 {
@@ -11,7 +14,7 @@ namespace kit
 namespace
 {
 
-/// One call under way: arguments by position, and where its outcome goes.
+/// One call under way: what was given for the row's arguments, and where its outcome goes.
 struct Call
 {
     CommunicationsServiceIfc& service;
@@ -20,108 +23,138 @@ struct Call
     std::vector<bool> isNull;
     Executable* subscriber;
     Outcome outcome;
-
-    std::string& text(std::size_t i) { return values.at(i); }
-    const char* cString(std::size_t i) { return isNull.at(i) ? nullptr : values.at(i).c_str(); }
-    int number(std::size_t i) { return static_cast<int>(std::stoll(values.at(i))); }
-    bool flag(std::size_t i) { return values.at(i) == "1" || values.at(i) == "TRUE"; }
-
-    void result(int code)
-    {
-        outcome.returned = Outcome::Returned::result;
-        outcome.number = code;
-    }
-
-    void answer(bool yes)
-    {
-        outcome.returned = Outcome::Returned::flag;
-        outcome.number = yes ? 1 : 0;
-    }
-
-    void output(const std::string& value) { outcome.outputs.push_back(value); }
-    void output(int value) { outcome.outputs.push_back(std::to_string(value)); }
-    void output(unsigned int value) { outcome.outputs.push_back(std::to_string(value)); }
-    void output(bool value) { outcome.outputs.push_back(value ? "1" : "0"); }
 };
 
-sfiFeature feature(int number)
+// How an argument of each type is read from what was given.
+
+void read(const Call& c, std::size_t i, std::string& argument)
 {
-    return static_cast<sfiFeature>(number);
+    argument = c.values[i];
 }
 
-void getMessageWaitingIndicator(Call& c)
+void read(const Call& c, std::size_t i, const char*& argument)
 {
-    int type = -1;
-    unsigned int newMsgs = 4294967295U;
-    unsigned int oldMsgs = 4294967295U;
-    unsigned int newUrgMsgs = 4294967295U;
-    unsigned int oldUrgMsgs = 4294967295U;
-    int returnType = -1;
-    int availableInfo = -1;
-    int messagesWaiting = -1;
-    std::string voiceMailNumber;
-    c.result(c.service.getMessageWaitingIndicator(type, newMsgs, oldMsgs, newUrgMsgs, oldUrgMsgs,
-                                                  returnType, availableInfo, messagesWaiting,
-                                                  voiceMailNumber));
-    c.output(type);
-    c.output(newMsgs);
-    c.output(oldMsgs);
-    c.output(newUrgMsgs);
-    c.output(oldUrgMsgs);
-    c.output(returnType);
-    c.output(availableInfo);
-    c.output(messagesWaiting);
-    c.output(voiceMailNumber);
+    argument = c.isNull[i] ? nullptr : c.values[i].c_str();
 }
 
-void getForwardingConfiguration(Call& c)
+void read(const Call& c, std::size_t i, bool& argument)
 {
-    bool status = true;
-    std::string uri;
-    int cfnrRingCount = -1;
-    c.result(c.service.getForwardingConfiguration(static_cast<sfiForwardingType>(c.number(0)),
-                                                  status, uri, cfnrRingCount));
-    c.output(status);
-    c.output(uri);
-    c.output(cfnrRingCount);
+    argument = c.values[i] == "1" || c.values[i] == "TRUE";
 }
 
-void getServiceState(Call& c)
+void read(const Call& c, std::size_t, Executable*& argument)
 {
-    sfiServiceState state = static_cast<sfiServiceState>(-1);
-    c.result(c.service.getServiceState(state));
-    const bool known = state >= sfiServiceInService && state <= sfiServiceDoNotDisturb;
-    c.output(known ? nameOf(Meaning::serviceState, state) : std::string());
+    argument = c.subscriber;
 }
 
-void getDevices(Call& c)
-{
-    std::vector<std::string> devices;
-    c.result(c.service.getDevices(devices));
-    c.output(encodeList(devices));
-}
-
-void getDoNotDisturb(Call& c)
-{
-    bool on = true;
-    c.result(c.service.getDoNotDisturb(c.text(0), on));
-    c.output(on);
-}
-
-void getMicrophoneMute(Call& c)
-{
-    bool muted = true;
-    c.result(c.service.getMicrophoneMute(muted));
-    c.output(muted);
-}
-
-void setServiceState(Call& c)
+void read(const Call& c, std::size_t i, sfiServiceState& argument)
 {
     int state = 0;
-    if (!numberOf(Meaning::serviceState, c.text(0), state))
-        throw std::invalid_argument("state is the name of a service state, not \"" + c.text(0) +
+    if (!numberOf(Meaning::serviceState, c.values[i], state))
+        throw std::invalid_argument("state is the name of a service state, not \"" + c.values[i] +
                                     "\"");
-    c.result(c.service.setServiceState(static_cast<sfiServiceState>(state)));
+    argument = static_cast<sfiServiceState>(state);
+}
+
+/// Numbers and the enumerations that travel as numbers.
+template <typename Number>
+void read(const Call& c, std::size_t i, Number& argument)
+{
+    argument = static_cast<Number>(std::stoi(c.values[i]));
+}
+
+/// Never an argument.
+void read(const Call&, std::size_t, std::vector<std::string>&) {}
+
+// What an output of each type holds before the call.
+
+template <typename Number>
+void prepare(Number& output)
+{
+    output = static_cast<Number>(-1);
+}
+
+void prepare(bool& output)
+{
+    output = true;
+}
+
+void prepare(std::string&) {}
+
+void prepare(std::vector<std::string>&) {}
+
+// What was returned.
+
+void take(Outcome& outcome, int result)
+{
+    outcome.returned = Outcome::Returned::result;
+    outcome.number = result;
+}
+
+void take(Outcome& outcome, bool flag)
+{
+    outcome.returned = Outcome::Returned::flag;
+    outcome.number = flag ? 1 : 0;
+}
+
+void take(Outcome& outcome, const std::string& text)
+{
+    outcome.returned = Outcome::Returned::text;
+    outcome.text = text;
+}
+
+template <typename Declared>
+constexpr bool mayBeOutput =
+    std::is_lvalue_reference_v<Declared> && !std::is_const_v<std::remove_reference_t<Declared>>;
+
+/// Whatever stands behind the arguments of the operation's row is an output.
+template <typename Declared>
+void fill(const Call& c, std::size_t place, std::decay_t<Declared>& argument)
+{
+    if (place < c.operation.arguments.size())
+        read(c, place, argument);
+    else if constexpr (mayBeOutput<Declared>)
+        prepare(argument);
+}
+
+template <typename Declared>
+void keep(Call& c, std::size_t place, const std::decay_t<Declared>& argument)
+{
+    if constexpr (mayBeOutput<Declared>)
+        if (place >= c.operation.arguments.size())
+            c.outcome.outputs.push_back(wireText(argument));
+}
+
+template <typename Result, typename... Arguments, std::size_t... Places>
+void invoke(Call& c, Result (CommunicationsServiceIfc::*operation)(Arguments...),
+            std::index_sequence<Places...>)
+{
+    std::tuple<std::decay_t<Arguments>...> arguments;
+    (fill<Arguments>(c, Places, std::get<Places>(arguments)), ...);
+    if constexpr (std::is_void_v<Result>)
+        (c.service.*operation)(std::get<Places>(arguments)...);
+    else
+        take(c.outcome, (c.service.*operation)(std::get<Places>(arguments)...));
+    (keep<Arguments>(c, Places, std::get<Places>(arguments)), ...);
+}
+
+template <typename Result, typename... Arguments>
+void invoke(Call& c, Result (CommunicationsServiceIfc::*operation)(Arguments...))
+{
+    invoke(c, operation, std::index_sequence_for<Arguments...>());
+}
+
+template <auto Operation>
+void run(Call& c)
+{
+    invoke(c, Operation);
+}
+
+/// The one whose text has a length of its own.
+void runProcessSignallingComponentEvent(Call& c)
+{
+    c.service.processSignallingComponentEvent(c.values[0].data(),
+                                              static_cast<int>(c.values[0].size()));
 }
 
 struct Row
@@ -130,60 +163,58 @@ struct Row
     void (*run)(Call& c);
 };
 
-// The operations as they are declared; the arguments' kinds as they are declared too, and not as the
-// table of the protocol has them.
-// clang-format off
+using Ifc = CommunicationsServiceIfc;
+
 const Row rows[] = {
-    {"processSignallingComponentEvent", [](Call& c) { c.service.processSignallingComponentEvent(c.text(0).data(), static_cast<int>(c.text(0).size())); }},
-    {"activate", [](Call& c) { c.result(c.service.activate()); }},
-    {"deactivate", [](Call& c) { c.result(c.service.deactivate(c.flag(0))); }},
-    {"callClear", [](Call& c) { c.result(c.service.callClear(c.text(0), c.number(1), static_cast<CSTAEventCause>(c.number(2)))); }},
-    {"outgoingCallMake", [](Call& c) { c.result(c.service.outgoingCallMake(c.text(0), c.number(1), c.cString(2), c.flag(3), c.flag(4), c.flag(5))); }},
-    {"acceptCall", [](Call& c) { c.result(c.service.acceptCall(c.text(0), c.number(1), c.flag(2))); }},
-    {"answerCall", [](Call& c) { c.result(c.service.answerCall(c.text(0), c.number(1))); }},
-    {"deflectCall", [](Call& c) { c.result(c.service.deflectCall(c.text(0), c.number(1), c.cString(2))); }},
-    {"holdCall", [](Call& c) { c.result(c.service.holdCall(c.text(0), c.number(1), feature(c.number(2)), c.flag(3))); }},
-    {"retrieveCall", [](Call& c) { c.result(c.service.retrieveCall(c.text(0), c.number(1))); }},
-    {"attendedTransferCall", [](Call& c) { c.result(c.service.attendedTransferCall(c.text(0), c.number(1), c.number(2))); }},
-    {"blindTransferCall", [](Call& c) { c.result(c.service.blindTransferCall(c.text(0), c.number(1), c.cString(2))); }},
-    {"SendCSTARequest", [](Call& c) { c.result(c.service.SendCSTARequest(c.text(0), c.text(1))); }},
-    {"sendUACSTAServerMessage", [](Call& c) { c.service.sendUACSTAServerMessage(c.text(0), c.text(1)); }},
-    {"InitializeOrFinalizeServerFeatures", [](Call& c) { c.service.InitializeOrFinalizeServerFeatures(c.text(0), c.flag(1)); }},
-    {"activateCallbackRinging", [](Call& c) { c.result(c.service.activateCallbackRinging(c.text(0), c.number(1))); }},
-    {"activateCallbackBusy", [](Call& c) { c.result(c.service.activateCallbackBusy(c.text(0), c.number(1))); }},
-    {"cancelCallbacks", [](Call& c) { c.result(c.service.cancelCallbacks(c.text(0), c.number(1), c.text(2), static_cast<sfiCancelCallBackType>(c.number(3)), c.flag(4))); }},
-    {"consultationCall", [](Call& c) { c.result(c.service.consultationCall(c.text(0), c.number(1), c.cString(2))); }},
-    {"refuseCall", [](Call& c) { c.result(c.service.refuseCall(c.text(0), c.number(1), static_cast<sfiRefuseCall>(c.number(2)))); }},
-    {"subscribe", [](Call& c) { c.result(c.service.subscribe(c.subscriber)); }},
-    {"directedPickupCall", [](Call& c) { c.result(c.service.directedPickupCall(c.text(0), c.number(1), c.text(2), c.flag(3))); }},
-    {"groupPickupCall", [](Call& c) { c.result(c.service.groupPickupCall(c.text(0), c.number(1))); }},
-    {"setServiceState", setServiceState},
-    {"getServiceState", getServiceState},
-    {"setDoNotDisturb", [](Call& c) { c.result(c.service.setDoNotDisturb(c.text(0), c.flag(1))); }},
-    {"getDoNotDisturb", getDoNotDisturb},
-    {"setAgentState", [](Call& c) { c.result(c.service.setAgentState(c.text(0), c.text(1))); }},
-    {"setMicrophoneMute", [](Call& c) { c.result(c.service.setMicrophoneMute(c.flag(0))); }},
-    {"getMicrophoneMute", getMicrophoneMute},
-    {"systemStatus", [](Call& c) { c.result(c.service.systemStatus(c.cString(0), c.cString(1))); }},
-    {"generateDigits", [](Call& c) { c.result(c.service.generateDigits(c.text(0), c.number(1), c.cString(2))); }},
-    {"getDevices", getDevices},
-    {"conferenceCall", [](Call& c) { c.result(c.service.conferenceCall(c.text(0), c.number(1), c.number(2), feature(c.number(3)))); }},
-    {"RemoveConfParticipant", [](Call& c) { c.service.RemoveConfParticipant(c.number(0), c.text(1), c.text(2)); }},
-    {"getManualHoldIndication", [](Call& c) { c.answer(c.service.getManualHoldIndication(c.text(0), c.number(1))); }},
-    {"alternateCalls", [](Call& c) { c.result(c.service.alternateCalls(c.text(0))); }},
-    {"getMessageWaitingIndicator", getMessageWaitingIndicator},
-    {"setAssociatedCalls", [](Call& c) { c.result(c.service.setAssociatedCalls(c.flag(0))); }},
-    {"setLampMode", [](Call& c) { c.result(c.service.setLampMode(c.text(0), c.text(1), c.number(2))); }},
-    {"makeSecurityChangeReinvite", [](Call& c) { c.result(c.service.makeSecurityChangeReinvite(c.text(0), c.number(1), c.flag(2))); }},
-    {"setIsInServiceInitiatedState", [](Call& c) { c.service.setIsInServiceInitiatedState(c.text(0), c.flag(1)); }},
-    {"setForwardingConfiguration", [](Call& c) { c.result(c.service.setForwardingConfiguration(c.text(0), static_cast<sfiForwardingType>(c.number(1)), c.flag(2), c.text(3), c.number(4), c.flag(5))); }},
-    {"getForwardingConfiguration", getForwardingConfiguration},
-    {"callbackDOFeatureCallID", [](Call& c) { c.service.callbackDOFeatureCallID(c.text(0), c.number(1)); }},
-    {"isCallHoldPossible", [](Call& c) { c.answer(c.service.isCallHoldPossible(c.text(0))); }},
-    {"csCommunicationsService", [](Call& c) { c.outcome.returned = Outcome::Returned::text; c.outcome.text = c.service.csCommunicationsService(c.cString(0)); }},
-    {"activateStoredFwd", [](Call& c) { c.service.activateStoredFwd(); }},
+    {"processSignallingComponentEvent", runProcessSignallingComponentEvent},
+    {"activate", run<&Ifc::activate>},
+    {"deactivate", run<&Ifc::deactivate>},
+    {"callClear", run<&Ifc::callClear>},
+    {"outgoingCallMake", run<&Ifc::outgoingCallMake>},
+    {"acceptCall", run<&Ifc::acceptCall>},
+    {"answerCall", run<&Ifc::answerCall>},
+    {"deflectCall", run<&Ifc::deflectCall>},
+    {"holdCall", run<&Ifc::holdCall>},
+    {"retrieveCall", run<&Ifc::retrieveCall>},
+    {"attendedTransferCall", run<&Ifc::attendedTransferCall>},
+    {"blindTransferCall", run<&Ifc::blindTransferCall>},
+    {"SendCSTARequest", run<&Ifc::SendCSTARequest>},
+    {"sendUACSTAServerMessage", run<&Ifc::sendUACSTAServerMessage>},
+    {"InitializeOrFinalizeServerFeatures", run<&Ifc::InitializeOrFinalizeServerFeatures>},
+    {"activateCallbackRinging", run<&Ifc::activateCallbackRinging>},
+    {"activateCallbackBusy", run<&Ifc::activateCallbackBusy>},
+    {"cancelCallbacks", run<&Ifc::cancelCallbacks>},
+    {"consultationCall", run<&Ifc::consultationCall>},
+    {"refuseCall", run<&Ifc::refuseCall>},
+    {"subscribe", run<&Ifc::subscribe>},
+    {"directedPickupCall", run<&Ifc::directedPickupCall>},
+    {"groupPickupCall", run<&Ifc::groupPickupCall>},
+    {"setServiceState", run<&Ifc::setServiceState>},
+    {"getServiceState", run<&Ifc::getServiceState>},
+    {"setDoNotDisturb", run<&Ifc::setDoNotDisturb>},
+    {"getDoNotDisturb", run<&Ifc::getDoNotDisturb>},
+    {"setAgentState", run<&Ifc::setAgentState>},
+    {"setMicrophoneMute", run<&Ifc::setMicrophoneMute>},
+    {"getMicrophoneMute", run<&Ifc::getMicrophoneMute>},
+    {"systemStatus", run<&Ifc::systemStatus>},
+    {"generateDigits", run<&Ifc::generateDigits>},
+    {"getDevices", run<&Ifc::getDevices>},
+    {"conferenceCall", run<&Ifc::conferenceCall>},
+    {"RemoveConfParticipant", run<&Ifc::RemoveConfParticipant>},
+    {"getManualHoldIndication", run<&Ifc::getManualHoldIndication>},
+    {"alternateCalls", run<&Ifc::alternateCalls>},
+    {"getMessageWaitingIndicator", run<&Ifc::getMessageWaitingIndicator>},
+    {"setAssociatedCalls", run<&Ifc::setAssociatedCalls>},
+    {"setLampMode", run<&Ifc::setLampMode>},
+    {"makeSecurityChangeReinvite", run<&Ifc::makeSecurityChangeReinvite>},
+    {"setIsInServiceInitiatedState", run<&Ifc::setIsInServiceInitiatedState>},
+    {"setForwardingConfiguration", run<&Ifc::setForwardingConfiguration>},
+    {"getForwardingConfiguration", run<&Ifc::getForwardingConfiguration>},
+    {"callbackDOFeatureCallID", run<&Ifc::callbackDOFeatureCallID>},
+    {"isCallHoldPossible", run<&Ifc::isCallHoldPossible>},
+    {"csCommunicationsService", run<&Ifc::csCommunicationsService>},
+    {"activateStoredFwd", run<&Ifc::activateStoredFwd>},
 };
-// clang-format on
 
 static_assert(sizeof rows / sizeof rows[0] == 48, "one row for each operation");
 

@@ -15,6 +15,12 @@ constexpr std::size_t partyRoom = 64;
 
 }  // namespace
 
+std::string wireText(sfiServiceState state)
+{
+    const bool known = state >= sfiServiceInService && state <= sfiServiceDoNotDisturb;
+    return known ? nameOf(Meaning::serviceState, state) : std::string();
+}
+
 std::string eventOfTexts(const std::string& method, const std::vector<std::string>& fields)
 {
     const Event* const event = findEvent(method);

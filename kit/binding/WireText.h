@@ -1,6 +1,7 @@
 #ifndef KIT_BINDING_WIRE_TEXT_H
 #define KIT_BINDING_WIRE_TEXT_H
 
+#include "CommunicationsServiceTypes.h"
 #include "kit/protocol/Lists.h"
 
 #include <string>
@@ -35,6 +36,9 @@ inline std::string wireText(unsigned int number)
 {
     return std::to_string(number);
 }
+
+/// By name; "" for a state that is none.
+std::string wireText(sfiServiceState state);
 
 template <typename Item>
 std::string wireText(const std::vector<Item>& list)
