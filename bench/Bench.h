@@ -4,7 +4,7 @@
 #include "bench/Allocations.h"
 #include "framework/InvokerResponse.h"
 #include "framework/ProxyRequest.h"
-#include "tests/support/Recorder.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <benchmark/benchmark.h>
 

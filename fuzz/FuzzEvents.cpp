@@ -3,10 +3,10 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "Fuzzer.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
+#include "tests/support/Channel.h"
+#include "tests/support/Events.h"
 #include "tests/support/Reference.h"
-#include "tests/support/Samples.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <cstdint>
 
@@ -15,14 +15,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0)
         return 0;
     std::string message;
-    if (data[0] < std::size(eventSamples))
-        message = "<Method>" + nameOf(eventSamples[data[0]]) + "</Method>";
+    if (data[0] < std::size(samples::events))
+        message = samples::method(samples::events[data[0]].method);
     message.append(reinterpret_cast<const char*>(data + 1), size - 1);
     message.resize(message.find('\0') == std::string::npos ? message.size() : message.find('\0'));
 
     static CommunicationsServiceEventInvoker invoker;
     static ReferenceInvoker reference;
-    static Recorder subscriber, expected;
+    static WritingSubscriber subscriber, expected;
     Response response;
     subscriber.said.clear();
     expected.said.clear();

@@ -5,7 +5,7 @@
 #include "CommunicationsServiceProxy.h"
 #include "FieldReaders.h"
 #include "Fuzzer.h"
-#include "tests/support/Samples.h"
+#include "tests/support/Events.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -106,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                        message.substr(endOfStart + 1, endOfEnd - endOfStart - 1));
         return 0;
     }
-    static const std::vector<std::string> known = allTags();
+    static const std::vector<std::string> known = samples::allTags();
     // Several known tags, in an order of the input's choosing.
     std::vector<std::string> tags;
     for (std::size_t i = 0; i < 7; ++i)

@@ -2,7 +2,7 @@
 
 #include "CommunicationsServiceProxy.h"
 #include "Fuzzer.h"
-#include "tests/support/Framework.h"
+#include "tests/support/Channel.h"
 #include "tests/support/Reference.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -106,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     proxy.RemoveConfParticipant(number, second, third);
     demandEqual("RemoveConfParticipant", channel.sent,
-                request("RemoveConfParticipant", {{"callID", numberText},
+                request("RemoveConfParticipant", {{"callID", "itos(" + numberText + ")"},
                                                   {"remoteParticipant", second},
                                                   {"conferenceMemberId", third}}));
 

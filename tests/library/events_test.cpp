@@ -1,250 +1,30 @@
 // Each event: which callback it reaches, with which arguments, and what the odd ones become.
 
 #include "CommunicationsServiceEventInvoker.h"
-#include "support/Framework.h"
+#include "tests/support/Events.h"
 #include "tests/support/Tested.h"
+#include "tests/support/TracedFramework.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
-#include <optional>
-#include <random>
 
 using namespace std::string_literals;
 using support::Lines;
-using support::show;
+using namespace samples;
 
 namespace
 {
 
-enum Kind
+/// All but the two with a payload, which are told apart below.
+const std::vector<Event> flatEvents = []
 {
-    text,
-    number,
-    count,  // a number without a sign
-    flag,
-    party,  // a text of the record; the four of them are one argument
-    ids,    // a list of numbers
-    uris,   // a list of texts
-};
-
-struct Field
-{
-    Kind kind;
-    const char* tag;
-};
-
-struct Event
-{
-    const char* method;
-    const char* callback;
-    std::vector<Field> fields;  ///< in the order of the callback's arguments
-};
-
-// clang-format off
-const Event events[] = {
-    {"CallStateChangeEvent", "onCallStateChangeEvent",
-     {{text, "LineID"}, {number, "CallID"}, {number, "CallState"}, {number, "Reason"},
-      {number, "SendOptions"}, {text, "URI"}, {text, "Name"}, {text, "FullPAI"}, {party, "GPUCLG"},
-      {party, "GPUCLGName"}, {party, "GPUCLD"}, {party, "GPUCLDName"},
-      {number, "ResourcePriority"}, {number, "PreemptionCause"}, {text, "PreemptionText"},
-      {flag, "CallBackFearureAvailable"}, {number, "ILCallLevel"}, {number, "ILLocalLevel"}}},
-    {"RegistrationStateChangeEvent", "onRegistrationStateChangeEvent",
-     {{text, "LineID"}, {number, "CallID"}, {flag, "Registered"}, {number, "RegistrationResult"}}},
-    {"IncomingCallEvent", "onIncomingCallEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "URI"}, {text, "Name"}, {text, "FullPAI"},
-      {text, "AlertInformation_AlertURI"}, {text, "AlertInformation_InfoParam"},
-      {flag, "AlertInformation_AutoAnswer"}, {number, "CallType"}, {text, "DiversionURI"},
-      {text, "DiversionName"}, {number, "DiversionReason"}, {flag, "AICSZIPAutoAnswer"},
-      {number, "ResourcePriority"}, {number, "ILCallLevel"}, {number, "ILLocalLevel"},
-      {flag, "IsVideoCall"}}},
-    {"IncomingPickupCallEvent", "onIncomingPickupCallEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "URI"}, {text, "Name"}, {text, "FullPAI"}}},
-    {"CallHeldEvent", "onCallHeldEvent", {{text, "LineID"}, {number, "CallID"}}},
-    {"CallRetrievedEvent", "onCallRetrievedEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "URI"}, {text, "Name"}, {text, "FullPAI"},
-      {number, "ILCallLevel"}, {number, "ILLocalLevel"}, {flag, "ConnectedToMediaServer"}}},
-    {"FeatureSuccessEvent", "onFeatureSuccessEvent",
-     {{text, "LineID"}, {number, "CallID"}, {number, "Feature"}}},
-    {"FeatureFailedEvent", "onFeatureFailedEvent",
-     {{text, "LineID"}, {number, "CallID"}, {number, "Feature"}, {number, "FeatureFailure"}}},
-    {"RemoteEndpointDetailsChangedEvent", "onRemoteEndpointDetailsChangedEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "URI"}, {text, "Name"}, {text, "FullPAI"},
-      {flag, "exitConf"}, {flag, "jointCall"}}},
-    {"IncomingCallMissedEvent", "onIncomingCallMissedEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "URI"}, {text, "Name"}, {text, "FullPAI"},
-      {number, "Reason"}, {text, "DiversionURI"}, {text, "DiversionName"},
-      {number, "DiversionReason"}}},
-    {"CallForwardedEvent", "onCallForwardedEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "CallingParty"}, {text, "CallingPartyName"},
-      {text, "CallingPartyFullPAI"}, {text, "NewDestination"}, {number, "Reason"}}},
-    {"DevicesChangedEvent", "onDevicesChangedEvent", {}},
-    {"messageWaitingEvent", "onMessageWaitingEvent",
-     {{text, "LineID"}, {number, "type"}, {count, "new_messages"}, {count, "old_messages"},
-      {count, "new_urgent_messages"}, {count, "old_urgent_messages"}, {number, "return_type"},
-      {number, "avail_info"}, {number, "messages_waiting"}, {text, "voiceMailNumber"}}},
-    {"DoNotDisturbEvent", "onDoNotDisturbEvent", {{text, "deviceId"}, {flag, "doNotDisturbOn"}}},
-    {"AgentStateEvent", "onAgentStateEvent", {{text, "deviceId"}, {text, "agentState"}}},
-    {"systemStatusEvent", "onSystemStatusEvent", {{text, "status"}, {text, "statusInfo"}}},
-    {"serverFeatureStatusEvent", "onServerFeatureStatusEvent",
-     {{text, "lineURI"}, {text, "status"}}},
-    {"IncomingAssociatedCallEvent", "onIncomingAssociatedCallEvent",
-     {{text, "LineID"}, {number, "CurrentCallID"}, {number, "NewCallID"}}},
-    {"conferenceStatusEvent", "onConferenceStatusEvent",
-     {{text, "LineID"}, {number, "CallID"}, {text, "XMLContent"}}},
-    {"securityStatusChanged", "onSecurityStatusChanged",
-     {{text, "lineURI"}, {number, "callId"}, {number, "securityStatus"}, {ids, "CallIDsRecorded"},
-      {uris, "CallLineURIsRecorded"}}},
-    {"preemptionStatusChanged", "onPreemptionStatusChanged",
-     {{text, "lineURI"}, {number, "callId"}, {number, "priority"}, {number, "cause"},
-      {text, "reason"}}},
-    {"impactLevelChanged", "onImpactLevelChanged",
-     {{text, "lineURI"}, {number, "callId"}, {number, "ILCallLevel"}, {number, "ILLocalLevel"}}},
-    {"callRecordingStatusEvent", "onCallRecordingStatusEvent",
-     {{text, "LineID"}, {number, "callId"}, {text, "callRecorded"}}},
-    {"callCompletionEvent", "onCallCompletionEvent",
-     {{text, "LineID"}, {text, "URI"}, {number, "CallCompletionType"},
-      {number, "CallCompletionState"}, {flag, "DisplayOutcomeCallUI"}}},
-    {"callCompletionFailedEvent", "onCallCompletionFailedEvent",
-     {{text, "LineID"}, {text, "URI"}, {number, "CallCompletionFailureType"}}},
-    {"bluetoothAudioStatusChanged", "onBluetoothAudioStatusChanged",
-     {{text, "LineID"}, {number, "CallID"}, {flag, "AudioEnabled"}, {flag, "AudioGateway"},
-      {flag, "InBandRinging"}}},
-};
-
-const struct
-{
-    std::string digits;
-    int value;
-} numbers[] = {
-    {"0", 0}, {"42", 42}, {"-7", -7}, {"+5", 5}, {" 42abc", 42}, {"12.9", 12}, {"007", 7},
-    {"", 0}, {" ", 0}, {"-", 0}, {"+", 0}, {"abc", 0}, {"x1", 0}, {"- 5", 0}, {"+-5", 0},
-    {"--5", 0}, {"0x10", 0}, {"1e3", 1}, {"1,234", 1}, {"/1", 0}, {":1", 0}, {"9:", 9},
-    {"\t\n\v\f\r 8", 8}, {"\b8", 0}, {"1 2", 1}, {"<8", 0}, {"-0", 0},
-    {"2147483646", INT_MAX - 1}, {"2147483647", INT_MAX}, {"2147483648", INT_MAX},
-    {"2147483649", INT_MAX}, {"2147483650", INT_MAX}, {"2147483639", 2147483639},
-    {"2147483640", 2147483640}, {"-2147483640", -2147483640}, {"-2147483639", -2147483639},
-    {"-2147483647", -INT_MAX}, {"-2147483648", INT_MIN}, {"-2147483649", INT_MIN},
-    {"-2147483650", INT_MIN}, {"4294967295", INT_MAX}, {"4294967296", INT_MAX},
-    {"21474836470", INT_MAX}, {"-21474836480", INT_MIN}, {"99999999999", INT_MAX},
-    {"-99999999999", INT_MIN}, {"9223372036854775807", INT_MAX}, {"18446744073709551616", INT_MAX},
-    {"-9223372036854775809", INT_MIN}, {"00000000000000000000012", 12},
-};
-// clang-format on
-
-using Value = std::optional<std::string>;  // what stands in an element; none when it is absent
-using Values = std::vector<Value>;
-
-/// A value for each field of an event, each another one.
-Values distinct(const Event& event, int salt = 0)
-{
-    Values values;
-    for (const Field& field : event.fields)
-    {
-        const int n = 1000 + salt + static_cast<int>(values.size());
-        switch (field.kind)
-        {
-        case text:
-        case party:
-            values.push_back("text <" + show(n) + "> & ");
-            break;
-        case ids:
-            values.push_back(show(n) + "," + show(-n));
-            break;
-        case uris:
-            values.push_back("sip:" + show(n) + ",b");
-            break;
-        case flag:
-            values.push_back(salt == 0 ? "1" : "0");
-            break;
-        default:
-            values.push_back(show(n % 2 == 0 ? n : -n));
-        }
-    }
-    return values;
-}
-
-std::string element(const Field& field, const Value& value)
-{
-    return value ? "<"s + field.tag + ">" + *value + "</" + field.tag + ">" : "";
-}
-
-std::string method(const std::string& name)
-{
-    return "<Method>" + name + "</Method>";
-}
-
-std::string elements(const Event& event, const Values& values)
-{
-    std::string all;
-    for (std::size_t i = 0; i < values.size(); ++i)
-        all += element(event.fields[i], values[i]);
-    return all;
-}
-
-int toNumber(const std::string& digits)
-{
-    for (const auto& known : numbers)
-        if (known.digits == digits)
-            return known.value;
-    return static_cast<int>(std::clamp<long long>(std::atoll(digits.c_str()), INT_MIN, INT_MAX));
-}
-
-/// The list that the tests' Serializer makes of a text.
-std::string toList(const std::string& items, bool quoted)
-{
-    std::string list;
-    for (std::size_t at = 0; at < items.size();)
-    {
-        const std::size_t end = std::min(items.find(',', at), items.size());
-        const std::string item = items.substr(at, end - at);
-        list +=
-            (list.empty() ? "" : ", ") + (quoted ? show(item) : std::to_string(atoi(item.data())));
-        at = end + 1;
-    }
-    return "[" + list + "]";
-}
-
-/// The line that the subscriber leaves for these values.
-std::string callback(const Event& event, const Values& values)
-{
-    std::string arguments;
-    for (std::size_t i = 0; i < values.size(); ++i)
-    {
-        const Kind kind = event.fields[i].kind;
-        const std::string value = values[i].value_or("");
-        if (i > 0)
-            arguments += ", ";
-        const bool isInParty = kind == party;
-        if (isInParty && event.fields[i - 1].kind != party)
-            arguments += "[";
-        switch (kind)
-        {
-        case text:
-        case party:
-            arguments += show(value);
-            break;
-        case number:
-            arguments += show(values[i] ? toNumber(value) : -1);
-            break;
-        case count:
-            arguments += show(static_cast<unsigned int>(values[i] ? toNumber(value) : -1));
-            break;
-        case flag:
-            arguments += show(values[i] ? toNumber(value) != 0 : true);
-            break;
-        case ids:
-        case uris:
-            arguments += toList(value, kind == uris);
-            break;
-        }
-        if (isInParty && event.fields[i + 1].kind != party)
-            arguments += "]";
-    }
-    return event.callback + "("s + arguments + ")";
-}
+    std::vector<Event> flat;
+    std::copy_if(std::begin(events), std::end(events), std::back_inserter(flat),
+                 [](const Event& event) { return !event.hasPayload; });
+    return flat;
+}();
 
 class EventTest : public testing::Test
 {
@@ -272,13 +52,13 @@ protected:
 
 TEST_F(EventTest, EachFieldBecomesItsArgument)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         expect(event, elements(event, distinct(event)), distinct(event));
 }
 
 TEST_F(EventTest, EachFieldMayBeLeftOut)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
     {
         for (std::size_t i = 0; i < event.fields.size(); ++i)
         {
@@ -295,7 +75,7 @@ TEST_F(EventTest, EachFieldMayBeLeftOut)
 
 TEST_F(EventTest, FieldsMayComeInAnyOrderAndTheFirstOfEachCounts)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
     {
         Values values = distinct(event);
         std::string backwards;
@@ -309,7 +89,7 @@ TEST_F(EventTest, FieldsMayComeInAnyOrderAndTheFirstOfEachCounts)
 
 TEST_F(EventTest, EachFlagIsItsOwn)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         for (std::size_t i = 0; i < event.fields.size(); ++i)
             for (const char* others : {"0", "1"})
             {
@@ -323,7 +103,7 @@ TEST_F(EventTest, EachFlagIsItsOwn)
 
 TEST_F(EventTest, NumbersAreReadAtTheFrontAndStopAtTheLimits)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         for (std::size_t i = 0; i < event.fields.size(); ++i)
             for (const auto& known : numbers)
             {
@@ -338,7 +118,7 @@ TEST_F(EventTest, NumbersAreReadAtTheFrontAndStopAtTheLimits)
 
 TEST_F(EventTest, AnElementWithoutItsEndIsAbsent)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         for (std::size_t i = 0; i < event.fields.size(); ++i)
         {
             const Field& field = event.fields[i];
@@ -367,7 +147,7 @@ TEST_F(EventTest, AnElementWithoutItsEndIsAbsent)
 
 TEST_F(EventTest, NamesOfElementsMatchWholeAndInTheirCase)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         for (std::size_t i = 0; i < event.fields.size(); ++i)
         {
             const Values whole = distinct(event);
@@ -400,7 +180,7 @@ TEST_F(EventTest, FieldsAreFoundBehindAnyNumberOfOtherElements)
     for (std::size_t i = 0; i <= 45; ++i)
         amounts.push_back(i);
     amounts.insert(amounts.end(), {63, 64, 65, 127, 128, 129, 255, 256, 257, 5000});
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         for (const char* other :
              {"<other>", "</other>", "<other></other>", "<", "</", "<a", "</ab"})
             for (const std::size_t amount : amounts)
@@ -428,7 +208,7 @@ TEST_F(EventTest, FieldsAreFoundBehindAnyNumberOfOtherElements)
 
 TEST_F(EventTest, ManyBracketsAreReadInOnePass)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         for (const char* piece : {"<", "</", "<a>", "<LineID", "</LineID>"})
         {
             std::string many;
@@ -458,7 +238,7 @@ TEST_F(EventTest, ATagCountsAlsoInsideAValue)
 
 TEST_F(EventTest, NamesOfEventsMatchByTheirFrontSaveTheFirst)
 {
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
     {
         const std::string name = event.method;
         const Lines called{callback(event, Values(event.fields.size())), "response notified"};
@@ -530,13 +310,13 @@ TEST_F(EventTest, WhatListsAreReadWithMayThrow)
     for (int good = 0; good < 2; ++good)
     {
         int left = good;
-        support::inFramework = [&left]
+        support::hooks.inFramework = [&left]
         {
             if (left-- == 0)
                 throw std::string("from the list");
         };
         EXPECT_THROW(deliver(method("securityStatusChanged")), std::string);
-        support::inFramework = nullptr;
+        support::hooks.inFramework = nullptr;
         EXPECT_EQ(support::takeTrace(), Lines());
     }
 }
@@ -560,18 +340,16 @@ TEST_F(EventTest, ANullInterfaceIsReported)
 TEST_F(EventTest, ANullInterfaceIsCalledThrough)
 {
     support::Bystander bystander;
-    std::vector<std::string> methods = {"b2buaCSTAResponse", "b2buaCSTAEventOrRequest"};
     for (const Event& event : events)
-        methods.push_back(event.method);
-    for (const std::string& name : methods)
-        EXPECT_DEATH(invoker.handleMessage(&bystander, method(name).c_str(), 0, &response), "")
-            << name;
+        EXPECT_DEATH(invoker.handleMessage(&bystander, method(event.method).c_str(), 0, &response),
+                     "")
+            << event.method;
 }
 
 TEST_F(EventTest, TheLocaleIsNotLookedAt)
 {
     const support::ForeignLocale foreign;
-    for (const Event& event : events)
+    for (const Event& event : flatEvents)
         expect(event, elements(event, distinct(event)), distinct(event));
 }
 

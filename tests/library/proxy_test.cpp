@@ -2,8 +2,8 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "support/Framework.h"
 #include "tests/support/Tested.h"
+#include "tests/support/TracedFramework.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ protected:
         channel.context = &context;
         proxy.initProxy(channel);
         support::takeTrace();
-        Exception::copies = 0;
+        support::hooks.copies = 0;
     }
     ~ProxyTest() override { support::loggingOn = 0; }
 
@@ -89,7 +89,7 @@ TEST_F(ProxyTest, ThrowsACopyOfTheChannelsException)
     for (const int on : {0, 1})
     {
         support::loggingOn = on;
-        Exception::copies = 0;
+        support::hooks.copies = 0;
         try
         {
             proxy.subscribe(&subscriber);
@@ -98,11 +98,11 @@ TEST_F(ProxyTest, ThrowsACopyOfTheChannelsException)
         catch (const MarloException& caught)
         {
             EXPECT_EQ(Exception::numberOf(caught), 4711);
-            EXPECT_EQ(Exception::copies, 1);
+            EXPECT_EQ(support::hooks.copies, 1);
             EXPECT_TRUE(typeid(caught) == typeid(MarloException)) << "not the object itself";
-            EXPECT_EQ(Exception::living, 1) << "the first one is gone";
+            EXPECT_EQ(support::hooks.exceptions, 1) << "the first one is gone";
         }
-        EXPECT_EQ(Exception::living, 0);
+        EXPECT_EQ(support::hooks.exceptions, 0);
         const Lines lines = support::takeTrace();
         EXPECT_EQ(lines, on == 0 ? (Lines{askLogging, "findChannel", sent, askLogging})
                                  : (Lines{askLogging, logFront + "277 'subscribe start'",
@@ -130,7 +130,7 @@ TEST_F(ProxyTest, LetsEveryOtherExceptionOfASubscriptionPassUnlogged)
     }
     catch (const MarloException& caught)
     {
-        EXPECT_EQ(Exception::copies, 0);
+        EXPECT_EQ(support::hooks.copies, 0);
         EXPECT_TRUE(typeid(caught) == typeid(Exception)) << "the object itself";
     }
     EXPECT_EQ(support::takeTrace(), start);
@@ -138,7 +138,7 @@ TEST_F(ProxyTest, LetsEveryOtherExceptionOfASubscriptionPassUnlogged)
     // Of other operations it is the object itself, too.
     channel.inRequest = [] { throw Exception(13); };
     EXPECT_THROW(proxy.activate(), Exception);
-    EXPECT_EQ(Exception::copies, 0);
+    EXPECT_EQ(support::hooks.copies, 0);
     support::takeTrace();
 }
 

@@ -1,7 +1,7 @@
 // The record of CallStateChangeEvent: its layout, its texts of any length, and its memory.
 
 #include "CommunicationsServiceEventInvoker.h"
-#include "support/Framework.h"
+#include "tests/support/TracedFramework.h"
 
 #include <gtest/gtest.h>
 

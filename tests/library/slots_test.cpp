@@ -3,8 +3,8 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "support/Framework.h"
 #include "tests/support/Tested.h"
+#include "tests/support/TracedFramework.h"
 
 #include <gtest/gtest.h>
 
@@ -71,7 +71,7 @@ private:
 template <int number>
 void hit(void*)
 {
-    support::trace("slot " + support::show(number));
+    support::trace("slot " + show(number));
 }
 
 template <int... numbers>
@@ -258,7 +258,7 @@ TEST(Slots, OfTheSubscriberAreCalledInOrder)
     {
         const std::string message = "<Method>" + std::string(method) + "</Method>";
         invoker.handleMessage(&subscriber, message.c_str(), 0, &response);
-        EXPECT_EQ(support::takeTrace(), (Lines{"slot " + support::show(slot), "slot 1"})) << method;
+        EXPECT_EQ(support::takeTrace(), (Lines{"slot " + show(slot), "slot 1"})) << method;
         ++slot;
     }
     EXPECT_EQ(slot, 28);

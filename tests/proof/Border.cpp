@@ -5,9 +5,10 @@
 #include "CommunicationsServiceIfc.h"
 #include "framework/Invoker.h"
 #include "framework/Proxy.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
-#include "tests/support/Samples.h"
+#include "tests/support/Channel.h"
+#include "tests/support/Events.h"
+#include "tests/support/Requests.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <dlfcn.h>
 
@@ -69,12 +70,12 @@ struct Thrown
 {
 };
 
-struct Throwing : Recorder
+struct Throwing : WritingSubscriber
 {
     void told() override { throw Thrown(); }
 };
 
-void requests(Proxy& proxy, Recorder& subscriber)
+void requests(Proxy& proxy, WritingSubscriber& subscriber)
 {
     FrameworkOfOne context;
     Channel channel(context);
@@ -85,13 +86,13 @@ void requests(Proxy& proxy, Recorder& subscriber)
     check(service != nullptr, "the request interface is found from the proxy");
     if (service == nullptr)
         return;
-    for (const RequestSample& sample : requestSamples)
+    for (const samples::Request& request : samples::requests)
     {
-        channel.sent.clear();
-        sample.call(*service, &subscriber);
-        check(channel.sent == (sample.sent != nullptr ? sample.sent : ""), sample.name,
-              channel.sent);
+        request.call(*service);
+        check(channel.sent == request.sent, request.sent.c_str(), channel.sent);
     }
+    service->subscribe(&subscriber);
+    check(channel.sent == "<Method>Subscribe</Method>", "subscribe", channel.sent);
     channel.answer = "sfiFailureCallBackToMany";
     check(service->activateCallbackBusy("1001", 1) == sfiFailureCallBackToMany, "result code");
     channel.answer = "<1001><1002>";
@@ -109,21 +110,24 @@ void requests(Proxy& proxy, Recorder& subscriber)
     proxy.shutdown();
 }
 
-void events(Invoker& invoker, Recorder& subscriber)
+void events(Invoker& invoker, WritingSubscriber& subscriber)
 {
     Response response;
     invoker.initInvoker(nullptr);
-    for (const EventSample& sample : eventSamples)
+    for (const samples::Sample& sample : samples::eventSamples)
     {
         subscriber.said.clear();
-        invoker.handleMessage(&subscriber, sample.text, 0, &response);
-        check(subscriber.said == sample.said, sample.text, subscriber.said);
+        invoker.handleMessage(&subscriber, sample.text.c_str(), 0, &response);
+        check(subscriber.said == sample.said, sample.text.c_str(), subscriber.said);
     }
     check(response.times == 28, "each event is notified");
     Throwing throwing;
-    check(
-        throws<Thrown>([&] { invoker.handleMessage(&throwing, eventSamples[4].text, 0, nullptr); }),
-        "an exception of the callback passes");
+    check(throws<Thrown>(
+              [&] {
+                  invoker.handleMessage(&throwing, samples::eventSamples[4].text.c_str(), 0,
+                                        nullptr);
+              }),
+          "an exception of the callback passes");
     check(
         throws<std::logic_error>([&] { invoker.handleMessage(&subscriber, nullptr, 0, nullptr); }),
         "the standard library's exception, from an event");
@@ -160,7 +164,7 @@ int main(int argc, char** argv)
         return 1;
     }
     {
-        Recorder subscriber;
+        WritingSubscriber subscriber;
         const auto proxy =
             create<Proxy, CommunicationsServiceProxy>(library, "createCommunicationsServiceProxy");
         const auto invoker = create<Invoker, CommunicationsServiceEventInvoker>(

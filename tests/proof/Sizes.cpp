@@ -3,9 +3,9 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
+#include "tests/support/Channel.h"
 #include "tests/support/Tested.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <malloc.h>
 
@@ -82,7 +82,7 @@ struct Bench
     Channel channel{context};
     TestedProxy proxy;
     TestedEventInvoker invoker;
-    Recorder subscriber;
+    WritingSubscriber subscriber;
 };
 
 std::string repeated(const char* piece, std::size_t size)

@@ -3,11 +3,12 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
+#include "tests/support/Channel.h"
+#include "tests/support/Events.h"
 #include "tests/support/Reference.h"
-#include "tests/support/Samples.h"
+#include "tests/support/Requests.h"
 #include "tests/support/Tested.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <unistd.h>
 
@@ -68,12 +69,12 @@ private:
     void event(bool compares)
     {
         const std::string message =
-            "<Method>" + nameOf(eventSamples[below(28)]) + "</Method>" + fields(below(20));
+            samples::method(samples::events[below(28)].method) + fields(below(20));
         subscriber_.said.clear();
         invoker_.handleMessage(&subscriber_, message.c_str(), 0, &response_);
         if (!compares)
             return;
-        Recorder told;
+        WritingSubscriber told;
         ReferenceInvoker().handleMessage(&told, message.c_str(), 0, nullptr);
         demand(subscriber_.said == told.said, message);
     }
@@ -93,8 +94,7 @@ private:
                                                                 false);
             demand(sent == channel_.sent, sent);
         }
-        requestSamples[below(sizeof requestSamples / sizeof requestSamples[0])].call(proxy_,
-                                                                                     &subscriber_);
+        samples::requests[below(std::size(samples::requests))].call(proxy_);
     }
 
     static void demand(bool holds, const std::string& message)
@@ -105,13 +105,13 @@ private:
         std::exit(1);
     }
 
-    const std::vector<std::string> tags_ = allTags();
+    const std::vector<std::string> tags_ = samples::allTags();
     std::minstd_rand random_{1};
     FrameworkOfOne context_;
     Channel channel_{context_};
     TestedProxy proxy_;
     TestedEventInvoker invoker_;
-    Recorder subscriber_;
+    WritingSubscriber subscriber_;
     Response response_;
 };
 

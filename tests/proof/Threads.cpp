@@ -3,10 +3,11 @@
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
-#include "tests/support/Samples.h"
+#include "tests/support/Channel.h"
+#include "tests/support/Events.h"
+#include "tests/support/Requests.h"
 #include "tests/support/Tested.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ struct SharedChannel : Channel
     void sendRequest(const std::string& request, std::string& response) override
     {
         sentHere = request;
-        response = answerSample;
+        response = samples::answerToAll();
     }
     void sendRequestTimed(const std::string& request, std::string& response, int) override
     {
@@ -66,27 +67,25 @@ TEST_F(Threads, OneProxyAndOneInvoker)
     inEight(
         [this](int number)
         {
-            Recorder subscriber;
+            WritingSubscriber subscriber;
             Response response;
             for (int i = 0; i < 100; ++i)
             {
-                for (const RequestSample& sample : requestSamples)
+                for (const samples::Request& request : samples::requests)
                 {
-                    sentHere.clear();
-                    sample.call(proxy, &subscriber);
-                    std::string expected = sample.sent != nullptr ? sample.sent : "";
-                    if (sample.name == std::string("subscribe"))
-                        expected += "channel of one";
-                    ASSERT_EQ(sentHere, expected);
+                    request.call(proxy);
+                    ASSERT_EQ(sentHere, request.sent);
                 }
+                proxy.subscribe(&subscriber);
+                ASSERT_EQ(sentHere, "<Method>Subscribe</Method>channel of one");
                 const int callId = 1000 * number + i;
                 ASSERT_EQ(proxy.answerCall("1001", callId), sfiFailure);
                 ASSERT_NE(sentHere.find("<CallID>" + std::to_string(callId) + "<"),
                           std::string::npos);
-                for (const EventSample& sample : eventSamples)
+                for (const samples::Sample& sample : samples::eventSamples)
                 {
                     subscriber.said.clear();
-                    invoker.handleMessage(&subscriber, sample.text, 0, &response);
+                    invoker.handleMessage(&subscriber, sample.text.c_str(), 0, &response);
                     ASSERT_EQ(subscriber.said, sample.said);
                 }
             }
@@ -95,7 +94,7 @@ TEST_F(Threads, OneProxyAndOneInvoker)
 }
 
 /// Calls every operation, and handles a further event, from inside each callback.
-struct Nested : Recorder
+struct Nested : WritingSubscriber
 {
     Nested(CommunicationsServiceProxy& p, CommunicationsServiceEventInvoker& i)
         : proxy(p), invoker(i)
@@ -104,11 +103,12 @@ struct Nested : Recorder
 
     void told() override
     {
-        for (const RequestSample& sample : requestSamples)
-            sample.call(proxy, this);
-        Recorder other;
-        invoker.handleMessage(&other, eventSamples[4].text, 0, nullptr);
-        inside += other.said == eventSamples[4].said;
+        for (const samples::Request& request : samples::requests)
+            request.call(proxy);
+        proxy.subscribe(this);
+        WritingSubscriber other;
+        invoker.handleMessage(&other, samples::eventSamples[4].text.c_str(), 0, nullptr);
+        inside += other.said == samples::eventSamples[4].said;
     }
 
     CommunicationsServiceProxy& proxy;
@@ -123,10 +123,10 @@ TEST_F(Threads, CallbacksThatCall)
         {
             Nested subscriber(proxy, invoker);
             Response response;
-            for (const EventSample& sample : eventSamples)
+            for (const samples::Sample& sample : samples::eventSamples)
             {
                 subscriber.said.clear();
-                invoker.handleMessage(&subscriber, sample.text, 0, &response);
+                invoker.handleMessage(&subscriber, sample.text.c_str(), 0, &response);
                 ASSERT_EQ(subscriber.said, sample.said);
             }
             EXPECT_EQ(subscriber.inside, 28);
@@ -138,7 +138,7 @@ struct Thrown
 {
 };
 
-struct Throwing : Recorder
+struct Throwing : WritingSubscriber
 {
     void told() override { throw Thrown(); }
 };
@@ -150,20 +150,21 @@ TEST_F(Threads, CallbacksThatThrow)
         {
             Throwing subscriber;
             Response response;
-            // All but the first, whose record is lost by intention.
+            // All but the first, whose record is lost on purpose.
             for (std::size_t i = 1; i < 28; ++i)
             {
                 subscriber.said.clear();
-                ASSERT_THROW(invoker.handleMessage(&subscriber, eventSamples[i].text, 0, &response),
+                ASSERT_THROW(invoker.handleMessage(
+                                 &subscriber, samples::eventSamples[i].text.c_str(), 0, &response),
                              Thrown);
-                ASSERT_EQ(subscriber.said, eventSamples[i].said);
+                ASSERT_EQ(subscriber.said, samples::eventSamples[i].said);
             }
             EXPECT_EQ(response.times, 0);
         });
 }
 
 /// Deletes itself in its callback: the library must not look at a subscriber again after that.
-struct Leaving : Recorder
+struct Leaving : WritingSubscriber
 {
     explicit Leaving(int& count) : left(count) {}
     ~Leaving() override { ++left; }
@@ -177,15 +178,15 @@ TEST_F(Threads, SubscribersDeletedAfterTheirLastEvent)
         [this](int)
         {
             int left = 0;
-            for (const EventSample& sample : eventSamples)
+            for (const samples::Sample& sample : samples::eventSamples)
             {
-                auto subscriber = std::make_unique<Recorder>();
-                invoker.handleMessage(subscriber.get(), sample.text, 0, nullptr);
+                auto subscriber = std::make_unique<WritingSubscriber>();
+                invoker.handleMessage(subscriber.get(), sample.text.c_str(), 0, nullptr);
                 ASSERT_EQ(subscriber->said, sample.said);
                 subscriber.reset();
 
                 Response response;
-                invoker.handleMessage(new Leaving(left), sample.text, 0, &response);
+                invoker.handleMessage(new Leaving(left), sample.text.c_str(), 0, &response);
                 ASSERT_EQ(response.times, 1);
             }
             EXPECT_EQ(left, 28);

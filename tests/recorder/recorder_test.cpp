@@ -2,7 +2,7 @@
 
 #include "Folder.h"
 #include "recorder/Recording.h"
-#include "tests/library/support/Framework.h"
+#include "tests/support/TracedFramework.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -137,7 +137,7 @@ TEST(Recorder, LetsExceptionsPass)
     const Folder folder;
     Phone phone(folder / "t");
     phone.channel.inRequest = [] { throw support::Exception(7); };
-    support::Exception::copies = 0;
+    support::hooks.copies = 0;
     try
     {
         phone.proxy.activate();
@@ -147,7 +147,7 @@ TEST(Recorder, LetsExceptionsPass)
     {
         EXPECT_EQ(support::Exception::numberOf(exception), 7);
     }
-    EXPECT_EQ(support::Exception::copies, 0) << "the object itself";
+    EXPECT_EQ(support::hooks.copies, 0) << "the object itself";
     phone.channel.inRequest = [] { throw std::out_of_range("too far"); };
     EXPECT_THROW(phone.proxy.setIsInServiceInitiatedState("1", true), std::out_of_range);
     phone.channel.inRequest = [] { throw 5; };

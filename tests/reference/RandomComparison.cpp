@@ -6,9 +6,9 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
 #include "framework/Proxy.h"
+#include "tests/support/Events.h"
 #include "tests/support/Queries.h"
 #include "tests/support/Reference.h"
-#include "tests/support/Samples.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -32,10 +32,11 @@ namespace
 const std::vector<std::vector<std::string>> events = []
 {
     std::vector<std::vector<std::string>> all;
-    for (const EventSample& event : eventSamples)
+    for (const samples::Event& event : samples::events)
     {
-        all.push_back(tagsIn(event.text));
-        all.back().front() = nameOf(event);  // instead of "Method"
+        all.push_back({event.method});
+        for (const samples::Field& field : event.fields)
+            all.back().push_back(field.tag);
     }
     return all;
 }();
@@ -211,7 +212,7 @@ private:
 
 std::string heard(Invoker& invoker, const std::string& message)
 {
-    Recorder subscriber;
+    WritingSubscriber subscriber;
     invoker.handleMessage(&subscriber, message.c_str(), 0, nullptr);
     return subscriber.said;
 }

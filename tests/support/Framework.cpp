@@ -1,4 +1,4 @@
-// What the library expects of the framework, done as simply as possible.
+#include "tests/support/Framework.h"
 
 #include "framework/ClientUtils.h"
 #include "framework/Logging.h"
@@ -7,28 +7,59 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <vector>
+#include <cstring>
 
-COMMUNICATIONS_SERVICE_VISIBLE int loggingOnAppOxa(const char*, int)
+namespace support
 {
-    return 1;
+
+Hooks hooks;
+
+}  // namespace support
+
+using support::hooks;
+
+COMMUNICATIONS_SERVICE_VISIBLE int loggingOnAppOxa(const char* component, int level)
+{
+    return hooks.isLogging != nullptr ? hooks.isLogging(component, level) : 1;
 }
 
-COMMUNICATIONS_SERVICE_VISIBLE void logAppOxa(const char*, const char*, int, int, const char*) {}
+COMMUNICATIONS_SERVICE_VISIBLE void logAppOxa(const char* component, const char* sourceFile,
+                                              int level, int line, const char* message)
+{
+    if (hooks.log != nullptr)
+        hooks.log(component, sourceFile, level, line, message);
+}
 
-MarloException::MarloException() : contents() {}
-MarloException::MarloException(const MarloException&) : contents() {}
-MarloException::~MarloException() = default;
+MarloException::MarloException() : contents()
+{
+    ++hooks.exceptions;
+}
+
+MarloException::MarloException(const MarloException& other)
+{
+    std::memcpy(contents, other.contents, sizeof contents);
+    ++hooks.exceptions;
+    ++hooks.copies;
+}
+
+MarloException::~MarloException()
+{
+    --hooks.exceptions;
+}
 
 std::string ClientUtils::itos(int number)
 {
-    return std::to_string(number);
+    if (hooks.inFramework)
+        hooks.inFramework();
+    return "itos(" + std::to_string(number) + ")";
 }
 
-// Lists are items with commas between them, or behind each.
+// The text is spoilt, as it may be, so that none of it must be used afterwards.
 
 std::vector<std::string> Serializer::deserialize(std::string& text)
 {
+    if (hooks.inFramework)
+        hooks.inFramework();
     std::vector<std::string> items;
     for (std::size_t begin = 0; begin < text.size();)
     {
@@ -36,12 +67,16 @@ std::vector<std::string> Serializer::deserialize(std::string& text)
         items.push_back(text.substr(begin, end - begin));
         begin = end + 1;
     }
+    text = "spoilt";
     return items;
 }
 
 void Serializer::deserialize(std::string& text, std::vector<int>& values)
 {
+    if (hooks.inFramework)
+        hooks.inFramework();
     for (std::size_t begin = 0; begin < text.size();
          begin = std::min(text.find(',', begin), text.size()) + 1)
-        values.push_back(static_cast<int>(std::strtol(text.c_str() + begin, nullptr, 10)));
+        values.push_back(std::atoi(text.c_str() + begin));
+    text = "spoilt";
 }

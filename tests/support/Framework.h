@@ -1,65 +1,26 @@
 #ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_FRAMEWORK_H
 #define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_FRAMEWORK_H
 
-#include "framework/FrameworkContext.h"
-#include "framework/InvokerResponse.h"
-#include "framework/MarloException.h"
-#include "framework/ProxyRequest.h"
+#include <functional>
 
-#include <string>
-
-/// The smallest framework that the library runs in. Framework.cpp defines what the library expects
-/// of it; lists are encoded as "1,2,3".
-struct Failure : MarloException
+/// The framework's functions, as far as the library expects them: lists are items with commas between them or behind each, and ClientUtils::itos(12) is
+/// "itos(12)", so that its use shows on the wire.
+namespace support
 {
-    Failure() = default;
-    Failure(const Failure&) = default;
+
+/// What tests may do in the framework's functions, and see of its exceptions.
+struct Hooks
+{
+    int (*isLogging)(const char* component, int level) = nullptr;
+    void (*log)(const char* component, const char* sourceFile, int level, int line,
+                const char* message) = nullptr;
+    std::function<void()> inFramework;  ///< called by Serializer and ClientUtils before they work
+    int exceptions = 0;                 ///< MarloExceptions constructed and not yet destroyed
+    int copies = 0;                     ///< made by the copy constructor
 };
 
-struct FrameworkOfOne : FrameworkContext
-{
-    std::string findChannel(Executable*) override { return "channel of one"; }
-};
+extern Hooks hooks;
 
-/// A channel that keeps the last request and gives one answer to all.
-struct Channel : ProxyRequest
-{
-    explicit Channel(FrameworkContext& owner, std::size_t room = 0)
-    {
-        context = &owner;
-        sent.reserve(room);
-    }
-
-    void sendRequest(const std::string& request, std::string& response) override
-    {
-        sent = request;
-        response = answer;
-    }
-    void sendRequestTimed(const std::string& request, std::string& response, int) override
-    {
-        sendRequest(request, response);
-    }
-    void sendSubscribe(const std::string& request, std::string& response, const std::string&,
-                       int) override
-    {
-        sent = request;
-        if (refuses)
-            throw Failure();
-        response = answer;
-    }
-    void sendOneWay(const std::string& message) override { sent = message; }
-    void setProtocol(const std::string& name) override { sent = name; }
-
-    std::string sent;
-    std::string answer;
-    bool refuses = false;
-};
-
-struct Response : InvokerResponse
-{
-    void messageHandled() override { ++times; }
-
-    int times = 0;
-};
+}  // namespace support
 
 #endif

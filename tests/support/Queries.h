@@ -2,8 +2,8 @@
 #define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_QUERIES_H
 
 #include "CommunicationsServiceTypes.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
+#include "tests/support/Channel.h"
+#include "tests/support/WritingSubscriber.h"
 
 template <typename... Values>
 std::string all(const Values&... values)

@@ -1,11 +1,12 @@
-#ifndef COMMUNICATIONS_SERVICE_TESTS_FRAMEWORK_H
-#define COMMUNICATIONS_SERVICE_TESTS_FRAMEWORK_H
+#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_TRACED_FRAMEWORK_H
+#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_TRACED_FRAMEWORK_H
 
-#include "application/Callbacks.h"
 #include "framework/FrameworkContext.h"
 #include "framework/InvokerResponse.h"
 #include "framework/MarloException.h"
 #include "framework/ProxyRequest.h"
+#include "tests/support/Framework.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <cstring>
 #include <functional>
@@ -21,9 +22,6 @@
 #endif
 
 /// The framework as the library's tests need it: everything asked of it becomes a line of a trace.
-///
-/// ClientUtils::itos(12) gives "itos(12)", so that its use shows on the wire. Serializer decodes
-/// lists with commas and spoils the text that it was given, as it may.
 namespace support
 {
 
@@ -35,9 +33,6 @@ void trace(const std::string& line);
 
 /// What loggingOnAppOxa answers.
 extern int loggingOn;
-
-/// Called by Serializer and ClientUtils before they do their work.
-extern std::function<void()> inFramework;
 
 /// A framework's exception that carries a number.
 class Exception : public MarloException
@@ -51,9 +46,6 @@ public:
         std::memcpy(&number, exception.*(&Exception::contents), sizeof number);
         return number;
     }
-
-    static int copies;  ///< made by the copy constructor
-    static int living;  ///< constructed and not yet destroyed
 };
 
 class Channel final : public ProxyRequest
@@ -124,14 +116,6 @@ private:
     std::locale before_;
 };
 
-std::string show(const std::string& text);
-std::string show(int number);
-std::string show(unsigned int count);
-std::string show(bool flag);
-std::string show(const std::vector<int>& numbers);
-std::string show(const std::vector<std::string>& texts);
-std::string show(const CallPartyInfo* info);
-
 /// Each callback becomes a line: onCallHeldEvent('1001', 12).
 class Listener
 {
@@ -147,9 +131,12 @@ protected:
     void heard(const char* callback, Arguments&... arguments)
     {
         (before(arguments), ...);
-        std::string list;
-        ((list += (list.empty() ? "" : ", ") + show(arguments)), ...);
-        trace(std::string(callback) + "(" + list + ")");
+        std::string line;
+        CallText call(line);
+        call.begin(callback);
+        (call.add(arguments), ...);
+        call.end();
+        trace(line);
         if (inCallback)
             inCallback();
     }
