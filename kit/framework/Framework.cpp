@@ -261,8 +261,8 @@ private:
     {
         std::uint64_t era = 0;
         const std::shared_ptr<Connection> service = current(era);
+        observe({Passage::What::message, Sending::oneWay, 0, "", message, Delivery::done, {}});
         const Delivery delivery = service->post(message);
-        observe({Passage::What::message, Sending::oneWay, 0, "", message, delivery, {}});
         if (delivery == Delivery::gone)
             inbox_->takeGone(era);
         if (delivery != Delivery::done)

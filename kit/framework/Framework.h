@@ -36,7 +36,7 @@ struct Passage
     std::uint64_t number;  ///< counts requests; an answer has that of its request
     std::string channel;   ///< of an event or a subscription: the subscriber's
     std::string text;      ///< as it travels
-    Delivery delivery;     ///< of an answer or a message; else `done`
+    Delivery delivery;     ///< of an answer; else `done`
     std::chrono::system_clock::time_point time;
 };
 

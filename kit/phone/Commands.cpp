@@ -15,6 +15,8 @@ namespace kit::phone
 namespace
 {
 
+const char* const aTime = "a time, as in \"wait 2s\"";
+
 std::vector<Word> wordsOf(const Statement& statement)
 {
     return splitWords(statement.rest, statement.restColumn);
@@ -143,7 +145,7 @@ void checkExpect(const Statement& statement, Variables& captured)
 
 void checkWait(const Statement& statement, Variables&)
 {
-    (void)parseDuration(onlyWord(statement, "a time, as in \"wait 2s\""));
+    (void)parseDuration(onlyWord(statement, aTime));
 }
 
 void checkOnOff(const Statement& statement, Variables&)
@@ -180,215 +182,206 @@ std::string featuresText(const std::map<std::string, std::string>& features)
     return text;
 }
 
-}  // namespace
-
-/// One function for each command.
-struct Commands
+Report help(Session& session, const Statement& statement)
 {
-    static Verdict help(Session& session, const Statement& statement)
-    {
-        const std::vector<Word> words = wordsOf(statement);
-        session.say(helpOn(words.empty() ? "" : words[0].text));
-        return Verdict::met;
-    }
+    const std::vector<Word> words = wordsOf(statement);
+    session.display().print(helpOn(words.empty() ? "" : words[0].text));
+    return {};
+}
 
-    static Verdict expect(Session& session, const Statement& statement)
-    {
-        std::vector<Word> words = wordsOf(statement);
-        fillIn(words, session.variables_);
-        return session.carryOutExpectation(words);
-    }
+Report expect(Session& session, const Statement& statement)
+{
+    std::vector<Word> words = wordsOf(statement);
+    fillIn(words, session.variables());
+    const Expectation expectation = Expectation::parse(words);
+    std::string call;
+    const Report report = session.phone().expect(expectation, call);
+    if (!call.empty() && !expectation.name.empty())
+        session.variables()[expectation.name] = call;
+    return report;
+}
 
-    static Verdict check(Session& session, const Statement& statement)
-    {
-        std::vector<Word> words = wordsOf(statement);
-        fillIn(words, session.variables_);
-        return session.carryOutCheck(words);
-    }
+Report check(Session& session, const Statement& statement)
+{
+    std::vector<Word> words = wordsOf(statement);
+    fillIn(words, session.variables());
+    return session.phone().check(words);
+}
 
-    static Verdict wait(Session& session, const Statement& statement)
-    {
-        const auto time = parseDuration(onlyWord(statement, "a time, as in \"wait 2s\""));
-        session.waitFor(time, [] { return false; });
-        return Verdict::met;
-    }
+Report wait(Session& session, const Statement& statement)
+{
+    session.phone().wait(parseDuration(onlyWord(statement, aTime)));
+    return {};
+}
 
-    static Verdict forget(Session& session, const Statement& statement)
-    {
-        nothingBehind(statement);
-        session.next_ = session.log_.size();
-        return Verdict::met;
-    }
+Report forget(Session& session, const Statement& statement)
+{
+    nothingBehind(statement);
+    session.phone().events().passAll();
+    return {};
+}
 
-    static Verdict sim(Session& session, const Statement& statement)
-    {
-        if (statement.rest.empty())
-            throw Mistake("sim needs a command to the simulation; \"sim help\" lists them");
-        return session.carryOutControl(filledIn(statement.rest, session.variables_));
-    }
+Report sim(Session& session, const Statement& statement)
+{
+    if (statement.rest.empty())
+        throw Mistake("sim needs a command to the simulation; \"sim help\" lists them");
+    return session.phone().control(filledIn(statement.rest, session.variables()));
+}
 
-    static Verdict raw(Session& session, const Statement& statement)
-    {
-        return session.carryOutRaw(rawText(statement, "the text of a request"));
-    }
+Report raw(Session& session, const Statement& statement)
+{
+    return session.phone().raw(rawText(statement, "the text of a request"));
+}
 
-    static Verdict event(Session& session, const Statement& statement)
-    {
-        const std::string text = eventFrom(statement, session.variables_);
-        session.connection()->inject(session.framework_->channelOf(*session.ear_), text);
-        const std::size_t before = session.log_.size();
-        session.pump();
-        if (session.log_.size() == before)
-            session.say("the library has no callback for it", Display::Style::faint);
-        return Verdict::met;
-    }
+Report event(Session& session, const Statement& statement)
+{
+    if (!session.phone().inject(eventFrom(statement, session.variables())))
+        session.display().print("the library has no callback for it", Display::Style::faint);
+    return {};
+}
 
-    static Verdict lines(Session& session, const Statement& statement)
+Report lines(Session& session, const Statement& statement)
+{
+    nothingBehind(statement);
+    const CallBook& book = session.phone().book();
+    for (const std::string& line : book.lines())
     {
-        nothingBehind(statement);
-        if (session.linesAreStale_)
-            session.learnLines();
-        for (const std::string& line : session.book_.lines())
-        {
-            const auto known = session.book_.features().find(line);
-            session.say(line + (known == session.book_.features().end()
-                                    ? ""
-                                    : featuresText(known->second)));
-        }
-        if (session.book_.lines().empty())
-            session.say("no lines");
-        return Verdict::met;
+        const auto known = book.features().find(line);
+        session.display().print(
+            line + (known == book.features().end() ? "" : featuresText(known->second)));
     }
+    if (book.lines().empty())
+        session.display().print("no lines");
+    return {};
+}
 
-    static Verdict calls(Session& session, const Statement& statement)
-    {
-        nothingBehind(statement);
-        for (const CallBook::Call& call : session.book_.calls())
-            session.say(std::to_string(call.id) + " line=" + call.line + " " +
-                        nameOf(Meaning::callState, call.state) +
-                        (call.farEnd.empty() ? "" : " " + printable(call.farEnd, 80)));
-        if (session.book_.calls().empty())
-            session.say("no calls");
-        return Verdict::met;
-    }
+Report calls(Session& session, const Statement& statement)
+{
+    nothingBehind(statement);
+    const CallBook& book = session.phone().knownBook();
+    for (const CallBook::Call& call : book.calls())
+        session.display().print(std::to_string(call.id) + " line=" + call.line + " " +
+                                nameOf(Meaning::callState, call.state) +
+                                (call.farEnd.empty() ? "" : " " + printable(call.farEnd, 80)));
+    if (book.calls().empty())
+        session.display().print("no calls");
+    return {};
+}
 
-    static Verdict lamps(Session& session, const Statement& statement)
-    {
-        nothingBehind(statement);
-        for (const auto& [line, lamps] : session.book_.lamps())
-            session.say(line + featuresText(lamps));
-        if (session.book_.lamps().empty())
-            session.say("no lamp was set in this session");
-        return Verdict::met;
-    }
+Report lamps(Session& session, const Statement& statement)
+{
+    nothingBehind(statement);
+    const auto& all = session.phone().knownBook().lamps();
+    for (const auto& [line, lamps] : all)
+        session.display().print(line + featuresText(lamps));
+    if (all.empty())
+        session.display().print("no lamp was set in this session");
+    return {};
+}
 
-    static Verdict events(Session& session, const Statement& statement)
+Report lastEvents(Session& session, const Statement& statement)
+{
+    std::size_t count = 10;
+    if (!statement.rest.empty())
     {
-        std::size_t count = 10;
-        if (!statement.rest.empty())
-        {
-            const Word word = onlyWord(statement, "a number of events");
-            int number = 0;
-            if (!numberOf(Meaning::none, word.text, number) || number < 1)
-                throw Mistake("events takes a number from 1, not " + shown(word.text, 40),
-                              word.column);
-            count = static_cast<std::size_t>(number);
-        }
-        const std::size_t begin = session.log_.size() - std::min(session.log_.size(), count);
-        for (std::size_t i = begin; i < session.log_.size(); ++i)
-            session.say("* " + fullEventLabel(session.log_[i]), Display::Style::event);
-        if (session.log_.empty())
-            session.say("no events yet");
-        return Verdict::met;
+        const Word word = onlyWord(statement, "a number of events");
+        int number = 0;
+        if (!numberOf(Meaning::none, word.text, number) || number < 1)
+            throw Mistake("events takes a number from 1, not " + shown(word.text, 40), word.column);
+        count = static_cast<std::size_t>(number);
     }
+    const std::deque<ReceivedEvent>& all = session.phone().events().events();
+    for (std::size_t i = all.size() - std::min(all.size(), count); i < all.size(); ++i)
+        session.display().print("* " + fullEventLabel(all[i]), Display::Style::event);
+    if (all.empty())
+        session.display().print("no events yet");
+    return {};
+}
 
-    static Verdict say(Session& session, const Statement& statement)
-    {
-        const std::string text = statement.rest.empty() ? "" : rawText(statement, "a text");
-        if (session.picture_ == Session::Picture::mermaid)
-            session.say("    %% " + printable(text));
-        else if (session.picture_ == Session::Picture::none)
-            session.say(printable(text), Display::Style::heading);
-        return Verdict::met;
-    }
+Report say(Session& session, const Statement& statement)
+{
+    const std::string text = statement.rest.empty() ? "" : rawText(statement, "a text");
+    if (session.recorder().picture() == Recorder::Picture::mermaid)
+        session.display().print("    %% " + printable(text));
+    else if (!session.recorder().draws())
+        session.display().print(printable(text), Display::Style::heading);
+    return {};
+}
 
-    static Verdict echo(Session& session, const Statement& statement)
-    {
-        session.echo_ = onOff(statement);
-        return Verdict::met;
-    }
+Report echo(Session& session, const Statement& statement)
+{
+    session.setEcho(onOff(statement));
+    return {};
+}
 
-    static Verdict wire(Session& session, const Statement& statement)
-    {
-        const std::lock_guard<std::mutex> lock(session.recordsMutex_);
-        session.wire_ = onOff(statement);
-        return Verdict::met;
-    }
+Report wire(Session& session, const Statement& statement)
+{
+    session.recorder().setWire(onOff(statement));
+    return {};
+}
 
-    static Verdict ladder(Session& session, const Statement& statement)
-    {
-        const bool on = onOff(statement);
-        session.pump();
-        if (!on && session.picture_ == Session::Picture::text)
-            session.draw(session.flow_.finish());
-        const std::lock_guard<std::mutex> lock(session.recordsMutex_);
-        if (session.picture_ != Session::Picture::mermaid)
-            session.picture_ = on ? Session::Picture::text : Session::Picture::none;
-        if (on)
-            session.textLadder_ = TextLadder();
-        return Verdict::met;
-    }
+Report ladder(Session& session, const Statement& statement)
+{
+    const bool on = onOff(statement);
+    session.phone().pump();
+    session.recorder().setLadder(on);
+    return {};
+}
 
-    static Verdict run(Session& session, const Statement& statement)
-    {
-        return session.runScript(onlyWord(statement, "a script").text);
-    }
+Report run(Session& session, const Statement& statement)
+{
+    // What went wrong has been told where it happened.
+    return {session.runScript(onlyWord(statement, "a script").text), {}};
+}
 
-    static Verdict reconnect(Session& session, const Statement& statement)
-    {
-        nothingBehind(statement);
-        return session.reconnect();
-    }
+Report reconnect(Session& session, const Statement& statement)
+{
+    nothingBehind(statement);
+    const Report report = session.phone().reconnect();
+    // A script says for itself what it wants.
+    if (report.verdict == Verdict::met && session.place().typed())
+        session.start();
+    return report;
+}
 
-    static Verdict quit(Session& session, const Statement& statement)
-    {
-        nothingBehind(statement);
-        session.ended_ = true;
-        return Verdict::met;
-    }
-};
+Report quit(Session& session, const Statement& statement)
+{
+    nothingBehind(statement);
+    session.end();
+    return {};
+}
+
+}  // namespace
 
 const std::vector<Command>& commands()
 {
-    using C = Commands;
     static const std::vector<Command> table = {
-        {"help", "[OPERATION|EVENT|COMMAND]", "explains; alone, lists everything", C::help,
-         nullptr},
-        {"lines", "", "the lines, and what the events have told about them", C::lines, checkAlone},
-        {"calls", "", "the calls, as the events have told them", C::calls, checkAlone},
-        {"lamps", "", "the lamps that were set in this session", C::lamps, checkAlone},
-        {"events", "[NUMBER]", "the last events with all their fields", C::events, nullptr},
+        {"help", "[OPERATION|EVENT|COMMAND]", "explains; alone, lists everything", help, nullptr},
+        {"lines", "", "the lines, and what the events have told about them", lines, checkAlone},
+        {"calls", "", "the calls, as the events have told them", calls, checkAlone},
+        {"lamps", "", "the lamps that were set in this session", lamps, checkAlone},
+        {"events", "[NUMBER]", "the last events with all their fields", lastEvents, nullptr},
         {"expect", "[no] EVENT [field=value ...] [within TIME] [as NAME]",
-         "waits for an event, 1 s unless told otherwise; $NAME is its call from then on", C::expect,
+         "waits for an event, 1 s unless told otherwise; $NAME is its call from then on", expect,
          checkExpect},
         {"check", "result=VALUE field=value ...", "compares what the last operation returned",
-         C::check, nullptr},
-        {"forget", "", "lets the next expect look at later events only", C::forget, checkAlone},
-        {"wait", "TIME", "lets time pass", C::wait, checkWait},
+         check, nullptr},
+        {"forget", "", "lets the next expect look at later events only", forget, checkAlone},
+        {"wait", "TIME", "lets time pass", wait, checkWait},
         {"sim", "COMMAND", "drives the simulation: far end, clock, faults; \"sim help\" lists all",
-         C::sim, nullptr},
-        {"raw", "TEXT", "sends a request as it stands, without the library", C::raw, checkRaw},
+         sim, nullptr},
+        {"raw", "TEXT", "sends a request as it stands, without the library", raw, checkRaw},
         {"event", "TEXT | EVENT [field=value ...]",
-         "lets an event come in as if the service had sent it", C::event, checkEvent},
-        {"wire", "on|off", "shows what goes over the channel", C::wire, checkOnOff},
-        {"ladder", "on|off", "draws what happens as a call flow", C::ladder, checkOnOff},
-        {"say", "TEXT", "prints the text", C::say, checkSay},
-        {"echo", "on|off", "prints each line of a script before it is carried out", C::echo,
+         "lets an event come in as if the service had sent it", event, checkEvent},
+        {"wire", "on|off", "shows what goes over the channel", wire, checkOnOff},
+        {"ladder", "on|off", "draws what happens as a call flow", ladder, checkOnOff},
+        {"say", "TEXT", "prints the text", say, checkSay},
+        {"echo", "on|off", "prints each line of a script before it is carried out", echo,
          checkOnOff},
-        {"run", "FILE", "carries out a script", C::run, checkRun},
-        {"reconnect", "", "connects anew, after the service went away", C::reconnect, checkAlone},
-        {"quit", "", "ends the phone, as Ctrl-D does", C::quit, checkAlone},
-        {"exit", "", "the same", C::quit, checkAlone},
+        {"run", "FILE", "carries out a script", run, checkRun},
+        {"reconnect", "", "connects anew, after the service went away", reconnect, checkAlone},
+        {"quit", "", "ends the phone, as Ctrl-D does", quit, checkAlone},
+        {"exit", "", "the same", quit, checkAlone},
     };
     return table;
 }

@@ -15,7 +15,7 @@ struct Command
     const char* name;
     const char* usage;  ///< what stands behind the name
     const char* summary;
-    Verdict (*run)(Session& session, const Statement& statement);
+    Report (*run)(Session& session, const Statement& statement);
 
     /// Finds mistakes without carrying anything out; null where there is nothing to find.
     void (*check)(const Statement& statement, Variables& captured);

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <ostream>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -94,6 +95,12 @@ bool coloursWanted()
     const char* const terminal = std::getenv("TERM");
     return isatty(STDOUT_FILENO) != 0 && (forbidden == nullptr || *forbidden == '\0') &&
            (terminal == nullptr || std::string(terminal) != "dumb");
+}
+
+std::size_t screenWidth()
+{
+    winsize size = {};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
 }  // namespace kit::phone

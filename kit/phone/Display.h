@@ -53,6 +53,9 @@ private:
 /// Colours are for terminals, and for those who do not forbid them with NO_COLOR.
 bool coloursWanted();
 
+/// Columns of the terminal that is printed to, 80 where it is none.
+std::size_t screenWidth();
+
 }  // namespace kit::phone
 
 #endif

@@ -1,6 +1,7 @@
 #include "kit/phone/LineEditor.h"
 
 #include "kit/phone/Completion.h"
+#include "kit/phone/Interruptions.h"
 
 #include <cerrno>
 #include <clocale>
@@ -8,7 +9,6 @@
 #include <cwchar>
 #include <langinfo.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -20,12 +20,6 @@ namespace
 
 const char* const promptText = "phone> ";
 constexpr std::size_t promptWidth = 7;
-
-std::size_t screenWidth()
-{
-    winsize size = {};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
 
 void put(const std::string& text)
 {
@@ -131,13 +125,15 @@ int LineEditor::readCharacter(EditLine* editor, wchar_t* character)
     std::mbstate_t state = {};
     for (;;)
     {
-        pollfd sources[] = {{STDIN_FILENO, POLLIN, 0}, {self.session_.wakeDescriptor(), POLLIN, 0}};
+        pollfd sources[] = {{STDIN_FILENO, POLLIN, 0},
+                            {self.session_.recorder().wakeDescriptor(), POLLIN, 0}};
         const int ready = poll(sources, 2, 50);
         if (interruptions() > 0)
             return -1;
-        self.session_.keepTime();
-        if (ready > 0 && sources[1].revents != 0)
-            self.session_.pump();
+        self.session_.phone().keepTime();
+        // Also without a call: that the service has gone is told among the events.
+        if (ready >= 0 && sources[0].revents == 0)
+            self.session_.phone().pump();
         if (ready <= 0 || sources[0].revents == 0)
             continue;
         char byte = 0;

@@ -2,7 +2,7 @@
 #include "kit/framework/SocketConnection.h"
 #include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
-#include "kit/phone/Commands.h"
+#include "kit/phone/Interruptions.h"
 #include "kit/phone/LineEditor.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
@@ -34,6 +34,7 @@ struct Options
     std::string page;
     std::string history;
     std::string timeout = "5s";
+    std::size_t width = 0;
     bool ladder = false;
     bool mermaid = false;
     bool echo = false;
@@ -49,7 +50,9 @@ const char* const footer =
     "\n"
     "Exit status: 0 everything met, 1 an expectation or a request failed, 2 wrong usage or a "
     "mistake\n"
-    "in a line, 3 the service is not reachable or did not answer in time, 130 interrupted.\n"
+    "in a line, 3 the service is not reachable or did not answer in time, 4 the trace or the "
+    "output\n"
+    "could not be written, 130 interrupted.\n"
     "\n"
     "Environment: NO_COLOR switches colours off; COMMUNICATIONS_SERVICE_LIBRARY names the library.";
 
@@ -87,6 +90,9 @@ void declare(CLI::App& app, Options& options)
                    "Write the trace, of what is done here or of --ladder-from, as a page "
                    "for a browser")
         ->type_name("FILE");
+    app.add_option("--width", options.width, "Columns of a call flow; else the terminal's, or 80")
+        ->type_name("COLUMNS")
+        ->check(CLI::Range(TextLadder::narrowest, std::size_t(1000)));
     app.add_option("--history", options.history, "Keep the typed lines in this file")
         ->type_name("FILE");
     app.footer(footer);
@@ -120,6 +126,11 @@ void drawPage(const Trace& trace, const Options& options)
         throw std::runtime_error("cannot write " + options.page + ": " + std::strerror(errno));
 }
 
+std::size_t widthFor(const Options& options)
+{
+    return options.width != 0 ? options.width : screenWidth();
+}
+
 int drawTrace(const Options& options)
 {
     std::ifstream in(options.ladderFrom);
@@ -130,12 +141,20 @@ int drawTrace(const Options& options)
     if (!options.page.empty())
         drawPage(trace, options);
     else if (!steps.empty() || trace.complaint.empty())
-        std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps)) << std::flush;
+        std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps, widthFor(options)))
+                  << std::flush;
     if (trace.complaint.empty())
         return static_cast<int>(Verdict::met);
     std::cerr << "communications-phone: " << trace.complaint << '\n';
     return static_cast<int>(Verdict::mistake);
 }
+
+/// Nobody would see it.
+class Unwritten : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /// Cannot be reached, or is none.
 class Unreachable : public std::runtime_error
@@ -144,10 +163,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-class Phone
+class Program
 {
 public:
-    explicit Phone(const Options& options)
+    explicit Program(const Options& options)
         : options_(options), display_(std::cout, std::cerr, coloursWanted())
     {
     }
@@ -158,27 +177,28 @@ public:
         Word timeout;
         timeout.text = options_.timeout;
         Session::Settings settings;
-        settings.timeout = parseDuration(timeout);
-        if (settings.timeout.count() == 0)
+        settings.phone.timeout = parseDuration(timeout);
+        if (settings.phone.timeout.count() == 0)
             throw Mistake("--timeout must be longer than 0");
-        settings.library = options_.library;
-        settings.traceFile = options_.trace;
-        settings.pageFile = options_.page;
-        settings.pageTitle = options_.script.empty() ? "communications-phone" : options_.script;
-        settings.picture = options_.mermaid  ? Session::Picture::mermaid
-                           : options_.ladder ? Session::Picture::text
-                                             : Session::Picture::none;
+        settings.phone.library = options_.library;
+        settings.phone.realTime = typed || options_.realTime;
+        settings.recorder.traceFile = options_.trace;
+        settings.recorder.pageFile = options_.page;
+        settings.recorder.pageTitle =
+            options_.script.empty() ? "communications-phone" : options_.script;
+        settings.recorder.picture = options_.mermaid  ? Recorder::Picture::mermaid
+                                    : options_.ladder ? Recorder::Picture::text
+                                                      : Recorder::Picture::none;
+        settings.recorder.width = widthFor(options_);
+        settings.recorder.wire = options_.wire;
         settings.echo = options_.echo;
-        settings.wire = options_.wire;
         settings.progress = !typed && isatty(STDERR_FILENO) != 0;
-        settings.realTime = typed || options_.realTime;
         if (options_.socket.empty())
-            embed(settings);
+            embed(settings.phone);
         else
-            settings.connect = [this] { return overSocket(); };
+            settings.phone.connect = [this] { return overSocket(); };
         if (options_.driveClock)
-            settings.advance = [this](std::chrono::milliseconds time)
-            { session_->drive("advance " + std::to_string(time.count()) + "ms"); };
+            settings.phone.advance = [this](Timekeeper::Time limit) { return drive(limit); };
 
         session_ = std::make_unique<Session>(std::move(settings), display_);
         catchInterruptions();
@@ -188,16 +208,26 @@ public:
                                     : session_->runScript(options_.script);
         const bool traced = session_->finish();
         if (!std::cout)
-            throw std::runtime_error("what was to be printed could not be written");
-        return static_cast<int>(traced || verdict != Verdict::met ? verdict : Verdict::mistake);
+            throw Unwritten("what was to be printed could not be written");
+        return static_cast<int>(traced || verdict != Verdict::met ? verdict : Verdict::unwritten);
     }
 
 private:
-    void embed(Session::Settings& settings)
+    void embed(Phone::Settings& settings)
     {
         service_ = std::make_shared<SimulatedService>();
         settings.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
-        settings.advance = [this](std::chrono::milliseconds time) { service_->advance(time); };
+        settings.advance = [this](Timekeeper::Time limit)
+        { return service_->advanceToNext(limit); };
+    }
+
+    /// Lets time pass in a simulation that is asked over a socket: in small steps, so that what is
+    /// waited for is seen in time, but not in very many.
+    Timekeeper::Time drive(Timekeeper::Time limit)
+    {
+        const Timekeeper::Time step = std::min(limit, std::max(Timekeeper::Time(10), limit / 1000));
+        session_->phone().ask("advance " + std::to_string(step.count()) + "ms");
+        return step;
     }
 
     std::unique_ptr<Connection> overSocket() const
@@ -216,8 +246,7 @@ private:
     {
         display_.print("communications-phone " COMMUNICATIONS_PHONE_VERSION
                        ", \"help\" lists what can be typed, Ctrl-D ends");
-        for (const char* line : {"subscribe", "activate"})
-            session_->execute(line, {});
+        session_->start();
         LineEditor editor(*session_, display_, options_.history);
         std::string line;
         while (!session_->hasEnded() && editor.read(line))
@@ -253,12 +282,17 @@ int run(int argc, char** argv)
     }
     try
     {
-        return options.ladderFrom.empty() ? Phone(options).run() : drawTrace(options);
+        return options.ladderFrom.empty() ? Program(options).run() : drawTrace(options);
     }
     catch (const Unreachable& error)
     {
         std::cerr << "communications-phone: " << error.what() << '\n';
         return static_cast<int>(Verdict::unreachable);
+    }
+    catch (const Unwritten& error)
+    {
+        std::cerr << "communications-phone: " << error.what() << '\n';
+        return static_cast<int>(Verdict::unwritten);
     }
     catch (const std::exception& error)
     {

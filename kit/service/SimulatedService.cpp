@@ -268,4 +268,13 @@ void SimulatedService::advance(std::chrono::milliseconds time)
     state_->deliver(lock);
 }
 
+std::chrono::milliseconds SimulatedService::advanceToNext(std::chrono::milliseconds limit)
+{
+    State::Lock lock(state_->mutex);
+    const std::chrono::milliseconds time = state_->simulation.quietFor(limit);
+    state_->simulation.advance(time);
+    state_->deliver(lock);
+    return time;
+}
+
 }  // namespace kit

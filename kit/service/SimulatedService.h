@@ -79,6 +79,10 @@ public:
     /// order.
     void advance(std::chrono::milliseconds time);
 
+    /// The same, but only to the next moment at which something happens, and at most `limit`. Returns
+    /// how much time has passed.
+    std::chrono::milliseconds advanceToNext(std::chrono::milliseconds limit);
+
 private:
     class State;
     std::unique_ptr<State> state_;

@@ -103,6 +103,11 @@ void Simulation::advance(Time time)
     now_ = until;
 }
 
+Time Simulation::quietFor(Time limit) const
+{
+    return timers_.empty() ? limit : std::min(limit, timers_.begin()->first - now_);
+}
+
 // --- the life of a call ---
 
 /// The wanted number when it is free, otherwise the next one.

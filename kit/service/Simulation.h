@@ -62,6 +62,9 @@ public:
     std::string request(const std::string& text);
     void advance(Time time);
 
+    /// How long nothing happens from now on, at most `limit`.
+    Time quietFor(Time limit) const;
+
     std::vector<std::string> takeEvents() { return std::exchange(events_, {}); }
     std::vector<std::string> takeComplaints() { return std::exchange(complaints_, {}); }
 

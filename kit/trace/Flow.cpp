@@ -19,13 +19,13 @@ struct FarEndGets
     const char* destinationTag;  ///< "" where it goes to the far end of its call
 };
 
-constexpr const char* cstaPeer = "CSTA peer";
+constexpr const char* cstaPeer = "CSTA";
 
 const FarEndGets farEndGets[] = {
     {"OutgoingCallMakeRequest", "call", "Destination"},
     {"Consult", "call", "Destination"},
-    {"DeflectCall", "deflected call", "Destination"},
-    {"BlindTransfer", "transferred call", "Destination"},
+    {"DeflectCall", "deflect", "Destination"},
+    {"BlindTransfer", "transfer", "Destination"},
     {"DirectedPickupCall", "pick up", "CallToBePickedUp"},
     {"AcceptCall", "ringing", ""},
     {"AnswerCall", "answer", ""},
@@ -35,8 +35,8 @@ const FarEndGets farEndGets[] = {
     {"RetrieveCall", "retrieve", ""},
     {"GenerateDigits", "digits", ""},
     {"AttendedTransfer", "transfer", ""},
-    {"ConferenceCall", "conference", ""},
-    {"makeSecurityChangeReinvite", "renegotiate", ""},
+    {"ConferenceCall", "join", ""},
+    {"makeSecurityChangeReinvite", "re-invite", ""},
 };
 
 /// What an event that nobody asked for says about the far end.
@@ -51,13 +51,13 @@ const FarEndDoes farEndDoes[] = {
     {"CallStateChangeEvent", numbers::callDelivered, "rings"},
     {"CallStateChangeEvent", numbers::callConnected, "answers"},
     {"CallStateChangeEvent", numbers::callCleared, "clears"},
-    {"CallStateChangeEvent", numbers::callFailed, "does not answer"},
+    {"CallStateChangeEvent", numbers::callFailed, "no answer"},
     {"CallStateChangeEvent", numbers::callHeldByFarEnd, "holds"},
     {"IncomingCallEvent", -1, "calls"},
     {"IncomingPickupCallEvent", -1, "calls"},
     {"IncomingCallMissedEvent", -1, "gives up"},
     {"RemoteEndpointDetailsChangedEvent", -1, "changes"},
-    {"callCompletionEvent", -1, "calls back"},
+    {"callCompletionEvent", -1, "recalls"},
     {"b2buaCSTAResponse", -1, "answers"},
     {"b2buaCSTAEventOrRequest", -1, "sends"},
 };
@@ -134,7 +134,7 @@ void Flow::addRequest(const TraceRecord& record)
     if (isCsta(message.method))
     {
         row.farEnd = cstaPeer;
-        row.farEndText = "CSTA";
+        row.farEndText = "message";
     }
     if (answered)
         open_.insert(record.number);
@@ -198,6 +198,7 @@ void Flow::addEvent(const TraceRecord& record)
         row.step.farEnd = FlowStep::Between::fromService;
         row.step.farEndText = does.text;
     }
+    row.step.leaves = leaving(message);
     waiting_.push_back(row);
 }
 
@@ -225,6 +226,25 @@ void Flow::learn(const Message& message)
     const std::string farEnd = firstOf(message, std::begin(farEndTags), std::end(farEndTags));
     if (!call.empty() && !farEnd.empty())
         farEnds_[call] = shortNumber(farEnd);
+}
+
+std::string Flow::leaving(const Message& message)
+{
+    const std::string* const state = message.find("CallState");
+    const bool over = message.method == "IncomingCallMissedEvent" ||
+                      message.method == "CallForwardedEvent" ||
+                      (state != nullptr && *state == std::to_string(numbers::callCleared));
+    const auto ended =
+        over ? farEnds_.find(firstOf(message, std::begin(callTags), std::end(callTags)))
+             : farEnds_.end();
+    if (ended == farEnds_.end())
+        return "";
+    const std::string farEnd = ended->second;
+    farEnds_.erase(ended);
+    for (const auto& [call, other] : farEnds_)
+        if (other == farEnd)
+            return "";
+    return farEnd;
 }
 
 std::string Flow::farEndOf(const Message& message) const

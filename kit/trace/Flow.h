@@ -28,6 +28,7 @@ struct FlowStep
     Between farEnd = Between::none;       ///< the arrow between service and far end
     std::string farEndText;
     std::string farEndName;  ///< "2001"; "" when there is no such arrow
+    std::string leaves;      ///< the far end whose last call has ended with this
 
     bool isNote() const { return application == Between::none && farEnd == Between::none; }
 };
@@ -64,6 +65,7 @@ private:
     void endOf(int request, bool carriedOut);
     void learn(const Message& message);
     std::string farEndOf(const Message& message) const;
+    std::string leaving(const Message& message);
     std::vector<FlowStep> takeReady();
 
     std::deque<Waiting> waiting_;

@@ -3,6 +3,7 @@
 #include "kit/language/Wording.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 namespace kit
@@ -68,6 +69,33 @@ bool namesCall(const Message& message, const std::vector<Field>& fields)
             return true;
     }
     return false;
+}
+
+/// What is told first, and without its tag: the state of things, and in parentheses why it is so.
+enum class Prominence
+{
+    state,
+    reason,
+    other
+};
+
+Prominence prominenceOf(const std::string& tag)
+{
+    static const char* const states[] = {"CallState", "CallCompletionState", "Feature",
+                                         "Registered"};
+    static const char* const reasons[] = {"Reason", "FeatureFailure", "CallCompletionFailureType"};
+    if (isOneOf(tag.c_str(), std::begin(states), std::end(states)))
+        return Prominence::state;
+    return isOneOf(tag.c_str(), std::begin(reasons), std::end(reasons)) ? Prominence::reason
+                                                                        : Prominence::other;
+}
+
+/// " registered", " not registered"
+std::string flagInWords(const std::string& tag, bool set)
+{
+    std::string word = tag;
+    word[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[0])));
+    return (set ? " " : " not ") + word;
 }
 
 bool isAbsent(const std::string& value)
@@ -144,9 +172,11 @@ std::string messageLabel(const std::string& text)
     const Message message = parse(text);
     if (message.method.empty() && message.elements.empty())
         return printable(text, 60);
-    std::string label = message.method;  // an answer has fields only
     const std::vector<Field>* const fields = fieldsOf(message.method);
     const bool lineIsTold = fields != nullptr && namesCall(message, *fields);
+    std::string state;
+    std::string reason;
+    std::string others;
     for (const Message::Element& element : message.elements)
     {
         const Field* const field = fieldWithTag(fields, element.tag);
@@ -158,8 +188,20 @@ std::string messageLabel(const std::string& text)
         const std::string value = field == nullptr ? element.value
                                   : farEnd         ? shortNumber(element.value)
                                                    : toPeople(*field, element.value);
-        label += (label.empty() ? "" : " ") + element.tag + "=" + value;
+        // A number without a name says nothing without its tag.
+        const Prominence prominence = field == nullptr || value == element.value
+                                          ? Prominence::other
+                                          : prominenceOf(element.tag);
+        if (prominence == Prominence::state)
+            state +=
+                field->kind == Kind::flag ? flagInWords(element.tag, value == "true") : " " + value;
+        else if (prominence == Prominence::reason)
+            reason += " (" + value + ")";
+        else
+            others += " " + element.tag + "=" + value;
     }
+    std::string label = message.method + state + reason + others;
+    label.erase(0, message.method.empty() ? 1 : 0);  // an answer has fields only
     if (!message.payload.empty())
         label += " + " + std::to_string(message.payload.size()) + " bytes";
     return printable(label, 200);

@@ -1,6 +1,9 @@
 #include "kit/trace/Ladder.h"
 
+#include "kit/trace/Width.h"
+
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace kit
@@ -9,53 +12,27 @@ namespace kit
 namespace
 {
 
-constexpr std::size_t applicationColumn = 5;
-constexpr std::size_t serviceColumn = 66;
-constexpr std::size_t farEndGap = 20;
-
-std::size_t farEndColumn(std::size_t index)
-{
-    return serviceColumn + (index + 1) * farEndGap;
-}
-
-/// Characters, not bytes, so that columns stay in line; continuation bytes do not count.
-std::size_t width(const std::string& text)
-{
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(),
-                      [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80U; }));
-}
-
-std::string cut(const std::string& text, std::size_t limit)
-{
-    if (width(text) <= limit)
-        return text;
-    std::string shorter;
-    std::size_t characters = 0;
-    for (const char c : text)
-    {
-        if ((static_cast<unsigned char>(c) & 0xc0U) != 0x80U && ++characters > limit - 2)
-            break;
-        shorter += c;
-    }
-    return shorter + "..";
-}
+constexpr std::size_t smallestGap = 13;
+constexpr std::size_t widestGap = 20;
+constexpr std::size_t smallestLabel = 46;  ///< between application and service, where it can be had
 
 /// The arrow's text between two columns that are `room` characters apart.
 std::string arrow(const std::string& text, std::size_t room, bool toTheRight, char stroke)
 {
-    const std::string label = cut(text, room - 4);
-    const std::string rest(room - 3 - width(label), stroke);
+    const std::string label = cutToWidth(text, room - 4);
+    const std::string rest(room - 3 - displayWidth(label), stroke);
     const std::string two(2, stroke);
     return toTheRight ? two + label + rest + ">" : "<" + two + label + rest;
 }
 
-void center(std::string& line, std::size_t column, const std::string& text)
+/// Puts a text into a line of blanks and strokes, around a column.
+std::string centered(std::string line, std::size_t column, const std::string& text,
+                     std::size_t width)
 {
-    const std::size_t begin = column - std::min(column, width(text) / 2);
-    if (line.size() < begin)
-        line.resize(begin, ' ');
-    line += text;
+    const std::size_t size = displayWidth(text);
+    line.resize(std::max(line.size(), width), ' ');
+    const std::size_t begin = std::min(column - std::min(column, size / 2), width - size);
+    return line.substr(0, begin) + text + line.substr(begin + size);
 }
 
 bool toTheRight(FlowStep::Between between)
@@ -71,68 +48,111 @@ std::string trimmed(std::string line)
 
 }  // namespace
 
-TextLadder::TextLadder(std::vector<std::string> farEnds) : farEnds_(std::move(farEnds)) {}
+TextLadder::TextLadder(std::size_t width, std::size_t farEndsAtOnce)
+    : width_(std::max(width, narrowest))
+{
+    makeRoom(std::max<std::size_t>(farEndsAtOnce, 1));
+}
+
+/// As many columns as there is room for; who finds none shares the last.
+void TextLadder::makeRoom(std::size_t farEnds)
+{
+    const std::size_t room = width_ - std::min(width_, smallestLabel + 6);
+    places_.resize(std::max<std::size_t>(1, std::min(farEnds, room / smallestGap)));
+    gap_ = std::min(widestGap, std::max(smallestGap, room / places_.size()));
+    service_ = width_ - 1 - gap_ * places_.size();
+    headShown_ = false;
+}
 
 std::string TextLadder::head() const
 {
-    std::string line;
-    center(line, applicationColumn, "application");
-    center(line, serviceColumn, "service");
-    for (std::size_t i = 0; i < farEnds_.size(); ++i)
-        center(line, farEndColumn(i), cut(farEnds_[i], farEndGap - 2));
-    return trimmed(line) + trimmed(lifelines());
+    std::string line = centered("application", service_, "service", width_);
+    for (std::size_t i = 0; i < places_.size(); ++i)
+        if (!places_[i].empty())
+        {
+            const std::string name = cutToWidth(places_[i], gap_ * 2 / 3);
+            // From the right, so that no wide character before it counts.
+            const std::size_t size = displayWidth(name);
+            const std::size_t begin = std::min(farEndColumn(i) - size / 2, width_ - size);
+            line = line.substr(0, begin + line.size() - displayWidth(line)) + name;
+            line.resize(line.size() + width_ - displayWidth(line), ' ');
+        }
+    return trimmed(line) + trimmed("|" + std::string(service_ - 1, ' ') + lifelines(service_));
 }
 
 std::string TextLadder::add(const FlowStep& step)
 {
-    std::string before;
-    if (!step.farEndName.empty() &&
-        std::find(farEnds_.begin(), farEnds_.end(), step.farEndName) == farEnds_.end())
-    {
-        farEnds_.push_back(step.farEndName);
-        headShown_ = false;
-    }
-    if (!headShown_)
-        before = head();
+    const std::string row =
+        step.isNote()
+            ? trimmed(centered("|" + std::string(service_ - 1, ' ') + lifelines(service_), service_,
+                               "( " + cutToWidth(step.text, width_ - 30) + " )", width_))
+            : arrowOf(step);
+    const std::string before = headShown_ ? "" : head();
     headShown_ = true;
+    const auto left = std::find(places_.begin(), places_.end(), step.leaves);
+    if (!step.leaves.empty() && left != places_.end())
+        left->clear();
+    return before + row;
+}
 
-    if (step.isNote())
-    {
-        std::string line = lifelines();
-        const std::string note = "( " + cut(step.text, 50) + " )";
-        line.replace(serviceColumn - width(note) / 2, width(note), note);
-        return before + trimmed(line);
-    }
-    std::string line(applicationColumn, ' ');
-    const std::size_t room = serviceColumn - applicationColumn - 1;
-    line += "|";
+std::string TextLadder::arrowOf(const FlowStep& step)
+{
+    const bool behind = step.farEnd != FlowStep::Between::none;
+    const std::size_t place = behind ? placeOf(step.farEndName) : 0;
+    const std::size_t room = service_ - 1;
+    std::string line = "|";
     line += step.application == FlowStep::Between::none
                 ? std::string(room, ' ')
                 : arrow(step.text, room, toTheRight(step.application),
                         step.application == FlowStep::Between::answer ? '.' : '-');
-    const std::size_t target =
-        step.farEnd == FlowStep::Between::none ? serviceColumn : columnOf(step.farEndName);
-    if (target > serviceColumn)
-        line +=
-            "|" + arrow(step.farEndText, target - serviceColumn - 1, toTheRight(step.farEnd), '-');
-    const std::string behind = lifelines();
-    return before + trimmed(line + behind.substr(target));
+    if (!behind)
+        return trimmed(line + lifelines(service_));
+    const bool shared = places_[place] != step.farEndName;
+    const std::size_t target = farEndColumn(place);
+    return trimmed(line + "|" +
+                   arrow(shared ? step.farEndName + " " + step.farEndText : step.farEndText,
+                         target - service_ - 1, toTheRight(step.farEnd), '-') +
+                   lifelines(target));
 }
 
-std::size_t TextLadder::columnOf(const std::string& farEnd) const
+std::size_t TextLadder::placeOf(const std::string& farEnd)
 {
-    const auto found = std::find(farEnds_.begin(), farEnds_.end(), farEnd);
-    return farEndColumn(static_cast<std::size_t>(found - farEnds_.begin()));
+    auto place = std::find(places_.begin(), places_.end(), farEnd);
+    if (place != places_.end())
+        return static_cast<std::size_t>(place - places_.begin());
+    place = std::find(places_.begin(), places_.end(), "");
+    if (place == places_.end())
+    {
+        const std::size_t before = places_.size();
+        const bool headed = headShown_;
+        makeRoom(before + 1);
+        if (places_.size() == before)
+        {
+            headShown_ = headed;
+            return before - 1;
+        }
+        place = places_.end() - 1;
+    }
+    *place = farEnd;
+    headShown_ = false;
+    return static_cast<std::size_t>(place - places_.begin());
 }
 
-std::string TextLadder::lifelines() const
+std::size_t TextLadder::farEndColumn(std::size_t place) const
 {
-    std::string line(farEndColumn(farEnds_.size()), ' ');
-    line[applicationColumn] = '|';
-    line[serviceColumn] = '|';
-    for (std::size_t i = 0; i < farEnds_.size(); ++i)
-        line[farEndColumn(i)] = '|';
-    return line;
+    return service_ + (place + 1) * gap_;
+}
+
+/// From a column on.
+std::string TextLadder::lifelines(std::size_t from) const
+{
+    std::string line(width_, ' ');
+    line[service_] = '|';
+    for (std::size_t i = 0; i < places_.size(); ++i)
+        if (!places_[i].empty())
+            line[farEndColumn(i)] = '|';
+    line[from] = '|';
+    return line.substr(from);
 }
 
 namespace
@@ -212,14 +232,18 @@ std::vector<FlowStep> stepsOf(const std::vector<TraceRecord>& records)
     return steps;
 }
 
-std::string textLadder(const std::vector<FlowStep>& steps)
+std::string textLadder(const std::vector<FlowStep>& steps, std::size_t width)
 {
-    std::vector<std::string> farEnds;
+    std::set<std::string> there;
+    std::size_t atOnce = 0;
     for (const FlowStep& step : steps)
-        if (!step.farEndName.empty() &&
-            std::find(farEnds.begin(), farEnds.end(), step.farEndName) == farEnds.end())
-            farEnds.push_back(step.farEndName);
-    TextLadder ladder(farEnds);
+    {
+        if (!step.farEndName.empty())
+            there.insert(step.farEndName);
+        atOnce = std::max(atOnce, there.size());
+        there.erase(step.leaves);
+    }
+    TextLadder ladder(width, atOnce);
     std::string text;
     for (const FlowStep& step : steps)
         text += ladder.add(step);

@@ -6,12 +6,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kit::phone
@@ -64,13 +66,24 @@ private:
 };
 
 /// Runs the program with options as in a shell, and a text as its standard input.
-Ended phone(const Folder& folder, const std::string& options, const std::string& input = "")
+/// @param action  carried out once the program has printed that a request succeeded
+Ended phone(const Folder& folder, const std::string& options, const std::string& input = "",
+            const std::function<void()>& action = nullptr)
 {
     folder.write("in", input);
+    folder.write("out", "");
+    std::thread meanwhile(
+        [&]
+        {
+            for (int i = 0; action && i < 2000; ++i, usleep(5000))
+                if (folder.read("out").find("sfiSuccess") != std::string::npos)
+                    return action();
+        });
     const std::string command = std::string(PHONE_PROGRAM) + " " + options + " <" +
                                 folder.file("in") + " >" + folder.file("out") + " 2>" +
                                 folder.file("err");
     const int status = std::system(command.c_str());
+    meanwhile.join();
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, folder.read("out"), folder.read("err")};
 }
 
@@ -107,8 +120,10 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
         {"--ladder-from " + met, 2,
          "communications-phone: " + met +
              ":1: not JSON (byte 1); no line of it is one of a trace\n"},
-        {"--trace /dev/full --script " + met, 2,
-         "the trace is not complete: /dev/full could not be written to the end\n"},
+        {"--trace /dev/full --script " + met, 4,
+         "the trace ends here: /dev/full cannot be written: No space left on device\n"},
+        {"--trace /nowhere/t --script " + met, 2,
+         "communications-phone: cannot write /nowhere/t: No such file or directory\n"},
         {"--version", 0, ""},
     };
     for (const auto& row : rows)
@@ -186,11 +201,58 @@ TEST(PhoneProgram, SaysWhenAServiceHangsOrDies)
     EXPECT_EQ(ended.status, 3);
     EXPECT_EQ(ended.errors, "stdin:2: GetMicrophoneMute has no answer: the service at " +
                                 service.socket() + " did not answer within 200 ms\n");
-    service.kill();
+    EXPECT_NE(phone(folder, options, "subscribe\nhold 99\n").out.find("\n  service: HoldCall: "),
+              std::string::npos)
+        << "why it failed is told over a socket too";
+    // A running expectation ends with the service, whatever its time.
+    ended =
+        phone(folder, options,
+              "subscribe\nexpect CallHeldEvent within 24h\nexpect no CallHeldEvent within 24h\n",
+              [&] { service.kill(); });
+    EXPECT_EQ(ended.status, 3);
+    EXPECT_EQ(ended.errors,
+              "stdin:2: expected CallHeldEvent, but nothing comes any more\n  the service at " +
+                  service.socket() +
+                  " is gone; \"reconnect\" connects anew\n"
+                  "stdin:3: expected no CallHeldEvent, but nothing comes any more\n"
+                  "  the service at " +
+                  service.socket() + " is gone; \"reconnect\" connects anew\n");
     ended = phone(folder, options, line);
     EXPECT_EQ(ended.status, 3);
     EXPECT_EQ(ended.errors.rfind("communications-phone: no service at " + service.socket(), 0), 0U)
         << ended.errors;
+}
+
+TEST(PhoneProgram, ATraceThatCannotBeWrittenEndsWithAWholeLine)
+{
+    const Folder folder;
+    const std::string trace = folder.file("trace");
+    const std::string script =
+        folder.write("script", "say before\nsubscribe\nactivate\nsay after\n");
+    // A file may have 512 bytes, and who writes more is told so.
+    const std::string command = "trap '' XFSZ; ulimit -f 1; " + std::string(PHONE_PROGRAM) +
+                                " --script " + script + " --trace " + trace + " 2>&1 | cat >" +
+                                folder.file("out");
+    ASSERT_NE(std::system(("bash -c \"" + command + "; exit \\${PIPESTATUS[0]}\"").c_str()), -1);
+    const std::string out = folder.read("out");
+    const std::size_t told = out.find("the trace ends here: " + trace + " cannot be written: ");
+    EXPECT_NE(told, std::string::npos) << out;
+    EXPECT_LT(out.find("before"), told);
+    EXPECT_GT(out.find("after"), told) << "it has to be told when it happens";
+    std::istringstream in(folder.read("trace"));
+    const Trace read = readTrace(in, "trace");
+    EXPECT_EQ(read.complaint, "");
+    EXPECT_EQ(folder.read("trace").back(), '\n');
+    EXPECT_FALSE(read.records.empty());
+}
+
+TEST(PhoneProgram, AMarkBeforeTheFirstLineOfAScriptIsNoWord)
+{
+    const Folder folder;
+    const Ended ended =
+        phone(folder, "--script " + folder.write("s", "\xef\xbb\xbfsay one\nsay two\n"));
+    EXPECT_EQ(ended.errors, "");
+    EXPECT_EQ(ended.out, "one\ntwo\n");
 }
 
 TEST(PhoneProgram, TheTourCanBeTaken)
@@ -220,12 +282,14 @@ TEST(PhoneProgram, ALiveCallFlowIsThatOfItsTrace)
             withoutComments += line + "\n";
     EXPECT_EQ(withoutComments, later.out);
     const Ended drawn = phone(folder, "--ladder-from " + trace);
-    EXPECT_NE(drawn.out.find("service              2001              CSTA peer\n"),
+    EXPECT_NE(drawn.out.find("service             2001\n"), std::string::npos) << drawn.out;
+    EXPECT_NE(drawn.out.find("service             CSTA\n"), std::string::npos) << drawn.out;
+    EXPECT_NE(drawn.out.find("|--HoldCall CallID=1 HoldCallReason=hold Manual=true------>|--hold"),
+              std::string::npos);
+    const Ended narrow = phone(folder, "--width 60 --ladder-from " + trace);
+    EXPECT_NE(narrow.out.find("|--HoldCall CallID=1 HoldCallReason=hold M..->|--hold----->|\n"),
               std::string::npos)
-        << drawn.out;
-    EXPECT_NE(
-        drawn.out.find("|--HoldCall CallID=1 HoldCallReason=hold Manual=true-------->|--hold"),
-        std::string::npos);
+        << narrow.out;
 }
 
 /// Every row of the protocol's tables has to be in the trace, and each answered request once with
@@ -242,6 +306,8 @@ void expectEverythingIn(const std::vector<TraceRecord>& records, const std::stri
         if (record.kind == TraceRecord::Kind::request)
         {
             requests[record.number] = method;
+            const Operation* const operation = findRequest(method);
+            EXPECT_TRUE(operation == nullptr || record.sending == operation->sending) << method;
             sent.insert(record.text.rfind("SigEvent:", 0) == 0 ? "SigEvent" : method);
         }
         else if (record.kind == TraceRecord::Kind::answer && record.text == "sfiSuccess")

@@ -19,9 +19,13 @@ protected:
     Phone() : display_(out_, errors_, false)
     {
         Session::Settings settings;
-        settings.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
-        settings.advance = [this](std::chrono::milliseconds time) { service_->advance(time); };
-        settings.realTime = false;
+        settings.phone.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
+        settings.phone.advance = [this](Timekeeper::Time limit)
+        {
+            ++steps_;
+            return service_->advanceToNext(limit);
+        };
+        settings.phone.realTime = false;
         session_ = std::make_unique<Session>(settings, display_);
     }
 
@@ -41,6 +45,7 @@ protected:
     }
 
     std::shared_ptr<SimulatedService> service_ = std::make_shared<SimulatedService>();
+    int steps_ = 0;
     std::ostringstream out_;
     std::ostringstream errors_;
     Display display_;
@@ -173,22 +178,72 @@ TEST_F(Phone, ShowsWhatTravels)
                           "* CallHeldEvent callId=7\n");
 }
 
-TEST_F(Phone, SaysWhenTheServiceIsGoneAndComesBack)
+TEST_F(Phone, TellsAtOnceThatTheServiceIsGone)
 {
+    const std::string gone = "the service in this process is gone; \"reconnect\" connects anew\n";
     subscribe();
+    run("dial 2001");
     EXPECT_EQ(run("sim go away"), Verdict::met);
+    EXPECT_NE(out_.str().find(gone), std::string::npos) << out_.str();
+    EXPECT_EQ(run("calls"), Verdict::met);
+    EXPECT_EQ(out_.str(), "no calls\n") << "what was believed of calls is forgotten";
     EXPECT_EQ(run("getDevices"), Verdict::unreachable);
     EXPECT_EQ(out_.str(), "getDevices: sfiFailure\n");
-    EXPECT_EQ(errors_.str(),
-              "s:3: GetDevices has no answer: the service in this process is gone; \"reconnect\" "
-              "connects anew\n");
+    EXPECT_EQ(errors_.str(), "s:3: GetDevices has no answer: " + gone);
+    EXPECT_EQ(run("hold"), Verdict::unreachable);
+    EXPECT_EQ(errors_.str(), "s:3: " + gone);
+    EXPECT_EQ(run("hold x=1"), Verdict::mistake);
     EXPECT_EQ(run("subscribe"), Verdict::unreachable);
     EXPECT_EQ(out_.str(), "subscribe: MarloException\n");
     EXPECT_EQ(run("! getDevices"), Verdict::met);
+    EXPECT_EQ(run("raw <Method>Activate</Method>"), Verdict::unreachable);
+    EXPECT_EQ(errors_.str(), "s:3: " + gone);
+}
+
+TEST_F(Phone, NothingIsExpectedOfAServiceThatIsGone)
+{
+    subscribe();
+    run("event CallHeldEvent callId=1");
+    run("event CallHeldEvent callId=2");
+    run("sim go away");
+    EXPECT_EQ(run("expect CallHeldEvent callId=1"), Verdict::met) << "it had come before";
+    steps_ = 0;
+    EXPECT_EQ(run("expect CallRetrievedEvent within 24h"), Verdict::unreachable);
+    EXPECT_EQ(run("expect no CallRetrievedEvent within 24h"), Verdict::unreachable);
+    EXPECT_EQ(run("expect no CallHeldEvent within 24h"), Verdict::unmet);
+    EXPECT_EQ(steps_, 0) << "time was let pass";
+}
+
+TEST_F(Phone, BeginsAnewAfterAReconnection)
+{
+    subscribe();
+    run("dial 2001");
     EXPECT_EQ(run("reconnect"), Verdict::met);
+    EXPECT_EQ(out_.str(), "connected to the service in this process\n");
+    EXPECT_EQ(run("calls"), Verdict::met);
+    EXPECT_EQ(out_.str(), "no calls\n");
     EXPECT_EQ(run("getDevices"), Verdict::met);
-    EXPECT_EQ(run("expect CallHeldEvent within 0s"), Verdict::unmet);
-    EXPECT_NE(errors_.str().find("the phone has not subscribed"), std::string::npos);
+    EXPECT_EQ(run("expect CallStateChangeEvent within 0s"), Verdict::unmet);
+    EXPECT_NE(errors_.str().find("the phone has not subscribed"), std::string::npos)
+        << "a script subscribes in its own lines";
+    out_.str("");
+    EXPECT_EQ(session_->execute("reconnect", {}), Verdict::met);
+    EXPECT_NE(out_.str().find("\nsubscribe: sfiSuccess\nactivate: sfiSuccess\n* Registration"),
+              std::string::npos)
+        << out_.str();
+}
+
+TEST_F(Phone, LongWaitsTakeAsManyStepsAsSomethingHappens)
+{
+    subscribe();
+    steps_ = 0;
+    EXPECT_EQ(run("wait 24h"), Verdict::met);
+    EXPECT_EQ(steps_, 1);
+    EXPECT_EQ(run("expect no CallHeldEvent within 60min"), Verdict::met);
+    EXPECT_EQ(steps_, 2);
+    run("dial 2001");
+    EXPECT_EQ(run("expect CallStateChangeEvent callState=connected within 60min"), Verdict::met);
+    EXPECT_EQ(steps_, 3) << "it is answered in the next moment at which something happens";
 }
 
 TEST_F(Phone, FindsMistakesWithoutCarryingOut)

@@ -5,6 +5,7 @@
 #include "kit/phone/Expectation.h"
 #include "kit/trace/Labels.h"
 #include "kit/trace/Ladder.h"
+#include "kit/trace/Width.h"
 
 #include <gtest/gtest.h>
 #include <sstream>
@@ -52,11 +53,12 @@ TraceRecord control(const std::string& text)
     return record;
 }
 
-std::string callState(int call, int state)
+std::string callState(int call, int state, int reason = numbers::reasonNormal)
 {
     return "<Method>CallStateChangeEvent</Method><LineID>1001</LineID><CallID>" +
            std::to_string(call) + "</CallID><CallState>" + std::to_string(state) +
-           "</CallState><Reason>0</Reason><URI>sip:2001@host</URI><Name>Anna</Name>";
+           "</CallState><Reason>" + std::to_string(reason) +
+           "</Reason><URI>sip:2001@host</URI><Name>Anna</Name>";
 }
 
 /// A call in which everything occurs that is drawn.
@@ -77,6 +79,8 @@ std::vector<TraceRecord> aCall()
         answer(4, "", Delivery::gone),
         request(0, "<Method>RemoveConfParticipant</Method><callID>5</callID>", Sending::oneWay),
         event("<Method>CallHeldEvent</Method><LineID>1001</LineID><CallID>6</CallID>"),
+        event(callState(5, numbers::callCleared, numbers::reasonFarEndCleared)),
+        request(5, "<Method>GetDevices</Method>"),
     };
 }
 
@@ -84,21 +88,25 @@ TEST(Ladder, DrawsACall)
 {
     EXPECT_EQ("\n" + textLadder(stepsOf(aCall())),
               R"(
-application                                                    service              2001
-     |                                                            |                   |
-     |--Activate------------------------------------------------->|                   |
-     |<..sfiSuccess...............................................|                   |
-     |--OutgoingCallMakeRequest Line=1001 Destination=2001------->|--call------------>|
-     |<--CallStateChangeEvent CallID=5 CallState=delivered--------|                   |
-     |<..sfiSuccess...............................................|                   |
-     |                                                     ( advance 2s )             |
-     |<--CallStateChangeEvent CallID=5 CallState=connected--------|<--answers---------|
-     |--HoldCall CallID=9---------------------------------------->|                   |
-     |<..sfiFailure...............................................|                   |
-     |--SendCSTARequest Line=1001 + 4 bytes---------------------->|                   |
-     |<..(the service is gone)....................................|                   |
-     |--RemoveConfParticipant callID=5--------------------------->|                   |
-     |<--CallHeldEvent CallID=6-----------------------------------|                   |
+application                                             service
+|                                                          |
+|--Activate----------------------------------------------->|
+|<..sfiSuccess.............................................|
+application                                             service             2001
+|                                                          |                   |
+|--OutgoingCallMakeRequest Line=1001 Destination=2001----->|--call------------>|
+|<--CallStateChangeEvent delivered CallID=5----------------|                   |
+|<..sfiSuccess.............................................|                   |
+|                                                   ( advance 2s )             |
+|<--CallStateChangeEvent connected CallID=5----------------|<--answers---------|
+|--HoldCall CallID=9-------------------------------------->|                   |
+|<..sfiFailure.............................................|                   |
+|--SendCSTARequest Line=1001 + 4 bytes-------------------->|                   |
+|<..(the service is gone)..................................|                   |
+|--RemoveConfParticipant callID=5------------------------->|                   |
+|<--CallHeldEvent CallID=6---------------------------------|                   |
+|<--CallStateChangeEvent cleared (farEndCleared) CallID=5--|<--clears----------|
+|--GetDevices--------------------------------------------->|
 )");
 }
 
@@ -113,17 +121,20 @@ TEST(Ladder, DrawsACallInMermaid)
     participant far1 as 2001
     application->>service: OutgoingCallMakeRequest Line=1001 Destination=2001
     service->>far1: call
-    service->>application: CallStateChangeEvent CallID=5 CallState=delivered
+    service->>application: CallStateChangeEvent delivered CallID=5
     service-->>application: sfiSuccess
     Note over service: advance 2s
     far1->>service: answers
-    service->>application: CallStateChangeEvent CallID=5 CallState=connected
+    service->>application: CallStateChangeEvent connected CallID=5
     application->>service: HoldCall CallID=9
     service-->>application: sfiFailure
     application->>service: SendCSTARequest Line=1001 + 4 bytes
     service-->>application: (the service is gone)
     application->>service: RemoveConfParticipant callID=5
     service->>application: CallHeldEvent CallID=6
+    far1->>service: clears
+    service->>application: CallStateChangeEvent cleared (farEndCleared) CallID=5
+    application->>service: GetDevices
 )");
     MermaidLadder ladder;
     FlowStep step;
@@ -132,26 +143,117 @@ TEST(Ladder, DrawsACallInMermaid)
     EXPECT_EQ(ladder.add(step), "    application->>service: a#59;b#35;c #lt;d#gt;\n");
 }
 
-TEST(Ladder, LiveColumnsAppearWithTheirFarEnds)
+TEST(Ladder, FarEndsComeAndGo)
 {
-    TextLadder ladder;
+    const auto step = [](const std::string& farEnd, const std::string& leaves = "")
+    {
+        FlowStep made;
+        made.farEnd = FlowStep::Between::fromService;
+        made.farEndName = farEnd;
+        made.farEndText = "calls";
+        made.leaves = leaves;
+        return made;
+    };
+    const auto drawn = [&](std::size_t width)
+    {
+        TextLadder ladder(width);
+        std::string text = "\n";
+        for (const FlowStep& each : {step("2001", "2001"), step("2002"), step("2003"),
+                                     step("2002", "2002"), step("2004"), step("2005")})
+            text += ladder.add(each);
+        return text;
+    };
+    EXPECT_EQ(drawn(80), R"(
+application                                             service             2001
+|                                                          |                   |
+|                                                          |<--calls-----------|
+application                                             service             2002
+|                                                          |                   |
+|                                                          |<--calls-----------|
+application                                     service        2002         2003
+|                                                  |             |             |
+|                                                  |<--calls-------------------|
+|                                                  |<--calls-----|             |
+application                                     service        2004         2003
+|                                                  |             |             |
+|                                                  |<--calls-----|             |
+|                                                  |<--2005 calls--------------|
+)");
+    EXPECT_EQ(drawn(40), R"(
+application            service      2001
+|                         |            |
+|                         |<--calls----|
+application            service      2002
+|                         |            |
+|                         |<--calls----|
+|                         |<--2003 c..-|
+|                         |<--calls----|
+application            service      2004
+|                         |            |
+|                         |<--calls----|
+|                         |<--2005 c..-|
+)") << "there is room for one only";
+}
+
+TEST(Ladder, NoLineIsWiderThanTold)
+{
+    std::vector<TraceRecord> records = aCall();
+    for (int call = 20; call < 29; ++call)
+        records.push_back(event("<Method>IncomingCallEvent</Method><LineID>1001</LineID><CallID>" +
+                                std::to_string(call) +
+                                "</CallID><URI>sip:\xe5\xbc\xa0\xe4\xbc\x9f" +
+                                std::to_string(call) +
+                                "@host</URI><Name>\xe5\xbc\xa0\xe4\xbc\x9f and very much "
+                                "more than fits</Name>"));
+    records.push_back(control("x" + std::string(200, 'y')));
+    for (const std::size_t width : {40U, 60U, 80U, 81U, 132U})
+    {
+        std::istringstream lines(textLadder(stepsOf(records), width));
+        std::size_t widest = 0;
+        for (std::string line; std::getline(lines, line);)
+        {
+            widest = std::max(widest, displayWidth(line));
+            EXPECT_LE(displayWidth(line), width) << line;
+            EXPECT_NE(line.back(), ' ') << line;
+        }
+        EXPECT_EQ(widest, width) << "there is room that is not used";
+    }
+}
+
+TEST(Ladder, WideCharactersKeepTheColumnsInLine)
+{
     FlowStep step;
     step.application = FlowStep::Between::toService;
-    step.text = std::string(80, 'x');
-    const std::string first = ladder.add(step);
-    EXPECT_NE(first.find("service\n"), std::string::npos);
-    EXPECT_NE(first.find("--" + std::string(54, 'x') + "..->|\n"), std::string::npos) << first;
-    step.text = "gr\xc3\xbc\xc3\x9f";
-    EXPECT_EQ(ladder.add(step), "     |--gr\xc3\xbc\xc3\x9f" + std::string(53, '-') + ">|\n");
-    step.farEnd = FlowStep::Between::fromService;
-    step.farEndText = "calls";
-    step.farEndName = "2002";
-    EXPECT_NE(ladder.add(step).find("service              2002\n"), std::string::npos);
-    step.farEndName = "2003";
-    const std::string third = ladder.add(step);
-    EXPECT_NE(third.find("2002                2003\n"), std::string::npos) << third;
-    // It goes past the column between.
-    EXPECT_NE(third.find("|<--calls" + std::string(31, '-') + "|\n"), std::string::npos) << third;
+    step.text = "Name=\xe5\xbc\xa0\xe4\xbc\x9f";
+    TextLadder ladder(60);
+    (void)ladder.add(step);
+    EXPECT_EQ(ladder.add(step), "|--Name=\xe5\xbc\xa0\xe4\xbc\x9f" + std::string(33, '-') + ">|\n");
+}
+
+TEST(Width, CountsColumnsOfATerminal)
+{
+    const struct
+    {
+        const char* text;
+        std::size_t width;
+    } rows[] = {
+        {"", 0},
+        {"abc", 3},
+        {"gr\xc3\xbc\xc3\x9f", 4},
+        {"\xe5\xbc\xa0\xe4\xbc\x9f", 4},  // ideographs
+        {"\xef\xbc\xa1", 2},              // full-width A
+        {"\xea\xb0\x80", 2},              // a syllable
+        {"\xf0\x9f\x93\x9e", 2},          // a telephone
+        {"u\xcc\x88", 1},                 // u and the dots above it
+        {"\xe2\x82\xac", 1},              // a currency
+        {"\xff\xfe", 2},                  // no UTF-8
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(displayWidth(row.text), row.width) << row.text;
+    EXPECT_EQ(cutToWidth("abcdef", 6), "abcdef");
+    EXPECT_EQ(cutToWidth("abcdefg", 6), "abcd..");
+    EXPECT_EQ(cutToWidth("\xe5\xbc\xa0\xe4\xbc\x9f\xe5\xbc\xa0", 5), "\xe5\xbc\xa0..");
+    EXPECT_EQ(cutToWidth("abc", 1), ".");
 }
 
 TEST(Flow, ARequestWaitsForItsAnswerAndWhatComesMeanwhileBehindIt)
@@ -432,11 +534,23 @@ TEST(Expectation, SaysWhatWasNearestAndWhatDiffers)
                      "no event came"}));
 }
 
+TEST(Labels, TellStateAndReasonFirst)
+{
+    EXPECT_EQ(messageLabel(callState(5, numbers::callFailed, numbers::reasonBusy)),
+              "CallStateChangeEvent failed (busy) CallID=5");
+    EXPECT_EQ(messageLabel(callState(5, 77, 88)),
+              "CallStateChangeEvent CallID=5 CallState=77 Reason=88");
+    EXPECT_EQ(messageLabel("<Method>FeatureFailedEvent</Method><LineID>1001</LineID>"
+                           "<CallID>3</CallID><Feature>1</Feature>"
+                           "<FeatureFailure>2</FeatureFailure>"),
+              "FeatureFailedEvent hold (noSuchCall) CallID=3");
+}
+
 TEST(Labels, TellWhatAPersonWantsToKnow)
 {
     EXPECT_EQ(messageLabel("<Method>RegistrationStateChangeEvent</Method><LineID>1001</LineID>"
                            "<CallID>0</CallID><Registered>0</Registered>"),
-              "RegistrationStateChangeEvent LineID=1001 Registered=false");
+              "RegistrationStateChangeEvent not registered LineID=1001");
     EXPECT_EQ(messageLabel("<sfiResult>sfiSuccess</sfiResult><uri>2001</uri>"),
               "sfiResult=sfiSuccess uri=2001");
     EXPECT_EQ(messageLabel(std::string("SigEvent:\0x", 11)), "SigEvent:\\x00x");
