@@ -2,11 +2,16 @@
 
 #include "kit/phone/Completion.h"
 #include "kit/phone/Interruptions.h"
+#include "kit/trace/Width.h"
 
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
+#include <fstream>
+#include <iterator>
 #include <langinfo.h>
 #include <poll.h>
 #include <unistd.h>
@@ -20,6 +25,41 @@ namespace
 
 const char* const promptText = "phone> ";
 constexpr std::size_t promptWidth = 7;
+
+volatile std::sig_atomic_t stopWanted = 0;
+volatile std::sig_atomic_t continued = 0;
+volatile std::sig_atomic_t resized = 0;
+
+extern "C" void noteSignal(int signal)
+{
+    (signal == SIGTSTP ? stopWanted : signal == SIGCONT ? continued : resized) = 1;
+}
+
+/// Ctrl-Z, its end, and a change of size are the line editor's affair while a line is being typed.
+class Signals
+{
+public:
+    Signals()
+    {
+        struct sigaction action = {};
+        action.sa_handler = noteSignal;
+        for (std::size_t i = 0; i < std::size(numbers); ++i)
+            sigaction(numbers[i], &action, &before_[i]);
+    }
+
+    ~Signals()
+    {
+        for (std::size_t i = 0; i < std::size(numbers); ++i)
+            sigaction(numbers[i], &before_[i], nullptr);
+    }
+
+    Signals(const Signals&) = delete;
+    Signals& operator=(const Signals&) = delete;
+
+private:
+    static constexpr int numbers[] = {SIGTSTP, SIGCONT, SIGWINCH};
+    struct sigaction before_[std::size(numbers)] = {};
+};
 
 void put(const std::string& text)
 {
@@ -55,7 +95,13 @@ LineEditor::LineEditor(Session& session, Display& display, std::string historyFi
     history(history_, &event, H_SETSIZE, 1000);
     history(history_, &event, H_SETUNIQUE, 1);
     if (!historyFile_.empty())
+    {
         history(history_, &event, H_LOAD, historyFile_.c_str());
+        // Told now and not when there is a history to lose.
+        if (!std::ofstream(historyFile_, std::ios::app))
+            display_.complain("the history is not kept: " + historyFile_ +
+                              " cannot be written: " + std::strerror(errno));
+    }
     el_set(editor_, EL_HIST, history, history_);
     display_.setSurroundings([this] { leaveLine(); }, [this] { comeBack(); });
 }
@@ -64,8 +110,8 @@ LineEditor::~LineEditor()
 {
     display_.setSurroundings(nullptr, nullptr);
     HistEvent event = {};
-    if (!historyFile_.empty() && history(history_, &event, H_SAVE, historyFile_.c_str()) < 0)
-        display_.complain("cannot write the history to " + historyFile_);
+    if (!historyFile_.empty())
+        history(history_, &event, H_SAVE, historyFile_.c_str());
     history_end(history_);
     el_end(editor_);
 }
@@ -80,7 +126,11 @@ bool LineEditor::read(std::string& line)
         setInterruptions(0);
         int count = 0;
         typing_ = true;
-        const char* const text = el_gets(editor_, &count);
+        const char* text = nullptr;
+        {
+            const Signals signals;
+            text = el_gets(editor_, &count);
+        }
         typing_ = false;
         if (interruptions() > 0)
         {
@@ -130,6 +180,7 @@ int LineEditor::readCharacter(EditLine* editor, wchar_t* character)
         const int ready = poll(sources, 2, 50);
         if (interruptions() > 0)
             return -1;
+        self.mindTheTerminal();
         self.session_.phone().keepTime();
         // Also without a call: that the service has gone is told among the events.
         if (ready >= 0 && sources[0].revents == 0)
@@ -188,15 +239,49 @@ unsigned char LineEditor::completeWord(EditLine* editor, int)
     return CC_NORM;
 }
 
+void LineEditor::mindTheTerminal()
+{
+    if (stopWanted != 0)
+    {
+        stopWanted = 0;
+        put("\r\n");
+        el_set(editor_, EL_PREP_TERM, 0);
+        struct sigaction usual = {};
+        struct sigaction ours = {};
+        usual.sa_handler = SIG_DFL;
+        sigaction(SIGTSTP, &usual, &ours);
+        (void)raise(SIGTSTP);
+        // Here it goes on again.
+        sigaction(SIGTSTP, &ours, nullptr);
+        continued = 1;
+    }
+    if (continued != 0)
+    {
+        // Whoever had the terminal meanwhile has left it as it liked, and in another size perhaps.
+        continued = 0;
+        resized = 0;
+        el_set(editor_, EL_PREP_TERM, 0);
+        el_set(editor_, EL_PREP_TERM, 1);
+        put("\r\033[J");
+        el_resize(editor_);
+        comeBack();
+    }
+    if (resized != 0)
+    {
+        resized = 0;
+        leaveLine();
+        el_resize(editor_);
+        comeBack();
+    }
+}
+
 void LineEditor::leaveLine()
 {
     if (!typing_)
         return;
     // To the first row of the line being typed, which may have become several.
     const LineInfo* const info = el_line(editor_);
-    std::size_t width = promptWidth;
-    for (const char* at = info->buffer; at < info->cursor; ++at)
-        width += (static_cast<unsigned char>(*at) & 0xc0U) != 0x80U ? 1 : 0;
+    const std::size_t width = promptWidth + displayWidth(std::string(info->buffer, info->cursor));
     const std::size_t rows = width / screenWidth();
     put((rows > 0 ? "\033[" + std::to_string(rows) + "A" : std::string()) + "\r\033[J");
 }

@@ -31,6 +31,7 @@ private:
     static int readCharacter(EditLine* editor, wchar_t* character);
     static unsigned char completeWord(EditLine* editor, int key);
 
+    void mindTheTerminal();
     void leaveLine();
     void comeBack();
 

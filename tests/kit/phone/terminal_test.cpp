@@ -1,5 +1,7 @@
 // The phone at a terminal: events above the line being typed, completion, history, Ctrl-C.
 
+#include "kit/testing/ServiceProcess.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -8,9 +10,11 @@
 #include <poll.h>
 #include <pty.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -27,8 +31,18 @@ protected:
         close(terminal);
     }
 
-    void start(bool colours)
+    /// @param socket  path of a service, "" for the one in the same process
+    void start(bool colours, const std::string& socket = "")
     {
+        begin(colours, socket.empty()
+                           ? std::vector<const char*>{PHONE_PROGRAM}
+                           : std::vector<const char*>{PHONE_PROGRAM, "--socket", socket.c_str()});
+        ASSERT_TRUE(waitForPrompt());
+    }
+
+    void begin(bool colours, std::vector<const char*> command)
+    {
+        command.push_back(nullptr);
         winsize size = {};
         size.ws_row = 40;
         size.ws_col = 100;
@@ -42,10 +56,10 @@ protected:
                 unsetenv("NO_COLOR");
             else
                 setenv("NO_COLOR", "1", 1);
-            execl(PHONE_PROGRAM, PHONE_PROGRAM, nullptr);
+            setenv("PS1", "$ ", 1);
+            execv(command[0], const_cast<char* const*>(command.data()));
             _exit(127);
         }
-        ASSERT_TRUE(waitForPrompt());
     }
 
     ~Terminal() override
@@ -186,6 +200,64 @@ TEST_F(Terminal, CompletesRemembersAndDropsLines)
     ASSERT_TRUE(waitFor("1 line=1001 connected"));
     type("quit\n");
     EXPECT_EQ(exitStatus(), 0);
+}
+
+TEST_F(Terminal, TheLineBeingTypedSurvivesCtrlZ)
+{
+    begin(false, {"/bin/sh", "-i"});
+    ASSERT_TRUE(waitFor("$ "));
+    type(std::string(PHONE_PROGRAM) + "\n");
+    ASSERT_TRUE(waitForPrompt());
+    type("say abc");
+    ASSERT_TRUE(waitFor("say abc"));
+    type("\x1a");
+    ASSERT_TRUE(waitFor("Stopped"));
+    type("fg\n");
+    ASSERT_TRUE(waitForPrompt());
+    ASSERT_TRUE(waitFor("say abc"));
+    // It can be edited: to its beginning, and away with the first four characters.
+    type("\x01\x04\x04\x04\x04say x\n");
+    ASSERT_TRUE(waitFor("\nxabc\r\n"));
+}
+
+TEST_F(Terminal, TheLineBeingTypedSurvivesAChangeOfSize)
+{
+    start(false);
+    const std::string text = "say " + std::string(136, 'a');
+    type(text + "z");
+    ASSERT_TRUE(waitFor("az"));
+    winsize size = {};
+    size.ws_row = 40;
+    size.ws_col = 60;
+    ASSERT_EQ(ioctl(terminal_, TIOCSWINSZ, &size), 0);
+    // The 148 columns take three rows now: it goes to the first one and writes all anew.
+    ASSERT_TRUE(waitFor("\033[2A\r\033[J"));
+    ASSERT_TRUE(waitFor("phone> " + text.substr(0, 53)));
+    ASSERT_TRUE(waitFor("az"));
+    type("\n");
+    ASSERT_TRUE(waitFor("\n" + text.substr(4) + "z\r\n"));
+}
+
+TEST_F(Terminal, TellsAtOnceThatTheServiceIsGone)
+{
+    kit::ServiceProcess service;
+    start(false, service.socket());
+    type("say half");
+    ASSERT_TRUE(waitFor("say half"));
+    service.kill();
+    ASSERT_TRUE(
+        waitFor("the service at " + service.socket() + " is gone; \"reconnect\" connects anew"));
+    ASSERT_TRUE(waitFor("phone> say half"));
+    service.restart();
+    type("\x15reconnect\n");
+    ASSERT_TRUE(waitFor("subscribe: sfiSuccess"));
+    ASSERT_TRUE(waitFor("activate: sfiSuccess"));
+}
+
+TEST_F(Terminal, TellsAtOnceThatTheHistoryIsNotKept)
+{
+    begin(false, {PHONE_PROGRAM, "--history", "/nowhere/h"});
+    ASSERT_TRUE(waitFor("the history is not kept: /nowhere/h cannot be written: No such file"));
 }
 
 }  // namespace
