@@ -113,6 +113,10 @@ endif()
 # The development kit.
 if(TARGET CommunicationsServiceKit)
   install_library(CommunicationsServiceKit Kit Kit)
+  # A package lies where the loader looks; elsewhere, /usr/local included, programs are told.
+  if(NOT COMMUNICATIONS_SERVICE_PACKAGES)
+    set(rpath " -Wl,-rpath,\${libdir}")
+  endif()
   install_pkgconfig(communications-service-kit Kit)
   # Of the service, its face alone: what it is made of is nobody's business.
   install(
@@ -146,16 +150,18 @@ if(TARGET CommunicationsServiceKit)
   endforeach()
 endif()
 
-# The documentation, laid out as in the repository, so that links from page to page hold.
+# The documentation, laid out as in the repository, so that links from page to page hold, with all
+# that the pages quote.
 install(
   DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DOCDIR}
   COMPONENT Documentation
-  FILES_MATCHING
-  PATTERN "*.md"
-  PATTERN "*.svg"
-  PATTERN "*.cpp"
-  PATTERN "*.h")
+  PATTERN "man" EXCLUDE
+  PATTERN "*.in" EXCLUDE)
+install(
+  DIRECTORY ${PROJECT_SOURCE_DIR}/tests/install/outside
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/tests/install
+  COMPONENT Documentation)
 install(
   FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}

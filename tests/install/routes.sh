@@ -3,7 +3,7 @@
 # project against it, once by each route.
 # Usage: routes.sh STEP [COMPILER]; the surroundings come in the variables checked below.
 set -euo pipefail
-: "${SOURCE:?}" "${BUILD:?}" "${WORK:?}" "${CMAKE:?}" "${PREFIX:?}" "${LIBDIR:?}" "${INCLUDEDIR:?}" "${CONFIG:?}"
+: "${SOURCE:?}" "${BUILD:?}" "${WORK:?}" "${CMAKE:?}" "${PREFIX:?}" "${LIBDIR:?}" "${INCLUDEDIR:?}" "${DOCDIR:?}" "${CONFIG:?}"
 : "${SANITIZE=}" "${WITH_KIT=}"
 
 step=$1
@@ -95,6 +95,36 @@ components)
 find_package)
     build find_package -DCMAKE_PREFIX_PATH="$moved"
     ;;
+no-kit)
+    rm -rf "$WORK/no-kit" && mkdir "$WORK/no-kit"
+    for component in Runtime Development; do
+        DESTDIR=$WORK/no-kit "$CMAKE" --install "$BUILD" --component "$component" >/dev/null
+    done
+    if "$CMAKE" -S "$here/outside/kit" -B "$WORK/build-no-kit" \
+        -DCMAKE_PREFIX_PATH="$WORK/no-kit$PREFIX" >"$WORK/no-kit.log" 2>&1; then
+        fail "the kit was found where it is not"
+    fi
+    tr -s '\n ' ' ' <"$WORK/no-kit.log" | grep -q 'development kit is not installed here' ||
+        { cat "$WORK/no-kit.log" && fail "it is not said that the kit is missing"; }
+    ;;
+uninstall)
+    # As the quick start tells it: what the list names is all that there is.
+    rm -rf "$WORK/prefix"
+    "$CMAKE" --install "$BUILD" --prefix "$WORK/prefix" >/dev/null
+    xargs rm <"$BUILD/install_manifest.txt"
+    [ -z "$(find "$WORK/prefix" ! -type d)" ] || fail "left: $(find "$WORK/prefix" ! -type d)"
+    ;;
+pages)
+    # What the installed pages quote or link to is installed too.
+    cd "$moved/$DOCDIR"
+    wrong=0
+    while IFS=: read -r page target; do
+        [ -e "$target" ] || [ -e "$(dirname "$page")/$target" ] ||
+            { echo "$page names $target, which is not installed" && wrong=1; }
+    done < <(grep -roP --include='*.md' '(?<=<!-- from )[^ ]+|(?<=\]\()(?![a-z]+:|#)[^)#]+' . | LC_ALL=C sort -u)
+    [ -n "$(find . -name '*.md')" ] && [ $wrong = 0 ] || fail "the pages above are at fault"
+    [ -z "$(find . -type d -empty)" ] || fail "empty: $(find . -type d -empty)"
+    ;;
 version)
     # A request for another major version, or for a newer one, must not be met.
     for version in 0.9 2.0 1.99; do
@@ -119,7 +149,8 @@ pkg-config)
     # shellcheck disable=SC2046,SC2086  # lists of words
     $CXX -std=c++17 $flags $(pkg-config --cflags communications-service-kit) \
         "$here/outside/kit/main.cpp" -o "$out" $(pkg-config --libs communications-service-kit)
-    LD_LIBRARY_PATH=$moved/$LIBDIR "$out" >/dev/null || fail "the program with the kit failed"
+    # Nobody has told the loader of the place: the program knows it.
+    env -u LD_LIBRARY_PATH "$out" >/dev/null || fail "the program with the kit failed"
     ;;
 add_subdirectory | fetch_content)
     build "$step" -DCLIENT_SOURCE_DIR="$SOURCE" -DCOMMUNICATIONS_SERVICE_SANITIZE="$SANITIZE"
@@ -142,7 +173,7 @@ headers)
     # shellcheck disable=SC2016  # expanded by the inner shell
     find . -name '*.h' | LC_ALL=C sort | while read -r header; do
         standards="c++11 c++14 c++17 c++20 c++2b"
-        case $header in ./kit/*) standards="c++17 c++20 c++2b" ;; esac
+        case $header in ./kit/*) standards="c++17 c++2b" ;; esac
         for standard in $standards; do echo "${header#./} $standard"; done
     done | xargs -P "$(nproc)" -L 1 sh -c 'echo "#include \"$2\"" |
         $0 -std=$3 $1 -I. -x c++ -fsyntax-only - ||

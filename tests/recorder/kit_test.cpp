@@ -53,7 +53,7 @@ std::vector<std::string> session(kit::Framework::Options options)
     kit::EventRecorder subscriber;
     framework.service().activate();
     framework.service().subscribe(&subscriber);
-    std::string answer;
+    kit::ControlAnswer answer;
     framework.connection()->control("call 1001 from 2001", answer, std::chrono::seconds(1));
     framework.pump();
     framework.service().acceptCall("1001", 1, false);
