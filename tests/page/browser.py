@@ -131,12 +131,11 @@ class Browser:
 
     def click(self, selector):
         """With the mouse, at the middle of the element."""
-        box = self.evaluate(f"""(() => {{
-            const element = document.querySelector({json.dumps(selector)});
-            element.scrollIntoView({{block: "nearest"}});
-            const box = element.getBoundingClientRect();
-            return [box.x + box.width / 2, box.y + box.height / 2];
-        }})()""")
+        found = f"document.querySelector({json.dumps(selector)})"
+        self.evaluate(found + ".scrollIntoView({block: 'nearest'})")
+        self.frame()
+        box = self.evaluate("((box) => [box.x + box.width / 2, box.y + box.height / 2])"
+                            f"({found}.getBoundingClientRect())")
         for action in "mousePressed", "mouseReleased":
             self.call("Input.dispatchMouseEvent", type=action, x=box[0], y=box[1], button="left",
                       clickCount=1)

@@ -435,8 +435,9 @@ function listen() {
   byId("previous").addEventListener("click", () => toMatch(-1));
   byId("all").addEventListener("click", showAll);
   rows.addEventListener("click", (event) => {
-    const row = event.target.closest("[data-index]");
-    if (row) choose(Number(row.dataset.index));
+    // By its place, since rows are made anew when the list moves under the mouse.
+    const place = Math.floor((event.clientY - rows.getBoundingClientRect().top) / rowHeight);
+    if (items[place] >= 0) choose(items[place]);
   });
   const page = () => Math.max(1, Math.floor(ladder.clientHeight / rowHeight) - 2);
   const keys = {ArrowDown: () => move(1), ArrowUp: () => move(-1), PageDown: () => move(page()), PageUp: () => move(-page()),
