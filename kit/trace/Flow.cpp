@@ -136,15 +136,16 @@ void Flow::addRequest(const TraceRecord& record)
         row.farEnd = cstaPeer;
         row.farEndText = "message";
     }
-    if (answered)
-        open_.insert(record.number);
-    else if (!row.farEnd.empty())
+    if (!answered && !row.farEnd.empty())
     {
         row.step.farEnd = FlowStep::Between::toService;
         row.step.farEndText = row.farEndText;
         row.step.farEndName = row.farEnd;
     }
+    endOf(row.request, false);  // where a damaged trace has two of a number
     waiting_.push_back(row);
+    if (row.request != 0)
+        open_[row.request] = &waiting_.back();
 }
 
 void Flow::addAnswer(const TraceRecord& record)
@@ -164,18 +165,17 @@ void Flow::addAnswer(const TraceRecord& record)
 
 void Flow::endOf(int request, bool carriedOut)
 {
-    open_.erase(request);
-    for (Waiting& waiting : waiting_)
+    const auto found = open_.find(request);
+    if (found == open_.end())
+        return;
+    Waiting& waiting = *found->second;
+    open_.erase(found);
+    waiting.request = 0;
+    if (carriedOut && !waiting.farEnd.empty())
     {
-        if (waiting.request != request)
-            continue;
-        waiting.request = 0;
-        if (carriedOut && !waiting.farEnd.empty())
-        {
-            waiting.step.farEnd = FlowStep::Between::toService;
-            waiting.step.farEndText = waiting.farEndText;
-            waiting.step.farEndName = waiting.farEnd;
-        }
+        waiting.step.farEnd = FlowStep::Between::toService;
+        waiting.step.farEndText = waiting.farEndText;
+        waiting.step.farEndName = waiting.farEnd;
     }
 }
 

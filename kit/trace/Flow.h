@@ -5,7 +5,6 @@
 
 #include <deque>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -69,7 +68,7 @@ private:
     std::vector<FlowStep> takeReady();
 
     std::deque<Waiting> waiting_;
-    std::set<int> open_;                          ///< requests that have not been answered yet
+    std::map<int, Waiting*> open_;                ///< requests that have not been answered yet
     std::map<std::string, std::string> farEnds_;  ///< by call identifier
 };
 
