@@ -6,6 +6,7 @@
 #include "kit/phone/LineEditor.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
+#include "kit/trace/Comparison.h"
 #include "kit/trace/Page.h"
 
 #include <CLI/CLI.hpp>
@@ -32,6 +33,7 @@ struct Options
     std::string trace;
     std::string ladderFrom;
     std::string page;
+    std::string other;
     std::string history;
     std::string timeout = "5s";
     std::size_t width = 0;
@@ -82,10 +84,15 @@ void declare(CLI::App& app, Options& options)
     CLI::Option* const ladder =
         app.add_flag("--ladder", options.ladder, "Draw what happens as a call flow");
     app.add_flag("--mermaid", options.mermaid, "The same as a Mermaid sequence diagram");
-    app.add_option("--ladder-from", options.ladderFrom,
-                   "Draw the call flow of a trace, with --mermaid as such, and exit")
+    CLI::Option* const from =
+        app.add_option("--ladder-from", options.ladderFrom,
+                       "Draw the call flow of a trace, with --mermaid as such, and exit")
+            ->type_name("FILE")
+            ->excludes(ladder);
+    app.add_option("--compare", options.other,
+                   "Tell how this trace differs from the one of --ladder-from, and exit")
         ->type_name("FILE")
-        ->excludes(ladder);
+        ->needs(from);
     app.add_option("--html", options.page,
                    "Write the trace, of what is done here or of --ladder-from, as a page "
                    "for a browser")
@@ -131,12 +138,33 @@ std::size_t widthFor(const Options& options)
     return options.width != 0 ? options.width : screenWidth();
 }
 
+Trace read(const std::string& file)
+{
+    std::ifstream in(file);
+    if (!in)
+        throw std::runtime_error("cannot read " + file + ": " + std::strerror(errno));
+    return readTrace(in, file);
+}
+
+int compareTraces(const Options& options)
+{
+    const Trace one = read(options.ladderFrom);
+    const Trace other = read(options.other);
+    const std::string text = differences(one.records, other.records);
+    if (!text.empty())
+        std::cout << "--- " << options.ladderFrom << "\n+++ " << options.other << '\n' << text;
+    std::cout << std::flush;
+    for (const Trace& trace : {one, other})
+        if (!trace.complaint.empty())
+            std::cerr << "communications-phone: " << trace.complaint << '\n';
+    if (!one.complaint.empty() || !other.complaint.empty())
+        return static_cast<int>(Verdict::mistake);
+    return static_cast<int>(text.empty() ? Verdict::met : Verdict::unmet);
+}
+
 int drawTrace(const Options& options)
 {
-    std::ifstream in(options.ladderFrom);
-    if (!in)
-        throw std::runtime_error("cannot read " + options.ladderFrom + ": " + std::strerror(errno));
-    const Trace trace = readTrace(in, options.ladderFrom);
+    const Trace trace = read(options.ladderFrom);
     const std::vector<FlowStep> steps = stepsOf(trace.records);
     if (!options.page.empty())
         drawPage(trace, options);
@@ -282,6 +310,8 @@ int run(int argc, char** argv)
     }
     try
     {
+        if (!options.other.empty())
+            return compareTraces(options);
         return options.ladderFrom.empty() ? Program(options).run() : drawTrace(options);
     }
     catch (const Unreachable& error)

@@ -39,24 +39,12 @@ bool isUsuallyZero(const Field& field)
     return isOneOf(field.argument, std::begin(names), std::end(names));
 }
 
-bool isLine(const Field& field)
-{
-    static const char* const names[] = {"line", "lineId", "lineURI", "deviceId"};
-    return isOneOf(field.argument, std::begin(names), std::end(names));
-}
-
 /// What a call flow shows by its columns and arrows, or what few would miss there.
 bool isDrawnOtherwise(const Field& field, const std::string& method)
 {
     static const char* const names[] = {"uri", "name", "sendOptions", "callBackFeatureAvailable"};
     return method.compare(0, 8, "Incoming") != 0 &&
            isOneOf(field.argument, std::begin(names), std::end(names));
-}
-
-bool isCall(const Field& field)
-{
-    static const char* const names[] = {"callId", "activeCall", "currentCallId"};
-    return isOneOf(field.argument, std::begin(names), std::end(names));
 }
 
 /// A call tells its line.
@@ -132,6 +120,19 @@ const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& t
 }
 
 }  // namespace
+
+bool isLine(const Field& field)
+{
+    static const char* const names[] = {"line", "lineId", "lineURI", "deviceId"};
+    return isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+bool isCall(const Field& field)
+{
+    static const char* const names[] = {"callId", "newCallId", "activeCall", "heldCall",
+                                        "currentCallId"};
+    return isOneOf(field.argument, std::begin(names), std::end(names));
+}
 
 std::string eventLabel(const ReceivedEvent& received)
 {

@@ -22,6 +22,10 @@ std::string callLabel(const Operation& operation, const Values& values,
 /// A message on the wire in short, "CallHeldEvent CallID=12".
 std::string messageLabel(const std::string& text);
 
+/// Whether a field tells the line, or the number of a call.
+bool isLine(const Field& field);
+bool isCall(const Field& field);
+
 /// "2001" of "sip:2001@example.com".
 std::string shortNumber(const std::string& uri);
 

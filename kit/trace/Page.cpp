@@ -1,10 +1,10 @@
 #include "kit/trace/Page.h"
 
 #include "kit/language/Wording.h"
+#include "kit/trace/Labels.h"
 #include "kit/trace/Ladder.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -20,27 +20,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-
-struct Role
-{
-    const char* argument;
-    const char* role;
-};
-
-/// By what a message can be picked out.
-constexpr Role roles[] = {
-    {"line", "line"},       {"lineId", "line"},   {"lineURI", "line"},
-    {"deviceId", "line"},   {"callId", "call"},   {"newCallId", "call"},
-    {"activeCall", "call"}, {"heldCall", "call"}, {"currentCallId", "call"},
-};
-
-const char* roleOf(const Field& field)
-{
-    for (const Role& role : roles)
-        if (std::strcmp(role.argument, field.argument) == 0)
-            return role.role;
-    return "";
-}
 
 /// JSON that can stand in a page: nothing in it can end the element around it.
 std::string dump(const Json& json)
@@ -96,7 +75,10 @@ public:
         Json described = Json::array();
         if (fields != nullptr)
             for (const Field& field : *fields)
-                described.push_back({field.argument, field.tag, field.meaning, roleOf(field)});
+                described.push_back({field.argument, field.tag, field.meaning,
+                                     isLine(field)   ? "line"
+                                     : isCall(field) ? "call"
+                                                     : ""});
         kinds_.push_back({{"name", readable(name)}, {"summary", summary}, {"fields", described}});
         return numbers_[name] = kinds_.size() - 1;
     }
