@@ -67,23 +67,43 @@ void compareReaders(const std::string& start, const std::string& message, const 
                 numberOf(event));
 }
 
-/// Each object is asked for each tag once, in the same order.
-void compareFields(const std::string& message, const std::vector<std::string>& tags)
+/// Every field as every kind: tags are told first, then the message is read, then there are values.
+template <typename Fields, typename Message>
+void compareFields(const Message& message, const std::vector<std::string>& tags,
+                   const std::vector<Found>& expected)
 {
-    const EventFields texts(message), numbers(message), flags(message);
-    const AnswerFields answerTexts(message), answerNumbers(message), numbersOfTexts(message);
+    Fields texts, numbers, numbersOfTexts, flags;
+    std::vector<const std::string*> text;
+    std::vector<const int*> numberOfField, numberOfText;
+    std::vector<const bool*> flag;
     for (const std::string& tag : tags)
     {
-        const Found event = inEvent("<" + tag + ">", message, "</" + tag + ">");
-        const Found answer = inAnswer("<" + tag + ">", message, "</" + tag + ">");
-        demandEqual("event.text", texts.text(tag), event.value_or(""));
-        demandEqual("event.number", numbers.number(tag), numberOf(event));
-        demandEqual("event.flag", flags.flag(tag), numberOf(event) != 0);
-        demandEqual("answer.text", answerTexts.text(tag), answer.value_or(""));
-        demandEqual("answer.number", answerNumbers.number(tag), numberOf(answer));
-        demandEqual("answer.numberOfText", numbersOfTexts.numberOfText(tag),
-                    number(answer.value_or("")));
+        text.push_back(&texts.text(tag));
+        numberOfField.push_back(&numbers.number(tag));
+        numberOfText.push_back(&numbersOfTexts.numberOfText(tag));
+        flag.push_back(&flags.flag(tag));
     }
+    for (Fields* const fields : {&texts, &numbers, &numbersOfTexts, &flags})
+        fields->read(message);
+    for (std::size_t i = 0; i < tags.size(); ++i)
+    {
+        demandEqual("text", *text[i], expected[i].value_or(""));
+        demandEqual("number", *numberOfField[i], numberOf(expected[i]));
+        demandEqual("number of text", *numberOfText[i], number(expected[i].value_or("")));
+        demandEqual("flag", *flag[i], numberOf(expected[i]) != 0);
+    }
+}
+
+void compareFields(const std::string& message, const std::vector<std::string>& tags)
+{
+    std::vector<Found> inEvents, inAnswers;
+    for (const std::string& tag : tags)
+    {
+        inEvents.push_back(inEvent("<" + tag + ">", message, "</" + tag + ">"));
+        inAnswers.push_back(inAnswer("<" + tag + ">", message, "</" + tag + ">"));
+    }
+    compareFields<EventFields>(EventMessage(message), tags, inEvents);
+    compareFields<AnswerFields>(message, tags, inAnswers);
 }
 
 }  // namespace

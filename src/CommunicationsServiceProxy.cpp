@@ -251,13 +251,13 @@ int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
         return sfiFailure;
     // An item reaches from each "<" to the next ">", also past another "<", on purpose.
     const std::size_t last = response.rfind('>');
-    if (last == std::string::npos)
+    std::size_t open = response.find('<');
+    if (last == std::string::npos || open > last)
         return sfiSuccess;
-    devices.reserve(
-        devices.size() +
-        static_cast<std::size_t>(std::count(
-            response.begin(), response.begin() + static_cast<std::ptrdiff_t>(last), '<')));
-    for (std::size_t open = response.find('<'); open < last; open = response.find('<', open + 1))
+    // Room for all if they are as long as the first; not for very many, since they may not be.
+    const std::size_t likely = (last + 1 - open) / (response.find('>', open) + 1 - open);
+    devices.reserve(devices.size() + std::min(likely, std::size_t{64}));
+    for (; open < last; open = response.find('<', open + 1))
         devices.emplace_back(response, open + 1, response.find('>', open) - open - 1);
     return sfiSuccess;
 }
@@ -376,19 +376,29 @@ int CommunicationsServiceProxy::getMessageWaitingIndicator(
 {
     std::string response;
     ask(RequestText("GetMessageWaitingIndicator"), response);
-    const AnswerFields answer(response);
-    const int result = getResult(answer.text("func_return_val"));
+    AnswerFields answer;
+    const std::string_view& result = answer.view("func_return_val");
     // Here an absent number is 0, on purpose: these are texts, converted afterwards.
-    type = answer.numberOfText("Type");
-    newMsgs = answer.countOfText("newMsgs");
-    oldMsgs = answer.countOfText("oldMsgs");
-    newUrgMsgs = answer.countOfText("newUrgMsgs");
-    oldUrgMsgs = answer.countOfText("oldUrgMsgs");
-    returnType = answer.numberOfText("return_type");
-    availableInfo = answer.numberOfText("available_info");
-    messagesWaiting = answer.numberOfText("messages_waiting");
-    voiceMailNumber = answer.text("voiceMailNumber");
-    return result;
+    const int& typeText = answer.numberOfText("Type");
+    const unsigned int& newText = answer.countOfText("newMsgs");
+    const unsigned int& oldText = answer.countOfText("oldMsgs");
+    const unsigned int& newUrgText = answer.countOfText("newUrgMsgs");
+    const unsigned int& oldUrgText = answer.countOfText("oldUrgMsgs");
+    const int& returnTypeText = answer.numberOfText("return_type");
+    const int& availableInfoText = answer.numberOfText("available_info");
+    const int& messagesWaitingText = answer.numberOfText("messages_waiting");
+    const std::string_view& voiceMailNumberText = answer.view("voiceMailNumber");
+    answer.read(response);
+    voiceMailNumber = voiceMailNumberText;  // first: it alone can fail
+    type = typeText;
+    newMsgs = newText;
+    oldMsgs = oldText;
+    newUrgMsgs = newUrgText;
+    oldUrgMsgs = oldUrgText;
+    returnType = returnTypeText;
+    availableInfo = availableInfoText;
+    messagesWaiting = messagesWaitingText;
+    return resultOf(result);
 }
 
 int CommunicationsServiceProxy::setAssociatedCalls(bool associated)
@@ -431,12 +441,16 @@ int CommunicationsServiceProxy::getForwardingConfiguration(sfiForwardingType fwT
 {
     std::string response;
     ask(RequestText("getForwardingConfiguration").number("fwType", fwType), response);
-    const AnswerFields answer(response);
-    const int result = getResult(answer.text("sfiResult"));
-    status = answer.flag("status");
-    uri = answer.text("uri");
-    cfnrRingCount = answer.number("cfnrRingCount");
-    return result;
+    AnswerFields answer;
+    const std::string_view& result = answer.view("sfiResult");
+    const bool& statusFlag = answer.flag("status");
+    const std::string_view& uriText = answer.view("uri");
+    const int& ringCount = answer.number("cfnrRingCount");
+    answer.read(response);
+    uri = uriText;  // first: it alone can fail
+    status = statusFlag;
+    cfnrRingCount = ringCount;
+    return resultOf(result);
 }
 
 void CommunicationsServiceProxy::setIsInServiceInitiatedState(const std::string& line,

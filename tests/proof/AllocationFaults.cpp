@@ -196,8 +196,75 @@ TEST_F(AllocationFaults, EveryEvent)
                 EXPECT_EQ(subscriber.said, thrown ? "" : sample.said);
                 EXPECT_EQ(response.times, thrown ? 0 : 1);
             });
-        EXPECT_GT(made, 0);
+        EXPECT_EQ(made > 0, sample.said != std::string("onDevicesChangedEvent()\n"));
     }
+}
+
+/// What cannot be stored leaves everything as it was.
+TEST_F(AllocationFaults, OutputsOfQueries)
+{
+    const std::string longText(100, '1');
+    channel.answer = "<sfiResult>sfiFailureCallBackAllreadyExists</sfiResult><status>0</status>"
+                     "<cfnrRingCount>1</cfnrRingCount><uri>" +
+                     longText + "</uri>";
+    const auto forwarding = [&]
+    {
+        std::string uri = "before";
+        bool status = true;
+        int rings = 77;
+        const auto expect = [&](bool thrown)
+        {
+            EXPECT_TRUE(uri == (thrown ? "before" : longText.c_str()));
+            EXPECT_EQ(status, thrown);
+            EXPECT_EQ(rings, thrown ? 77 : 1);
+        };
+        try
+        {
+            proxy.getForwardingConfiguration(sfiForwardingType(1), status, uri, rings);
+        }
+        catch (const std::bad_alloc&)
+        {
+            expect(true);
+            throw;
+        }
+        expect(false);
+    };
+    EXPECT_EQ(3, failEach(forwarding, [](bool) {})) << "request, answer, and URI";
+
+    channel.answer = "<func_return_val>sfiFailureCallBackAllreadyExists</func_return_val>"
+                     "<Type>0</Type><newMsgs>1</newMsgs><oldMsgs>2</oldMsgs>"
+                     "<newUrgMsgs>3</newUrgMsgs><oldUrgMsgs>4</oldUrgMsgs>"
+                     "<return_type>5</return_type><available_info>6</available_info>"
+                     "<messages_waiting>7</messages_waiting><voiceMailNumber>" +
+                     longText + "</voiceMailNumber>";
+    const auto messageWaiting = [&]
+    {
+        std::string number = "before";
+        int type = 77, returnType = 77, available = 77, waiting = 77;
+        unsigned int counts[] = {77, 77, 77, 77};
+        const auto expect = [&](bool thrown)
+        {
+            EXPECT_TRUE(number == (thrown ? "before" : longText.c_str()));
+            EXPECT_EQ(type, thrown ? 77 : 0);
+            for (unsigned int i = 0; i < 4; ++i)
+                EXPECT_EQ(counts[i], thrown ? 77 : i + 1);
+            EXPECT_EQ(returnType, thrown ? 77 : 5);
+            EXPECT_EQ(available, thrown ? 77 : 6);
+            EXPECT_EQ(waiting, thrown ? 77 : 7);
+        };
+        try
+        {
+            proxy.getMessageWaitingIndicator(type, counts[0], counts[1], counts[2], counts[3],
+                                             returnType, available, waiting, number);
+        }
+        catch (const std::bad_alloc&)
+        {
+            expect(true);
+            throw;
+        }
+        expect(false);
+    };
+    EXPECT_EQ(3, failEach(messageWaiting, [](bool) {})) << "request, answer, and number";
 }
 
 TEST_F(AllocationFaults, LongQueries)
