@@ -163,6 +163,11 @@ void checkRun(const Statement& statement, Variables&)
     (void)onlyWord(statement, "a script");
 }
 
+void checkRecord(const Statement& statement, Variables&)
+{
+    (void)onlyWord(statement, "a file, or off");
+}
+
 void checkRaw(const Statement& statement, Variables&)
 {
     (void)rawText(statement, "the text of a request");
@@ -334,6 +339,21 @@ Report run(Session& session, const Statement& statement)
     return {session.runScript(onlyWord(statement, "a script").text), {}};
 }
 
+Report record(Session& session, const Statement& statement)
+{
+    const Word word = onlyWord(statement, "a file, or off");
+    if (word.text != "off")
+    {
+        session.scriptWriter().open(word.text);
+        return {};
+    }
+    const std::string file = session.scriptWriter().close();
+    if (file.empty())
+        throw Mistake("nothing is being recorded");
+    session.display().print("recorded in " + printable(file), Display::Style::faint);
+    return {};
+}
+
 Report reconnect(Session& session, const Statement& statement)
 {
     nothingBehind(statement);
@@ -379,6 +399,9 @@ const std::vector<Command>& commands()
         {"echo", "on|off", "prints each line of a script before it is carried out", echo,
          checkOnOff},
         {"run", "FILE", "carries out a script", run, checkRun},
+        {"record", "FILE|off",
+         "writes what was typed and what came as a script that expects the same", record,
+         checkRecord},
         {"reconnect", "", "connects anew, after the service went away", reconnect, checkAlone},
         {"quit", "", "ends the phone, as Ctrl-D does", quit, checkAlone},
         {"exit", "", "the same", quit, checkAlone},

@@ -171,6 +171,14 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
     return lines;
 }
 
+std::string capturedBy(const ReceivedEvent& received)
+{
+    for (const char* argument : {"callId", "newCallId", "currentCallId"})
+        if (!received.value(argument).empty())
+            return argument;
+    return "";
+}
+
 bool matchesPattern(const std::string& pattern, const std::string& text)
 {
     // Where the last "*" stood, and how much of the text it stands for so far.

@@ -45,6 +45,9 @@ private:
     std::string inWords(std::size_t argument, const std::string& value) const;
 };
 
+/// The argument whose value is kept as the event's call; "" when the event has none.
+std::string capturedBy(const ReceivedEvent& received);
+
 /// "*" in the pattern stands for any text.
 bool matchesPattern(const std::string& pattern, const std::string& text);
 

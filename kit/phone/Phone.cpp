@@ -141,37 +141,47 @@ Report Phone::check(const std::vector<Word>& words) const
         throw Mistake("check needs result=VALUE or field=value");
     if (lastOperation_ == nullptr)
         throw Mistake("check compares what the last operation returned; there was none");
-    std::vector<std::string> names = {"result"};
-    for (const Field& output : lastOperation_->outputs)
-        names.push_back(output.argument);
+    const Values came = returned();
     for (const Word& word : words)
     {
-        const auto found = std::find(names.begin(), names.end(), word.name);
-        if (word.name.empty() || found == names.end())
+        const auto found = std::find_if(
+            came.begin(), came.end(), [&](const auto& value) { return value.first == word.name; });
+        if (word.name.empty() || found == came.end())
         {
-            std::string all;
-            for (const std::string& name : names)
-                all += (all.empty() ? "" : ", ") + name;
-            throw Mistake(std::string(lastOperation_->name) + " returns " + all + ", not " +
-                              shown(word.name.empty() ? word.text : word.name, 40),
+            std::vector<std::string> names;
+            for (const auto& value : came)
+                names.push_back(value.first);
+            throw Mistake(std::string(lastOperation_->name) + " returns " + listed(names) +
+                              ", not " + shown(word.name.empty() ? word.text : word.name, 40),
                           word.column);
         }
         std::string wanted = word.text;
-        std::string came = lastOutcome_.inWords();
-        if (found != names.begin())
+        if (found != came.begin())
         {
-            const auto i = static_cast<std::size_t>(found - names.begin() - 1);
-            const Field& output = lastOperation_->outputs[i];
-            came = i < lastOutcome_.outputs.size() ? toPeople(output, lastOutcome_.outputs[i]) : "";
+            const Field& output =
+                lastOperation_->outputs[static_cast<std::size_t>(found - came.begin() - 1)];
             wanted = toPeople(output, readValue(output, word));
         }
         const bool pattern = !word.quoted && wanted.find('*') != std::string::npos;
-        if (pattern ? !matchesPattern(wanted, came) : wanted != came)
+        if (pattern ? !matchesPattern(wanted, found->second) : wanted != found->second)
             return {Verdict::unmet,
                     {std::string(lastOperation_->name) + " returned " + word.name + "=" +
-                     shown(came, 200) + ", awaited was " + shown(wanted, 200)}};
+                     shown(found->second, 200) + ", awaited was " + shown(wanted, 200)}};
     }
     return {};
+}
+
+Values Phone::returned() const
+{
+    Values values = {{"result", lastOutcome_.inWords()}};
+    for (std::size_t i = 0; lastOperation_ != nullptr && i < lastOperation_->outputs.size(); ++i)
+    {
+        const Field& output = lastOperation_->outputs[i];
+        values.emplace_back(output.argument, i < lastOutcome_.outputs.size()
+                                                 ? toPeople(output, lastOutcome_.outputs[i])
+                                                 : "");
+    }
+    return values;
 }
 
 Report Phone::expect(const Expectation& expectation, std::string& call)
@@ -207,9 +217,7 @@ Report Phone::expect(const Expectation& expectation, std::string& call)
                 {"no " + expectation.description() + " was to come, but it came",
                  "came: " + fullEventLabel(event)}};
     events_.pass(looked);
-    for (const char* argument : {"currentCallId", "newCallId", "callId"})
-        if (!event.value(argument).empty())
-            call = event.value(argument);
+    call = event.value(capturedBy(event));
     return {};
 }
 
@@ -323,6 +331,8 @@ void Phone::onEvent(const ReceivedEvent& received)
         received.method() == "RegistrationStateChangeEvent")
         linesAreStale_ = true;
     events_.add(received);
+    if (onEach_)
+        onEach_(received);
     if (!recorder_.draws())
         display_.print("* " + eventLabel(received), Display::Style::event);
 }

@@ -50,6 +50,9 @@ public:
     /// Compares what the last operation returned: "result=VALUE" or "field=value".
     Report check(const std::vector<Word>& words) const;
 
+    /// "result" and the fields that the last operation returned, as check() compares them.
+    Values returned() const;
+
     /// Waits for an event, or for its absence. The event's call is put into `call` when it has one.
     Report expect(const Expectation& expectation, std::string& call);
 
@@ -87,6 +90,12 @@ public:
     /// Called again and again while something is waited for.
     void setWhileWaiting(std::function<void()> action) { whileWaiting_ = std::move(action); }
 
+    /// Called with each event once it counts.
+    void setOnEach(std::function<void(const ReceivedEvent& received)> action)
+    {
+        onEach_ = std::move(action);
+    }
+
 private:
     void takeGone(const std::string& problem);
     std::unique_ptr<Connection> connect();
@@ -101,6 +110,7 @@ private:
     Display& display_;
     Timekeeper timekeeper_;
     std::function<void()> whileWaiting_;
+    std::function<void(const ReceivedEvent& received)> onEach_;
 
     CallBook book_;
     bool linesAreStale_ = true;

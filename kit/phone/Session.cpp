@@ -57,6 +57,10 @@ Session::Session(Settings settings, Display& display)
       progress_(settings.progress)
 {
     phone_.setWhileWaiting([this] { showProgress(); });
+    phone_.setOnEach([this](const ReceivedEvent& received)
+                     { scriptWriter_.add(sinceStart(), received); });
+    if (settings.remember)
+        scriptWriter_.remember();
 }
 
 void Session::start()
@@ -67,9 +71,13 @@ void Session::start()
 
 Verdict Session::execute(const std::string& line, const Place& place)
 {
+    // What has come belongs before the line.
+    phone_.pump();
     const Place before = std::exchange(place_, place);
+    const int written = scriptWriter_.begin(sinceStart(), line, variables_);
     phone_.events().shorten();
     Verdict verdict = Verdict::met;
+    Values returned;
     try
     {
         const Statement statement = parseStatement(line);
@@ -81,6 +89,12 @@ Verdict Session::execute(const std::string& line, const Place& place)
             const Report report = carryOut(statement);
             phone_.pump();
             verdict = judge(statement, report);
+            if (findCommand(statement.command.text) == nullptr)
+                returned = phone_.returned();
+            // That it was carried out says as much.
+            if (returned.size() == 1 &&
+                (returned[0].second.empty() || returned[0].second == resultName(sfiSuccess)))
+                returned.clear();
         }
     }
     catch (const Mistake& mistake)
@@ -89,6 +103,10 @@ Verdict Session::execute(const std::string& line, const Place& place)
         complain(mistake.column(), mistake.what());
         verdict = Verdict::mistake;
     }
+    scriptWriter_.end(written, sinceStart(), verdict, returned);
+    const std::string problem = scriptWriter_.takeProblem();
+    if (!problem.empty())
+        display_.complain(problem);
     place_ = before;
     return interruptions() > 0 ? Verdict::interrupted : verdict;
 }
@@ -225,6 +243,12 @@ Completions Session::completionsFor(const std::string& line)
     if (simulationHelp_.empty())
         simulationHelp_ = phone_.ask("help");
     return complete(line, phone_.knownBook(), variables_, simulationHelp_);
+}
+
+ScriptWriter::Time Session::sinceStart() const
+{
+    return std::chrono::duration_cast<ScriptWriter::Time>(std::chrono::steady_clock::now() -
+                                                          started_);
 }
 
 void Session::showProgress()

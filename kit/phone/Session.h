@@ -6,6 +6,7 @@
 #include "kit/phone/Display.h"
 #include "kit/phone/Phone.h"
 #include "kit/phone/Recorder.h"
+#include "kit/phone/ScriptWriter.h"
 #include "kit/phone/Verdict.h"
 
 #include <chrono>
@@ -37,6 +38,7 @@ public:
         Recorder::Settings recorder;
         bool echo = false;
         bool progress = false;  ///< the error stream is a terminal
+        bool remember = false;  ///< what is done before `record` belongs to the recording too
     };
 
     /// Raises what Phone and Recorder raise.
@@ -77,6 +79,7 @@ public:
     Display& display() { return display_; }
     Variables& variables() { return variables_; }
     const Place& place() const { return place_; }
+    ScriptWriter& scriptWriter() { return scriptWriter_; }
     void setEcho(bool on) { echo_ = on; }
     void end() { ended_ = true; }
 
@@ -86,10 +89,12 @@ private:
     Verdict checkAll(const std::vector<std::string>& lines, const std::string& name);
     void complain(std::size_t column, const std::string& text);
     void showProgress();
+    ScriptWriter::Time sinceStart() const;
 
     Display& display_;
     Recorder recorder_;
     Phone phone_;
+    ScriptWriter scriptWriter_;
     bool echo_;
     const bool progress_;
     Variables variables_;

@@ -220,6 +220,7 @@ public:
         settings.recorder.width = widthFor(options_);
         settings.recorder.wire = options_.wire;
         settings.echo = options_.echo;
+        settings.remember = typed;
         settings.progress = !typed && isatty(STDERR_FILENO) != 0;
         if (options_.socket.empty())
             embed(settings.phone);

@@ -91,11 +91,6 @@ bool isAbsent(const std::string& value)
     return value.empty() || value == "-1";
 }
 
-bool saysNothing(const Field& field, const std::string& value)
-{
-    return isAbsent(value) || isRepetition(field) || (value == "0" && isUsuallyZero(field));
-}
-
 std::string named(const Field& field, const std::string& value)
 {
     return std::string(" ") + field.argument + "=" + shown(toPeople(field, value), 200);
@@ -132,6 +127,11 @@ bool isCall(const Field& field)
     static const char* const names[] = {"callId", "newCallId", "activeCall", "heldCall",
                                         "currentCallId"};
     return isOneOf(field.argument, std::begin(names), std::end(names));
+}
+
+bool saysNothing(const Field& field, const std::string& value)
+{
+    return isAbsent(value) || isRepetition(field) || (value == "0" && isUsuallyZero(field));
 }
 
 std::string eventLabel(const ReceivedEvent& received)

@@ -26,6 +26,9 @@ std::string messageLabel(const std::string& text);
 bool isLine(const Field& field);
 bool isCall(const Field& field);
 
+/// The value is absent, the usual, or said by another field.
+bool saysNothing(const Field& field, const std::string& value);
+
 /// "2001" of "sip:2001@example.com".
 std::string shortNumber(const std::string& uri);
 

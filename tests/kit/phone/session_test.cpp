@@ -4,8 +4,11 @@
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 
+#include <cstdio>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <unistd.h>
 
 namespace kit::phone
 {
@@ -16,8 +19,12 @@ namespace
 class Phone : public testing::Test
 {
 protected:
-    Phone() : display_(out_, errors_, false)
+    Phone() : display_(out_, errors_, false) { connect(); }
+
+    /// A phone at a fresh service.
+    void connect()
     {
+        service_ = std::make_shared<SimulatedService>();
         Session::Settings settings;
         settings.phone.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
         settings.phone.advance = [this](Timekeeper::Time limit)
@@ -44,7 +51,7 @@ protected:
         return session_->execute(line, {"s", 3});
     }
 
-    std::shared_ptr<SimulatedService> service_ = std::make_shared<SimulatedService>();
+    std::shared_ptr<SimulatedService> service_;
     int steps_ = 0;
     std::ostringstream out_;
     std::ostringstream errors_;
@@ -244,6 +251,90 @@ TEST_F(Phone, LongWaitsTakeAsManyStepsAsSomethingHappens)
     run("dial 2001");
     EXPECT_EQ(run("expect CallStateChangeEvent callState=connected within 60min"), Verdict::met);
     EXPECT_EQ(steps_, 3) << "it is answered in the next moment at which something happens";
+}
+
+TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
+{
+    const std::string file = testing::TempDir() + "recording-" + std::to_string(getpid());
+    EXPECT_EQ(run("record off"), Verdict::mistake);
+    EXPECT_EQ(run("record /nowhere/x"), Verdict::mistake);
+    EXPECT_EQ(errors_.str(), "s:3: cannot write /nowhere/x: No such file or directory\n");
+    for (const char* line :
+         {"record ", "subscribe", "dial 2001", "activate", "dial 2001", "wait 3s", "calls",
+          "expect CallStateChangeEvent callState=connected as mine", "! hold 99", "hold $mine",
+          "getDevices", "! sim show nothing", "nonsense", "record off"})
+        (void)run(std::string(line) == "record " ? line + file : line);
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    const std::string recorded = text.str();
+    EXPECT_EQ(recorded, R"(# Recorded by communications-phone.
+subscribe
+! dial 2001
+activate
+expect RegistrationStateChangeEvent lineId=1001 callId=0 registered=true registrationResult=done
+expect RegistrationStateChangeEvent lineId=1002 callId=0 registered=true registrationResult=done
+expect RegistrationStateChangeEvent lineId=1003 callId=0 registered=true registrationResult=done
+dial 2001
+expect CallStateChangeEvent lineId=1001 callState=initiated uri=sip:2001 name="Anna Answer" as call1
+expect CallStateChangeEvent lineId=1001 callId=$call1 callState=delivered uri=sip:2001 name="Anna Answer" callBackFeatureAvailable=true
+wait 3s
+expect CallStateChangeEvent lineId=1001 callId=$call1 callState=connected sendOptions=digits uri=sip:2001 name="Anna Answer"
+! hold 99
+expect FeatureFailedEvent lineId=1001 feature=hold featureFailure=noSuchCall as call2
+hold $call1
+expect CallStateChangeEvent lineId=1001 callId=$call1 callState=held uri=sip:2001 name="Anna Answer"
+expect CallHeldEvent lineId=1001 callId=$call1
+expect FeatureSuccessEvent lineId=1001 callId=$call1 feature=hold
+getDevices
+check result=sfiSuccess devices=1001,1002,1003
+! sim show nothing
+)");
+    connect();
+    errors_.str("");
+    EXPECT_EQ(session_->runScript(file), Verdict::met) << errors_.str();
+    // Without one of the things that were done it does not pass.
+    connect();
+    std::ofstream(file) << std::string(recorded).erase(recorded.find("hold $call1\n"), 12);
+    EXPECT_EQ(session_->runScript(file), Verdict::unmet);
+    std::remove(file.c_str());
+}
+
+TEST(ScriptWriter, WritesTheTimeThatPassed)
+{
+    using Time = ScriptWriter::Time;
+    const std::string file = testing::TempDir() + "script-" + std::to_string(getpid());
+    ScriptWriter writer;
+    writer.remember();
+    ReceivedEvent held;
+    held.event = findEvent("CallHeldEvent");
+    held.values = {"1001", "7"};
+    const auto line = [&](int milliseconds, const char* text)
+    {
+        const int number = writer.begin(Time(milliseconds), text, {});
+        writer.end(number, Time(milliseconds), Verdict::met, {});
+    };
+    line(5000, "hold");
+    writer.add(Time(5400), held);
+    writer.add(Time(8000), held);
+    line(8900, "retrieve");
+    line(11340, "hangup");
+    writer.open(file);
+    EXPECT_EQ(writer.close(), file);
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    EXPECT_EQ(text.str(), "# Recorded by communications-phone.\n"
+                          "hold\n"
+                          "expect CallHeldEvent lineId=1001 as call1\n"
+                          "expect CallHeldEvent lineId=1001 callId=$call1 within 4s\n"
+                          "retrieve\n"
+                          "wait 2400ms\n"
+                          "hangup\n");
+    std::remove(file.c_str());
+    writer.open("/dev/full");
+    line(12000, "hold");
+    EXPECT_EQ(writer.takeProblem(), "the recording ends here: /dev/full cannot be written");
+    line(12000, "hold");
+    EXPECT_EQ(writer.takeProblem(), "") << "told once";
 }
 
 TEST_F(Phone, FindsMistakesWithoutCarryingOut)
