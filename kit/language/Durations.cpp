@@ -48,7 +48,7 @@ std::chrono::milliseconds parseDuration(const Word& word)
 std::string durationText(std::chrono::milliseconds time)
 {
     const auto milliseconds = time.count();
-    if (milliseconds < 1000)
+    if (milliseconds != 0 && milliseconds < 1000)
         return std::to_string(milliseconds) + " ms";
     std::string text = std::to_string(milliseconds / 1000);
     std::string fraction = std::to_string(1000 + milliseconds % 1000).substr(1);

@@ -1,7 +1,7 @@
-#include "CommunicationsServiceTypes.h"
+#include "kit/service/Handlers.h"
+
 #include "kit/language/Wording.h"
 #include "kit/service/EventText.h"
-#include "kit/service/Handlers.h"
 
 #include <algorithm>
 #include <map>
@@ -12,45 +12,48 @@ namespace kit::service
 
 using namespace numbers;
 
-std::string Handlers::callClear(Simulation& s, const Request& r)
+namespace
 {
-    Call* const found = call(s, r, "CallID", featureNone,
-                             {callInitiated, callOffered, callRinging, callDelivered, callConnected,
-                              callHeld, callConferenced, callFailed, callQueued, callHeldByFarEnd});
+
+std::string callClear(Simulation& s, const Request& r)
+{
+    Call* const found =
+        r.call("CallID", featureNone,
+               {callInitiated, callOffered, callRinging, callDelivered, callConnected, callHeld,
+                callConferenced, callFailed, callQueued, callHeldByFarEnd});
     if (found == nullptr)
         return failed;
-    s.clear(*found, found->waiting() ? reasonRefused : reasonNormal);
+    s.calls.clear(*found, found->waiting() ? reasonRefused : reasonNormal);
     return success;
 }
 
 /// The call to dial in: one that is off hook already, or a new one.
-Call* Handlers::callToDial(Simulation& s, const Request& r, int feature)
+Call* callToDial(Simulation& s, const Request& r, int feature)
 {
-    const Line* const line = readyLine(s, r);
+    const Line* const line = r.readyLine();
     if (line == nullptr)
         return nullptr;
     const int id = r.number("CallID");
-    Call* const known = s.findCall(id);
+    Call* const known = s.calls.find(id);
     if (known != nullptr && known->line == line->name && known->state == callInitiated)
         return known;
     if (known != nullptr)
     {
-        s.failure(r, "call " + std::to_string(id) + " is " +
-                         nameOf(Meaning::callState, known->state) +
-                         " already, 0 lets the service choose a number");
+        r.failure("call " + std::to_string(id) + " is " + nameOf(Meaning::callState, known->state) +
+                  " already, 0 lets the service choose a number");
         return nullptr;
     }
-    if (!lineFree(s, r, feature, id))
+    if (!r.lineFree(feature, id))
         return nullptr;
-    if (s.callsOf(line->name).size() >= maximumCallsPerLine)
+    if (s.calls.full(line->name))
     {
-        s.failure(r, "too many calls on line " + line->name);
+        r.failure("too many calls on line " + line->name);
         return nullptr;
     }
-    return &s.newCall(line->name, false, id);
+    return &s.calls.create(line->name, false, id);
 }
 
-std::string Handlers::outgoingCallMake(Simulation& s, const Request& r)
+std::string outgoingCallMake(Simulation& s, const Request& r)
 {
     Call* const made = callToDial(s, r, featureNone);
     if (made == nullptr)
@@ -59,279 +62,285 @@ std::string Handlers::outgoingCallMake(Simulation& s, const Request& r)
     const std::string line = made->line;
     const std::string number = plainNumber(r.text("Destination"));
     made->remote.from = s.partyOf(number);
-    made->remote.type = s.findLine(number) != nullptr ? callTypeInternal : callTypeExternal;
+    made->remote.type = s.lines.find(number) != nullptr ? callTypeInternal : callTypeExternal;
     if (made->state == callIdle)
-        s.setState(*made, callInitiated, reasonNormal);
+        s.calls.setState(*made, callInitiated, reasonNormal);
     const Call* const current =
-        s.findCall(line, [&](const Call& any) { return any.id != id && !any.waiting(); });
-    if (current != nullptr && (r.flag("BridgeCall") || s.associatedCalls_))
-        s.emit(events::incomingAssociatedCall(line, current->id, id));
-    if (r.flag("CallCompletionCall"))
-        for (CallBack& callBack : s.callBacks_)
-            if (callBack.line == line && callBack.destination.number == number &&
-                callBack.state == completionAvailable)
-            {
-                // The far end waits for this call, whatever it does otherwise.
-                callBack.state = completionRinging;
-                made->callBack = callBack.id;
-                s.setState(*made, callDelivered, reasonCallBack);
-                s.afterIfStill(*made, callBackRings, [&s](Call& still) { s.farEndAnswers(still); });
-                return success;
-            }
-    s.dial(*made, number);
+        s.calls.find(line, [&](const Call& any) { return any.id != id && !any.waiting(); });
+    if (current != nullptr && (r.flag("BridgeCall") || s.settings.associatedCalls))
+        s.outbox.emit(events::incomingAssociatedCall(line, current->id, id));
+    if (r.flag("CallCompletionCall") && s.callBacks.carriedOutBy(*made, number))
+    {
+        // The far end waits for this call, whatever it does otherwise.
+        s.calls.setState(*made, callDelivered, reasonCallBack);
+        s.calls.afterIfStill(*made, callBackRings, [&s](Call& still) { s.farEnd.answers(still); });
+        return success;
+    }
+    s.calls.dial(*made, number);
     return success;
 }
 
-std::string Handlers::acceptCall(Simulation& s, const Request& r)
+std::string acceptCall(Simulation& s, const Request& r)
 {
-    Call* const found = call(s, r, "CallID", featureNone, {callOffered});
+    Call* const found = r.call("CallID", featureNone, {callOffered});
     if (found == nullptr)
         return failed;
-    if (r.flag("AutoAnswer") && !lineFree(s, r, featureNone, found->id))
+    if (r.flag("AutoAnswer") && !r.lineFree(featureNone, found->id))
         return failed;
-    s.setState(*found, callRinging, reasonNormal);
+    s.calls.setState(*found, callRinging, reasonNormal);
     if (r.flag("AutoAnswer"))
-        s.answer(*found);
+        s.calls.answer(*found);
     return success;
 }
 
-std::string Handlers::answerCall(Simulation& s, const Request& r)
+std::string answerCall(Simulation& s, const Request& r)
 {
-    Call* const found = call(s, r, "CallID", featureNone, {callOffered, callRinging});
-    if (found == nullptr || !lineFree(s, r, featureNone, found->id))
+    Call* const found = r.call("CallID", featureNone, {callOffered, callRinging});
+    if (found == nullptr || !r.lineFree(featureNone, found->id))
         return failed;
-    s.answer(*found);
+    s.calls.answer(*found);
     return success;
 }
 
-std::string Handlers::deflectCall(Simulation& s, const Request& r)
+std::string deflectCall(Simulation& s, const Request& r)
 {
-    Call* const found = call(s, r, "CallID", featureDeflect, {callOffered, callRinging});
+    Call* const found = r.call("CallID", featureDeflect, {callOffered, callRinging});
     if (found == nullptr)
         return failed;
     const int id = found->id;
     const std::string& target = r.text("Destination");
     if (plainNumber(target).empty())
-        return s.featureFailure(r, id, featureDeflect, failureUnobtainable, "no destination");
-    s.divert(*found, target, reasonDeflected, diversionDeflected);
-    return s.featureSuccess(r, id, featureDeflect);
+        return r.featureFailure(id, featureDeflect, failureUnobtainable, "no destination");
+    s.calls.divert(*found, target, reasonDeflected, diversionDeflected);
+    return r.featureSuccess(id, featureDeflect);
 }
 
-std::string Handlers::holdCall(Simulation& s, const Request& r)
+std::string holdCall(Simulation& s, const Request& r)
 {
     Call* const found =
-        call(s, r, "CallID", featureHold, {callConnected, callConferenced, callHeldByFarEnd});
+        r.call("CallID", featureHold, {callConnected, callConferenced, callHeldByFarEnd});
     if (found == nullptr)
         return failed;
-    s.holdHere(*found, r.flag("Manual"));
-    return s.featureSuccess(r, found->id, featureHold);
+    s.calls.hold(*found, r.flag("Manual"));
+    return r.featureSuccess(found->id, featureHold);
 }
 
-std::string Handlers::retrieveCall(Simulation& s, const Request& r)
+std::string retrieveCall(Simulation& s, const Request& r)
 {
-    Call* const found = call(s, r, "CallID", featureRetrieve, {callHeld});
-    if (found == nullptr || !lineFree(s, r, featureRetrieve, found->id))
+    Call* const found = r.call("CallID", featureRetrieve, {callHeld});
+    if (found == nullptr || !r.lineFree(featureRetrieve, found->id))
         return failed;
-    s.retrieveHere(*found);
-    return s.featureSuccess(r, found->id, featureRetrieve);
+    s.calls.retrieve(*found);
+    return r.featureSuccess(found->id, featureRetrieve);
 }
 
-std::string Handlers::attendedTransfer(Simulation& s, const Request& r)
+std::string attendedTransfer(Simulation& s, const Request& r)
 {
-    Call* const active = call(s, r, "activeCall", featureAttendedTransfer,
-                              {callConnected, callDelivered, callConferenced});
+    Call* const active = r.call("activeCall", featureAttendedTransfer,
+                                {callConnected, callDelivered, callConferenced});
     if (active == nullptr)
         return failed;
-    Call* const held = call(s, r, "heldCall", featureAttendedTransfer, {callHeld});
+    Call* const held = r.call("heldCall", featureAttendedTransfer, {callHeld});
     if (held == nullptr)
         return failed;
     const int id = active->id;
-    s.connectFarEnds(*active, *held);
-    return s.featureSuccess(r, id, featureAttendedTransfer);
+    s.farEnd.connect(*active, *held);
+    return r.featureSuccess(id, featureAttendedTransfer);
 }
 
-std::string Handlers::blindTransfer(Simulation& s, const Request& r)
+std::string blindTransfer(Simulation& s, const Request& r)
 {
     Call* const found =
-        call(s, r, "CallID", featureBlindTransfer, {callConnected, callHeld, callHeldByFarEnd});
+        r.call("CallID", featureBlindTransfer, {callConnected, callHeld, callHeldByFarEnd});
     if (found == nullptr)
         return failed;
     const int id = found->id;
     const std::string number = plainNumber(r.text("Destination"));
-    const Robot* const robot = findRobot(number);
-    const Line* const line = s.findLine(number);
+    const RobotPointer robot = s.robots.find(number);
+    const Line* const line = s.lines.find(number);
     if (number.empty() || number[0] == unobtainablePrefix || (line != nullptr && !line->registered))
-        return s.featureFailure(r, id, featureBlindTransfer, failureUnobtainable,
+        return r.featureFailure(id, featureBlindTransfer, failureUnobtainable,
                                 quoted(number) + " cannot be reached");
     if ((robot != nullptr && robot->reach == Reach::busy) || number == found->line)
-        return s.featureFailure(r, id, featureBlindTransfer, failureBusy, number + " is busy");
+        return r.featureFailure(id, featureBlindTransfer, failureBusy, number + " is busy");
 
     Arrival arrival;
     arrival.from = found->remote.from;
     arrival.divertedBy = found->local;
     arrival.diversionReason = diversionUnconditional;
-    Call* const own = s.findCall(found->peer);
+    Call* const own = s.calls.find(found->peer);
     found->peer = 0;
-    s.clear(*found, reasonTransferred);
+    s.calls.clear(*found, reasonTransferred);
     if (own != nullptr)
     {
         own->peer = 0;
-        s.changeFarEnd(*own, s.partyOf(number), false, false);
-        s.dial(*own, number);
+        s.farEnd.becomes(*own, s.partyOf(number), false, false);
+        s.calls.dial(*own, number);
     }
     else if (line != nullptr)
-        s.arriveFollowing(number, arrival);
-    return s.featureSuccess(r, id, featureBlindTransfer);
+        s.calls.arriveFollowing(number, arrival);
+    return r.featureSuccess(id, featureBlindTransfer);
 }
 
-std::string Handlers::consult(Simulation& s, const Request& r)
+std::string consult(Simulation& s, const Request& r)
 {
-    Call* const first = call(s, r, "CallID", featureConsultation,
-                             {callConnected, callHeldByFarEnd, callHeld, callConferenced});
-    if (first == nullptr || !lineFree(s, r, featureConsultation, first->id))
+    Call* const first = r.call("CallID", featureConsultation,
+                               {callConnected, callHeldByFarEnd, callHeld, callConferenced});
+    if (first == nullptr || !r.lineFree(featureConsultation, first->id))
         return failed;
     const int id = first->id;
-    if (s.callsOf(first->line).size() >= maximumCallsPerLine)
-        return s.featureFailure(r, id, featureConsultation, failureNotAllowed,
+    if (s.calls.full(first->line))
+        return r.featureFailure(id, featureConsultation, failureNotAllowed,
                                 "too many calls on line " + first->line);
     if (first->state != callHeld)
-        s.holdHere(*first, false);
-    Call& second = s.newCall(first->line, false, 0);
+        s.calls.hold(*first, false);
+    Call& second = s.calls.create(first->line, false, 0);
     second.heldFor = id;
     second.remote.from = s.partyOf(plainNumber(r.text("Destination")));
-    s.setState(second, callInitiated, reasonNormal);
-    if (s.associatedCalls_)
-        s.emit(events::incomingAssociatedCall(second.line, id, second.id));
-    s.dial(second, r.text("Destination"));
-    return s.featureSuccess(r, id, featureConsultation);
+    s.calls.setState(second, callInitiated, reasonNormal);
+    if (s.settings.associatedCalls)
+        s.outbox.emit(events::incomingAssociatedCall(second.line, id, second.id));
+    s.calls.dial(second, r.text("Destination"));
+    return r.featureSuccess(id, featureConsultation);
 }
 
-std::string Handlers::refuseCall(Simulation& s, const Request& r)
+std::string refuseCall(Simulation& s, const Request& r)
 {
-    Call* const found = call(s, r, "CallID", featureNone, {callOffered, callRinging});
+    Call* const found = r.call("CallID", featureNone, {callOffered, callRinging});
     if (found == nullptr)
         return failed;
     static const std::map<int, Reason> reasons = {{refuseBusy, reasonBusy},
                                                   {refuseDecline, reasonRefused},
                                                   {refuseUnavailable, reasonUnobtainable},
                                                   {refuseDoNotDisturb, reasonDoNotDisturb}};
-    s.clear(*found, reasons.at(r.number("RefuseCallReason")));
+    s.calls.clear(*found, reasons.at(r.number("RefuseCallReason")));
     return success;
 }
 
-std::string Handlers::alternateCalls(Simulation& s, const Request& r)
+std::string alternateCalls(Simulation& s, const Request& r)
 {
-    const Line* const line = readyLine(s, r);
+    const Line* const line = r.readyLine();
     if (line == nullptr)
         return failed;
     Call* const active =
-        s.findCall(line->name, [](const Call& any)
-                   { return any.state == callConnected || any.state == callHeldByFarEnd; });
+        s.calls.find(line->name, [](const Call& any)
+                     { return any.state == callConnected || any.state == callHeldByFarEnd; });
     Call* const held =
-        s.findCall(line->name, [](const Call& any) { return any.state == callHeld; });
+        s.calls.find(line->name, [](const Call& any) { return any.state == callHeld; });
     if (active == nullptr || held == nullptr)
-        return s.featureFailure(r, 0, featureAlternate, failureWrongState,
+        return r.featureFailure(0, featureAlternate, failureWrongState,
                                 "line " + line->name + " needs a connected and a held call");
-    s.holdHere(*active, false);
-    s.retrieveHere(*held);
-    return s.featureSuccess(r, held->id, featureAlternate);
+    s.calls.hold(*active, false);
+    s.calls.retrieve(*held);
+    return r.featureSuccess(held->id, featureAlternate);
 }
 
-std::string Handlers::conferenceCall(Simulation& s, const Request& r)
+std::string conferenceCall(Simulation& s, const Request& r)
 {
-    Call* const active =
-        call(s, r, "activeCall", featureConference, {callConnected, callConferenced});
+    Call* const active = r.call("activeCall", featureConference, {callConnected, callConferenced});
     if (active == nullptr)
         return failed;
-    Call* const held = call(s, r, "heldCall", featureConference, {callHeld, callConferenced});
+    Call* const held = r.call("heldCall", featureConference, {callHeld, callConferenced});
     if (held == nullptr)
         return failed;
     if (active == held)
-        return s.featureFailure(r, active->id, featureConference, failureWrongState,
+        return r.featureFailure(active->id, featureConference, failureWrongState,
                                 "a conference needs two calls");
-    s.startConference(*active, *held);
-    return s.featureSuccess(r, active->id, featureConference);
+    s.conferences.start(*active, *held);
+    return r.featureSuccess(active->id, featureConference);
 }
 
-std::string Handlers::generateDigits(Simulation& s, const Request& r)
+std::string generateDigits(Simulation& s, const Request& r)
 {
-    Call* const found = call(s, r, "activeCall", featureDigits, {callConnected, callConferenced});
+    Call* const found = r.call("activeCall", featureDigits, {callConnected, callConferenced});
     if (found == nullptr)
         return failed;
     const std::string& digits = r.text("digits");
     if (digits.empty() || digits.find_first_not_of("0123456789*#ABCDabcd") != std::string::npos)
-        return s.featureFailure(r, found->id, featureDigits, failureNotAllowed,
+        return r.featureFailure(found->id, featureDigits, failureNotAllowed,
                                 quoted(digits) + " are not digits (0 to 9, *, #, A to D)");
     found->digits += digits;
     const int id = found->id;
     const bool mailbox = found->remote.from.number == mailboxNumber;
-    if (Call* const other = s.findCall(found->peer))
+    if (Call* const other = s.calls.find(found->peer))
         other->digits += digits;
-    s.featureSuccess(r, id, featureDigits);
+    r.featureSuccess(id, featureDigits);
     if (mailbox)
-        s.mailboxDigits(digits);
+        s.voiceMail.hear(digits);
     return success;
 }
 
 /// Takes over a call that rings elsewhere: at a colleague's, or at another line of this phone.
-std::string Handlers::pickUp(Simulation& s, const Request& r, int feature,
-                             const std::string& member)
+std::string pickUp(Simulation& s, const Request& r, int feature, const std::string& member)
 {
-    const Line* const line = readyLine(s, r);
-    if (line == nullptr || !lineFree(s, r, feature, r.number("CallID")))
+    const Line* const line = r.readyLine();
+    if (line == nullptr || !r.lineFree(feature, r.number("CallID")))
         return failed;
     const int wanted = r.number("CallID");
-    const auto atColleague = std::find_if(s.pickups_.begin(), s.pickups_.end(),
-                                          [&](const PickupCall& pickup)
-                                          { return member.empty() || pickup.member == member; });
     Arrival remote;
     int caller = 0;
-    if (atColleague != s.pickups_.end())
-    {
-        remote.from = atColleague->caller;
-        s.pickups_.erase(atColleague);
-    }
+    PickupCall atColleague;
+    if (s.calls.takeFromColleague(member, atColleague))
+        remote.from = atColleague.caller;
     else
     {
-        Call* ringing = nullptr;
-        for (auto& entry : s.calls_)
+        const Call* last = nullptr;
+        for (const auto& entry : s.calls.all())
             if (entry.second.waiting() && entry.second.line != line->name &&
                 (member.empty() || entry.second.line == member))
-                ringing = &entry.second;
+                last = &entry.second;
+        Call* const ringing = last == nullptr ? nullptr : s.calls.find(last->id);
         if (ringing == nullptr)
-            return s.featureFailure(r, wanted, feature, failureNothingToPickUp,
+            return r.featureFailure(wanted, feature, failureNothingToPickUp,
                                     member.empty() ? "nothing rings in the group"
                                                    : "nothing rings at " + quoted(member));
         remote = ringing->remote;
         caller = ringing->peer;
         ringing->peer = 0;
-        s.clear(*ringing, reasonPickedUp);
+        s.calls.clear(*ringing, reasonPickedUp);
     }
-    Call& mine = s.newCall(line->name, true, s.findCall(wanted) == nullptr ? wanted : 0);
+    Call& mine = s.calls.create(line->name, true, s.calls.find(wanted) == nullptr ? wanted : 0);
     mine.remote = remote;
-    mine.robot = findRobot(remote.from.number);
-    s.setState(mine, callConnected, reasonPickedUp);
-    if (Call* const own = s.findCall(caller))
+    mine.robot = s.robots.find(remote.from.number);
+    s.calls.setState(mine, callConnected, reasonPickedUp);
+    if (Call* const own = s.calls.find(caller))
     {
-        s.join(mine, *own);
-        s.changeFarEnd(*own, mine.local, false, false);
-        s.farEndAnswers(*own);
+        s.calls.join(mine, *own);
+        s.farEnd.becomes(*own, mine.local, false, false);
+        s.farEnd.answers(*own);
     }
-    return s.featureSuccess(r, mine.id, feature);
+    return r.featureSuccess(mine.id, feature);
 }
 
-std::string Handlers::directedPickup(Simulation& s, const Request& r)
+std::string directedPickup(Simulation& s, const Request& r)
 {
     const std::string member = plainNumber(r.text("CallToBePickedUp"));
     if (member.empty())
-        return s.featureFailure(r, r.number("CallID"), featureDirectedPickup,
-                                failureNothingToPickUp, "no number to pick up from");
+        return r.featureFailure(r.number("CallID"), featureDirectedPickup, failureNothingToPickUp,
+                                "no number to pick up from");
     return pickUp(s, r, featureDirectedPickup, member);
 }
 
-std::string Handlers::groupPickup(Simulation& s, const Request& r)
+std::string groupPickup(Simulation& s, const Request& r)
 {
     return pickUp(s, r, featureGroupPickup, "");
+}
+
+}  // namespace
+
+const std::vector<Handler>& callHandlers()
+{
+    static const std::vector<Handler> rows = {
+        {"CallClearRequest", callClear},    {"OutgoingCallMakeRequest", outgoingCallMake},
+        {"AcceptCall", acceptCall},         {"AnswerCall", answerCall},
+        {"DeflectCall", deflectCall},       {"HoldCall", holdCall},
+        {"RetrieveCall", retrieveCall},     {"AttendedTransfer", attendedTransfer},
+        {"BlindTransfer", blindTransfer},   {"Consult", consult},
+        {"RefuseCall", refuseCall},         {"DirectedPickupCall", directedPickup},
+        {"GroupPickupCall", groupPickup},   {"GenerateDigits", generateDigits},
+        {"ConferenceCall", conferenceCall}, {"AlternateCalls", alternateCalls},
+    };
+    return rows;
 }
 
 }  // namespace kit::service

@@ -1,10 +1,13 @@
 #include "kit/service/Commands.h"
 
+#include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
 #include "kit/service/EventText.h"
+#include "kit/service/Requests.h"
+#include "kit/service/Usage.h"
+#include "kit/service/Views.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace kit::service
 {
@@ -14,371 +17,217 @@ using namespace numbers;
 namespace
 {
 
-constexpr Time longestAdvance = std::chrono::hours(24);
+// --- those that take more than a line ---
 
-Time parseTime(const std::string& text)
+void incoming(Order& o)
 {
-    static const std::pair<const char*, long long> units[] = {{"ms", 1},
-                                                              {"s", 1000},
-                                                              {"min", 60000},
-                                                              {"h", 3600000}};
-    const std::size_t digits = text.find_first_not_of("0123456789");
-    if (digits != 0 && digits != std::string::npos && digits <= 9)
-        for (const auto& [unit, factor] : units)
-            if (text.compare(digits, std::string::npos, unit) == 0)
-            {
-                const Time time(std::stoll(text.substr(0, digits)) * factor);
-                if (time <= longestAdvance)
-                    return time;
-            }
-    throw Refusal(quoted(text) + " is no time, 250ms, 5s, 2min and 1h are");
+    Arrival arrival;
+    arrival.from = o.a.party("from");
+    arrival.fullPai = o.a.text("pai");
+    arrival.alertUri = o.a.text("alert");
+    arrival.alertInfo = o.a.text("alert-info");
+    arrival.autoAnswer = o.a.has("auto-answer");
+    arrival.zipAutoAnswer = o.a.has("zip");
+    arrival.video = o.a.has("video");
+    arrival.type = o.a.number("type", Meaning::callType, callTypeExternal);
+    arrival.priority = o.a.number("priority", Meaning::priority, priorityRoutine);
+    arrival.ilCallLevel = o.a.number("call-level", Meaning::impactLevel, impactNone);
+    arrival.ilLocalLevel = o.a.number("local-level", Meaning::impactLevel, impactNone);
+    if (o.a.has("diverted-by"))
+    {
+        arrival.divertedBy = o.a.party("diverted-by", "diversion-name");
+        arrival.diversionReason =
+            o.a.number("diversion", Meaning::diversionReason, diversionUnconditional);
+    }
+    const ArrivalOutcome outcome = o.s.calls.arriveFollowing(o.a.text("LINE"), arrival);
+    switch (outcome.kind)
+    {
+    case ArrivalOutcome::rings:
+        o.answer = "call " + std::to_string(outcome.callId);
+        break;
+    case ArrivalOutcome::forwarded:
+        o.answer = "forwarded to " + outcome.target;
+        break;
+    default:
+        o.answer = "not put through: " + nameOf(Meaning::reason, outcome.reason);
+    }
+}
+
+void ring(Order& o)
+{
+    const std::string member = plainNumber(o.a.text("NUMBER"));
+    if (o.s.lines.find(member) != nullptr)
+        throw Mistake("line " + member + " is one of this phone's, use: call " + member +
+                      " from ...");
+    const PickupCall& made = o.s.calls.ringAtColleague(member, o.a.party("from"));
+    o.answer = "call " + std::to_string(made.id) + " rings at " + member;
+}
+
+void secure(Order& o)
+{
+    Call& call = o.a.call();
+    call.security = o.a.number("state", Meaning::security, securityEncrypted);
+    o.s.calls.tellSecurity(call);
+}
+
+void record(Order& o)
+{
+    Call& call = o.a.call();
+    call.recorded = o.a.on("ON", true);
+    o.s.outbox.emit(events::callRecordingStatus(call));
+}
+
+void preempt(Order& o)
+{
+    o.s.calls.preempt(o.a.call(), o.a.number("priority", Meaning::priority, priorityFlash),
+                      o.a.number("cause", Meaning::preemptionCause, preemptionHigherPriority),
+                      o.a.has("reason") ? o.a.text("reason") : "a call of higher priority");
+}
+
+void impact(Order& o)
+{
+    Arrival& remote = o.a.call().remote;
+    remote.ilCallLevel = o.a.number("call-level", Meaning::impactLevel, remote.ilCallLevel);
+    remote.ilLocalLevel = o.a.number("local-level", Meaning::impactLevel, remote.ilLocalLevel);
+    o.s.outbox.emit(events::impactLevelChanged(o.a.call()));
+}
+
+void bluetooth(Order& o)
+{
+    Settings& settings = o.s.settings;
+    settings.bluetoothAudio = o.a.on("audio", settings.bluetoothAudio);
+    settings.bluetoothGateway = o.a.on("gateway", settings.bluetoothGateway);
+    settings.bluetoothRinging = o.a.on("ringing", settings.bluetoothRinging);
+    o.s.outbox.emit(events::bluetoothAudioStatusChanged(
+        o.a.line().name, o.a.has("call") ? o.a.call("call").id : 0, settings.bluetoothAudio,
+        settings.bluetoothGateway, settings.bluetoothRinging));
+}
+
+void agent(Order& o)
+{
+    Line& line = o.a.line();
+    line.agentState = o.a.text("AGENTSTATE");
+    o.s.outbox.emit(events::agentState(line.name, line.agentState));
+}
+
+void features(Order& o)
+{
+    Line& line = o.a.line();
+    line.serverFeatures = o.a.on("ON", true);
+    o.s.outbox.emit(events::serverFeatureStatus(
+        line.name, line.serverFeatures ? words::serverFeaturesOn : words::serverFeaturesOff));
+}
+
+void systemStatus(Order& o)
+{
+    Settings& settings = o.s.settings;
+    settings.systemStatus = o.a.text("STATUS");
+    settings.systemStatusInfo = o.a.text("info");
+    o.s.outbox.emit(events::systemStatus(settings.systemStatus, settings.systemStatusInfo));
+}
+
+void mailbox(Order& o)
+{
+    Mailbox next = o.s.voiceMail.mailbox();
+    next.newMessages = o.a.count("new", next.newMessages);
+    next.oldMessages = o.a.count("old", next.oldMessages);
+    next.newUrgentMessages = o.a.count("new-urgent", next.newUrgentMessages);
+    next.oldUrgentMessages = o.a.count("old-urgent", next.oldUrgentMessages);
+    o.s.voiceMail.set(next);
+}
+
+void addLine(Order& o)
+{
+    const std::string& name = o.a.text("NUMBER");
+    if (o.s.lines.find(name) != nullptr)
+        throw Mistake("there is a line " + name + " already");
+    if (o.s.lines.size() >= maximumLines)
+        throw Mistake("there are " + std::to_string(maximumLines) + " lines already");
+    o.s.lines.add(name);
+}
+
+void removeLine(Order& o)
+{
+    if (o.s.lines.size() == 1)
+        throw Mistake("the phone needs a line");
+    o.s.lines.remove(o.a.text("LINE"));
+}
+
+void advance(Order& o)
+{
+    Word time;
+    time.text = o.a.text("TIME");
+    o.s.clock.advance(parseDuration(time));
+    o.answer = "now at " + durationText(o.s.clock.now());
+}
+
+void addFault(Order& o, bool silent)
+{
+    const unsigned times = o.a.count("times", 1);
+    if (times == 0)
+        throw Mistake("0 times is never");
+    o.world.faults.add(
+        {o.a.text("METHOD"), times, silent, o.a.has("with") ? o.a.text("with") : failed});
+}
+
+void goAway(Order& o)
+{
+    o.world.goAway();
+    o.answer = "every client is dropped, connect and subscribe again";
+}
+
+void show(Order& o)
+{
+    const std::string& what = o.a.text("WHAT");
+    for (const View& view : views())
+        if (what == view.name)
+        {
+            const std::vector<std::string> lines = view.lines(o.world);
+            o.answer = lines.empty() ? view.empty : "";
+            for (const std::string& line : lines)
+                o.answer += (&line == &lines.front() ? "" : "\n") + line;
+            return;
+        }
+    const std::vector<std::string> names = wordsFor("WHAT");
+    throw Mistake("nothing called " + quoted(what) + " to show" +
+                  didYouMean(what, names, ", one of " + listed(names)));
+}
+
+void help(Order& o)
+{
+    std::vector<CommandUsage> wanted;
+    for (const CommandUsage& command : simulationCommands())
+        if (command.name.rfind(o.a.text("TEXT"), 0) == 0)
+            wanted.push_back(command);
+    if (wanted.empty())
+        throw Mistake("no command begins with " + quoted(o.a.text("TEXT")));
+    o.answer = commandHelp(wanted);
+}
+
+/// Null when there is none; the words of its name are taken.
+const Command* findCommand(Words& words, const std::string& first)
+{
+    for (const Command& command : commands())
+    {
+        const std::string name = command.name;
+        if (name == first)
+            return &command;
+        if (name.rfind(first + " ", 0) != 0)
+            continue;
+        Words second = words;
+        Word word;
+        if (second.next(word) && name == first + " " + word.text)
+        {
+            words.next(word);
+            return &command;
+        }
+    }
+    return nullptr;
 }
 
 }  // namespace
 
-Line& Commands::line()
-{
-    return *s.findLine(a.text("LINE"));
-}
-
-Call& Commands::call(const std::string& name)
-{
-    int id = 0;
-    numberOf(Meaning::none, a.text(name), id);
-    return *s.findCall(id);
-}
-
-std::string Commands::incoming()
-{
-    Arrival arrival;
-    const std::string number = plainNumber(a.text("from"));
-    arrival.from = s.partyOf(number);
-    if (a.has("name"))
-        arrival.from.name = a.text("name");
-    arrival.fullPai = a.text("pai");
-    arrival.alertUri = a.text("alert");
-    arrival.alertInfo = a.text("alert-info");
-    arrival.autoAnswer = a.has("auto-answer");
-    arrival.zipAutoAnswer = a.has("zip");
-    arrival.video = a.has("video");
-    arrival.type = a.number("type", Meaning::callType, callTypeExternal);
-    arrival.priority = a.number("priority", Meaning::priority, priorityRoutine);
-    arrival.ilCallLevel = a.number("call-level", Meaning::impactLevel, impactNone);
-    arrival.ilLocalLevel = a.number("local-level", Meaning::impactLevel, impactNone);
-    if (a.has("diverted-by"))
-    {
-        arrival.divertedBy = s.partyOf(plainNumber(a.text("diverted-by")));
-        if (a.has("diversion-name"))
-            arrival.divertedBy.name = a.text("diversion-name");
-        arrival.diversionReason =
-            a.number("diversion", Meaning::diversionReason, diversionUnconditional);
-    }
-    const Simulation::Outcome outcome = s.arriveFollowing(a.text("LINE"), arrival);
-    switch (outcome.kind)
-    {
-    case Simulation::Outcome::rings:
-        return "call " + std::to_string(outcome.callId);
-    case Simulation::Outcome::forwarded:
-        return "forwarded to " + outcome.target;
-    default:
-        return "not put through: " + nameOf(Meaning::reason, outcome.reason);
-    }
-}
-
-std::string Commands::answer()
-{
-    s.farEndAnswers(call());
-    return "done";
-}
-
-std::string Commands::busy()
-{
-    s.farEndFails(call(), reasonBusy);
-    return "done";
-}
-
-std::string Commands::refuse()
-{
-    s.farEndFails(call(), reasonRefused);
-    return "done";
-}
-
-std::string Commands::hangUp()
-{
-    s.farEndClears(call());
-    return "done";
-}
-
-std::string Commands::hold()
-{
-    s.farEndHolds(call());
-    return "done";
-}
-
-std::string Commands::retrieve()
-{
-    s.farEndRetrieves(call());
-    return "done";
-}
-
-Party Commands::party(const char* number)
-{
-    Party result = s.partyOf(plainNumber(a.text(number)));
-    if (a.has("name"))
-        result.name = a.text("name");
-    return result;
-}
-
-std::string Commands::transfer()
-{
-    s.farEndTransfers(call(), party("to"));
-    return "done";
-}
-
-std::string Commands::identify()
-{
-    s.changeFarEnd(call(), party("as"), false, false);
-    return "done";
-}
-
-std::string Commands::join()
-{
-    s.changeFarEnd(call(), call().remote.from, false, true);
-    return "done";
-}
-
-std::string Commands::leave()
-{
-    s.changeFarEnd(call(), call().remote.from, true, false);
-    return "done";
-}
-
-std::string Commands::ring()
-{
-    const std::string member = plainNumber(a.text("NUMBER"));
-    Line* const own = s.findLine(member);
-    if (own != nullptr)
-        throw Refusal("line " + member + " is one of this phone's, use: call " + member +
-                      " from ...");
-    PickupCall pickup;
-    pickup.id = s.freeCallId(0);
-    pickup.member = member;
-    pickup.caller = party("from");
-    s.lastCallId_ = pickup.id;
-    s.pickups_.push_back(pickup);
-    for (const Line& line : s.lines_)
-        if (line.registered)
-        {
-            s.emit(events::incomingPickupCall(line.name, pickup.id, pickup.caller));
-            break;
-        }
-    return "call " + std::to_string(pickup.id) + " rings at " + member;
-}
-
-std::string Commands::registerLine()
-{
-    s.registerLine(line(), true, a.number("result", Meaning::registrationResult, registrationDone));
-    return "done";
-}
-
-std::string Commands::unregisterLine()
-{
-    s.registerLine(line(), false,
-                   a.number("result", Meaning::registrationResult, registrationTimedOut));
-    return "done";
-}
-
-std::string Commands::associate()
-{
-    const Call& current = call();
-    s.emit(events::incomingAssociatedCall(current.line, current.id, call("with").id));
-    return "done";
-}
-
-std::string Commands::secure()
-{
-    Call& named = call();
-    named.security = a.number("state", Meaning::security, securityEncrypted);
-    s.tellSecurity(named);
-    return "done";
-}
-
-std::string Commands::record()
-{
-    Call& named = call();
-    named.recorded = a.on("ON", true);
-    s.emit(events::callRecordingStatus(named));
-    return "done";
-}
-
-std::string Commands::preempt()
-{
-    s.preempt(call(), a.number("priority", Meaning::priority, priorityFlash),
-              a.number("cause", Meaning::preemptionCause, preemptionHigherPriority),
-              a.has("reason") ? a.text("reason") : "a call of higher priority");
-    return "done";
-}
-
-std::string Commands::impact()
-{
-    Arrival& remote = call().remote;
-    remote.ilCallLevel = a.number("call-level", Meaning::impactLevel, remote.ilCallLevel);
-    remote.ilLocalLevel = a.number("local-level", Meaning::impactLevel, remote.ilLocalLevel);
-    s.emit(events::impactLevelChanged(call()));
-    return "done";
-}
-
-std::string Commands::bluetooth()
-{
-    s.bluetoothAudio_ = a.on("audio", s.bluetoothAudio_);
-    s.bluetoothGateway_ = a.on("gateway", s.bluetoothGateway_);
-    s.bluetoothRinging_ = a.on("ringing", s.bluetoothRinging_);
-    s.emit(events::bluetoothAudioStatusChanged(line().name, a.has("call") ? call("call").id : 0,
-                                               s.bluetoothAudio_, s.bluetoothGateway_,
-                                               s.bluetoothRinging_));
-    return "done";
-}
-
-std::string Commands::agent()
-{
-    line().agentState = a.text("AGENTSTATE");
-    s.emit(events::agentState(line().name, line().agentState));
-    return "done";
-}
-
-std::string Commands::features()
-{
-    Line& named = line();
-    named.serverFeatures = a.on("ON", true);
-    s.emit(events::serverFeatureStatus(
-        named.name, named.serverFeatures ? words::serverFeaturesOn : words::serverFeaturesOff));
-    return "done";
-}
-
-std::string Commands::system()
-{
-    s.systemStatus_ = a.text("STATUS");
-    s.systemStatusInfo_ = a.text("info");
-    s.emit(events::systemStatus(s.systemStatus_, s.systemStatusInfo_));
-    return "done";
-}
-
-std::string Commands::doNotDisturb()
-{
-    s.setDoNotDisturb(line(), a.on("ON", true));
-    return "done";
-}
-
-std::string Commands::csta()
-{
-    s.emit(events::b2buaCstaEventOrRequest(line().name, a.rest));
-    return "done";
-}
-
-std::string Commands::rawEvent()
-{
-    s.emit(a.rest);
-    return "done";
-}
-
-std::string Commands::message()
-{
-    s.leaveMessage(a.has("urgent"));
-    return "done";
-}
-
-std::string Commands::mailbox()
-{
-    Mailbox& mailbox = s.mailbox_;
-    const std::pair<const char*, unsigned*> counters[] = {
-        {"new", &mailbox.newMessages},
-        {"old", &mailbox.oldMessages},
-        {"new-urgent", &mailbox.newUrgentMessages},
-        {"old-urgent", &mailbox.oldUrgentMessages}};
-    for (const auto& [name, counter] : counters)
-        if (a.has(name))
-            *counter = static_cast<unsigned>(std::stoul(a.text(name)));
-    s.announceMessages();
-    return "done";
-}
-
-std::string Commands::addLine()
-{
-    const std::string& name = a.text("NUMBER");
-    if (s.findLine(name) != nullptr)
-        throw Refusal("there is a line " + name + " already");
-    if (s.lines_.size() >= maximumLines)
-        throw Refusal("there are " + std::to_string(maximumLines) + " lines already");
-    Line line;
-    line.name = name;
-    s.lines_.push_back(line);
-    s.emit(events::devicesChanged());
-    return "done";
-}
-
-std::string Commands::removeLine()
-{
-    if (s.lines_.size() == 1)
-        throw Refusal("the phone needs a line");
-    const std::string name = line().name;
-    if (line().registered)
-        s.registerLine(line(), false, registrationUnknownLine);
-    Simulation::Lines& lines = s.lines_;
-    lines.erase(std::find_if(lines.begin(), lines.end(),
-                             [&](const Line& line) { return line.name == name; }));
-    s.emit(events::devicesChanged());
-    return "done";
-}
-
-std::string Commands::advance()
-{
-    s.advance(parseTime(a.text("TIME")));
-    return "now at " + seconds(s.now_);
-}
-
-std::string Commands::addFault(bool silent)
-{
-    const std::string& method = a.text("METHOD");
-    const unsigned times = a.has("times") ? static_cast<unsigned>(std::stoul(a.text("times"))) : 1;
-    if (times == 0)
-        throw Refusal("0 times is never");
-    c.faults_.push_back({method, times, silent, a.has("with") ? a.text("with") : "sfiFailure"});
-    return "done";
-}
-
-std::string Commands::fail()
-{
-    return addFault(false);
-}
-
-std::string Commands::silence()
-{
-    return addFault(true);
-}
-
-std::string Commands::heal()
-{
-    c.faults_.clear();
-    return "done";
-}
-
-std::string Commands::goAway()
-{
-    c.clients_.clear();
-    c.faults_.clear();
-    c.wentAway_ = true;
-    s = Simulation(c.lines_);
-    return "every client is dropped, connect and subscribe again";
-}
-
-std::string Commands::reset()
-{
-    c.faults_.clear();
-    s = Simulation(c.lines_);
-    return "done";
-}
-
-const std::vector<Commands::Row>& Commands::table()
+const std::vector<Command>& commands()
 {
     static const std::vector<CallState> talking = {callConnected, callConferenced, callHeldByFarEnd,
                                                    callHeld};
@@ -386,117 +235,167 @@ const std::vector<Commands::Row>& Commands::table()
     static const std::vector<CallState> alive = {callOffered,   callRinging,     callDelivered,
                                                  callConnected, callConferenced, callHeldByFarEnd,
                                                  callHeld};
-    static const std::vector<Row> rows = {
+    static const std::vector<Command> rows = {
         {"call",
          "LINE from NUMBER [name TEXT] [pai TEXT] [type CALLTYPE] [priority PRIORITY] "
          "[alert TEXT] [alert-info TEXT] [auto-answer] [zip] [video] [diverted-by NUMBER] "
          "[diversion-name TEXT] [diversion DIVERSION] [call-level LEVEL] [local-level LEVEL]",
          "somebody calls a line",
          {},
-         &Commands::incoming},
-        {"answer", "[CALL]", "the far end answers", called, &Commands::answer},
-        {"busy", "[CALL]", "the far end is busy", called, &Commands::busy},
-        {"refuse", "[CALL]", "the far end refuses", called, &Commands::refuse},
+         incoming},
+        {"answer", "[CALL]", "the far end answers", called,
+         [](Order& o) { o.s.farEnd.answers(o.a.call()); }},
+        {"busy", "[CALL]", "the far end is busy", called,
+         [](Order& o) { o.s.farEnd.fails(o.a.call(), reasonBusy); }},
+        {"refuse", "[CALL]", "the far end refuses", called,
+         [](Order& o) { o.s.farEnd.fails(o.a.call(), reasonRefused); }},
         {"hang up", "[CALL]", "the far end hangs up, or gives up calling", alive,
-         &Commands::hangUp},
-        {"hold", "[CALL]", "the far end holds", {callConnected}, &Commands::hold},
-        {"retrieve", "[CALL]", "the far end comes back", {callHeldByFarEnd}, &Commands::retrieve},
+         [](Order& o) { o.s.farEnd.hangsUp(o.a.call()); }},
+        {"hold",
+         "[CALL]",
+         "the far end holds",
+         {callConnected},
+         [](Order& o) { o.s.farEnd.holds(o.a.call()); }},
+        {"retrieve",
+         "[CALL]",
+         "the far end comes back",
+         {callHeldByFarEnd},
+         [](Order& o) { o.s.farEnd.retrieves(o.a.call()); }},
         {"transfer", "[CALL] to NUMBER [name TEXT]",
-         "the far end transfers the call to somebody else", talking, &Commands::transfer},
+         "the far end transfers the call to somebody else", talking,
+         [](Order& o) { o.s.farEnd.transfers(o.a.call(), o.a.party("to")); }},
         {"identify", "[CALL] as NUMBER [name TEXT]", "the far end turns out to be somebody else",
-         alive, &Commands::identify},
+         alive, [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.party("as"), false, false); }},
         {"join", "[CALL]", "the far end takes the call into a conference", talking,
-         &Commands::join},
+         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.call().remote.from, false, true); }},
         {"leave", "[CALL]", "the far end takes the call out of its conference", talking,
-         &Commands::leave},
+         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.call().remote.from, true, false); }},
         {"ring",
          "NUMBER from NUMBER [name TEXT]",
          "a call rings at a colleague's and may be picked up",
          {},
-         &Commands::ring},
+         ring},
         {"register",
          "LINE [result RESULT]",
          "a line becomes registered",
          {},
-         &Commands::registerLine},
+         [](Order& o)
+         {
+             o.s.lines.setRegistered(
+                 o.a.line(), true,
+                 o.a.number("result", Meaning::registrationResult, registrationDone));
+         }},
         {"unregister",
          "LINE [result RESULT]",
          "a line loses its registration",
          {},
-         &Commands::unregisterLine},
+         [](Order& o)
+         {
+             o.s.lines.setRegistered(
+                 o.a.line(), false,
+                 o.a.number("result", Meaning::registrationResult, registrationTimedOut));
+         }},
         {"associate", "CALL with CALL", "the second call belongs to the first", alive,
-         &Commands::associate},
-        {"secure", "[CALL] [state SECURITY]", "the security of a call changes", alive,
-         &Commands::secure},
-        {"record", "[CALL] [ON]", "a call is recorded, or no longer", alive, &Commands::record},
+         [](Order& o)
+         {
+             o.s.outbox.emit(events::incomingAssociatedCall(o.a.call().line, o.a.call().id,
+                                                            o.a.call("with").id));
+         }},
+        {"secure", "[CALL] [state SECURITY]", "the security of a call changes", alive, secure},
+        {"record", "[CALL] [ON]", "a call is recorded, or no longer", alive, record},
         {"preempt", "[CALL] [priority PRIORITY] [cause CAUSE] [reason TEXT]",
-         "a call gives way to one of higher priority", alive, &Commands::preempt},
+         "a call gives way to one of higher priority", alive, preempt},
         {"impact", "[CALL] [call-level LEVEL] [local-level LEVEL]",
-         "the impact level of a call changes", alive, &Commands::impact},
+         "the impact level of a call changes", alive, impact},
         {"bluetooth",
          "LINE [call CALL] [audio ON] [gateway ON] [ringing ON]",
          "the Bluetooth audio changes",
          {},
-         &Commands::bluetooth},
-        {"agent", "LINE AGENTSTATE", "the agent's state changes", {}, &Commands::agent},
-        {"features", "LINE [ON]", "the server features of a line change", {}, &Commands::features},
-        {"system", "STATUS [info TEXT]", "the system status changes", {}, &Commands::system},
-        {"dnd", "LINE [ON]", "do-not-disturb changes", {}, &Commands::doNotDisturb},
-        {"csta", "LINE REST", "the CSTA peer sends a text, as it stands", {}, &Commands::csta},
-        {"event", "REST", "an event is sent as it stands", {}, &Commands::rawEvent},
-        {"message", "[urgent]", "somebody leaves a message", {}, &Commands::message},
+         bluetooth},
+        {"agent", "LINE AGENTSTATE", "the agent's state changes", {}, agent},
+        {"features", "LINE [ON]", "the server features of a line change", {}, features},
+        {"system", "STATUS [info TEXT]", "the system status changes", {}, systemStatus},
+        {"dnd",
+         "LINE [ON]",
+         "do-not-disturb changes",
+         {},
+         [](Order& o) { o.s.lines.setDoNotDisturb(o.a.line(), o.a.on("ON", true)); }},
+        {"csta",
+         "LINE REST",
+         "the CSTA peer sends a text, as it stands",
+         {},
+         [](Order& o)
+         { o.s.outbox.emit(events::b2buaCstaEventOrRequest(o.a.line().name, o.a.rest())); }},
+        {"event",
+         "REST",
+         "an event is sent as it stands",
+         {},
+         [](Order& o) { o.s.outbox.emit(o.a.rest()); }},
+        {"message",
+         "[urgent]",
+         "somebody leaves a message",
+         {},
+         [](Order& o) { o.s.voiceMail.leave(o.a.has("urgent")); }},
         {"mailbox",
          "[new COUNT] [old COUNT] [new-urgent COUNT] [old-urgent COUNT]",
          "the mailbox holds so many messages",
          {},
-         &Commands::mailbox},
-        {"add line", "NUMBER", "a line is added to the phone", {}, &Commands::addLine},
-        {"remove line", "LINE", "a line is removed from the phone", {}, &Commands::removeLine},
-        {"advance", "TIME", "time passes", {}, &Commands::advance},
+         mailbox},
+        {"add line", "NUMBER", "a line is added to the phone", {}, addLine},
+        {"remove line", "LINE", "a line is removed from the phone", {}, removeLine},
+        {"advance", "TIME", "time passes", {}, advance},
         {"fail",
          "METHOD [with TEXT] [times COUNT]",
          "the next requests of a method (* for all) get this answer and no effect",
          {},
-         &Commands::fail},
+         [](Order& o) { addFault(o, false); }},
         {"silence",
          "METHOD [times COUNT]",
          "the next requests of a method (* for all) get no answer and no effect",
          {},
-         &Commands::silence},
-        {"heal", "", "forgets all faults", {}, &Commands::heal},
-        {"go away",
-         "",
-         "drops all clients and forgets everything, as a restart does",
-         {},
-         &Commands::goAway},
-        {"reset", "", "forgets everything but the clients", {}, &Commands::reset},
+         [](Order& o) { addFault(o, true); }},
+        {"heal", "", "forgets all faults", {}, [](Order& o) { o.world.faults.clear(); }},
+        {"go away", "", "drops all clients and forgets everything, as a restart does", {}, goAway},
+        {"reset", "", "forgets everything but the clients", {}, [](Order& o) { o.world.reset(); }},
         {"show",
          "WHAT",
          "lines, calls, lamps, clients, callbacks, mailbox, faults, robots, system or log",
          {},
-         &Commands::show},
-        {"help", "[TEXT]", "lists the commands, or those that begin so", {}, &Commands::help},
+         show},
+        {"help", "[TEXT]", "lists the commands, or those that begin so", {}, help},
     };
     return rows;
 }
 
-std::string Commands::help()
+ControlAnswer carryOut(World& world, const std::string& text)
 {
-    const std::string& wanted = a.text("TEXT");
-    std::string text;
-    for (const Row& row : table())
-        if (std::string(row.name).rfind(wanted, 0) == 0)
+    try
+    {
+        Words words(text);
+        Word first;
+        if (!words.next(first))
+            throw Mistake("no command");
+        const Command* const command = findCommand(words, first.text);
+        if (command == nullptr)
         {
-            text += text.empty() ? "" : "\n";
-            text += row.name;
-            text += *row.usage == '\0' ? "" : " ";
-            text += row.usage;
-            text += ": ";
-            text += row.help;
+            std::vector<std::string> names;
+            for (const Command& any : commands())
+                names.push_back(any.name);
+            throw Mistake("unknown command " + quoted(first.text) +
+                          didYouMean(first.text, names, ", one of " + listed(names)));
         }
-    if (text.empty())
-        throw Refusal("no command begins with " + quoted(wanted));
-    return text;
+        const CommandUsage usage = {command->name, command->usage, command->help};
+        const Arguments arguments(world, usage, command->states, words);
+        Order order{world, *world.simulation, arguments};
+        command->run(order);
+        return {true, order.answer};
+    }
+    catch (const Mistake& mistake)
+    {
+        const std::string where =
+            mistake.column() == 0 ? "" : " (column " + std::to_string(mistake.column()) + ")";
+        return {false, mistake.what() + where};
+    }
 }
 
 }  // namespace kit::service

@@ -32,4 +32,11 @@ bool Call::callBackPossible() const
                          (state == numbers::callFailed && reason == numbers::reasonBusy));
 }
 
+bool Mailbox::operator==(const Mailbox& other) const
+{
+    return newMessages == other.newMessages && oldMessages == other.oldMessages &&
+           newUrgentMessages == other.newUrgentMessages &&
+           oldUrgentMessages == other.oldUrgentMessages;
+}
+
 }  // namespace kit::service

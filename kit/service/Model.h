@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-// What the simulated phone is made of: data only. Simulation keeps it and lets it act.
+// What the simulated phone is made of: data only. The parts of Simulation keep it and let it act.
 namespace kit::service
 {
 
@@ -69,7 +69,7 @@ struct Call
     int stage = 0;  ///< counts changes of state; what waits for a time looks at it
     Party local;
     Arrival remote;
-    const Robot* robot = nullptr;
+    RobotPointer robot;
     unsigned stepsDone = 0;  ///< one bit for each of the robot's steps
     int peer = 0;            ///< call at the far end, when that is a line of this phone
     int heldFor = 0;         ///< the call that a consultation was made for
@@ -116,6 +116,22 @@ struct Mailbox
     unsigned oldUrgentMessages = 0;
 
     bool waiting() const { return newMessages + newUrgentMessages > 0; }
+    bool operator==(const Mailbox& other) const;
+};
+
+/// What is set for the phone as a whole.
+struct Settings
+{
+    bool muted = false;
+    bool associatedCalls = false;
+    int serviceState = sfiServiceInService;
+    int activations = 0;  ///< counts changes of the service state asked for
+    std::string systemStatus = words::systemNormal;
+    std::string systemStatusInfo;
+    std::string lastSignalling;
+    bool bluetoothAudio = false;
+    bool bluetoothGateway = false;
+    bool bluetoothRinging = false;
 };
 
 }  // namespace kit::service

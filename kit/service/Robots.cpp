@@ -1,14 +1,19 @@
 #include "kit/service/Robots.h"
 
+#include <utility>
+
 namespace kit::service
 {
 
 using namespace numbers;
 using namespace std::chrono_literals;
 
-const std::vector<Robot>& robots()
+namespace
 {
-    static const std::vector<Robot> table = {
+
+const std::vector<Robot>& table()
+{
+    static const std::vector<Robot> rows = {
         {"2001",
          "Anna Answer",
          "answers after 2 s",
@@ -48,7 +53,7 @@ const std::vector<Robot>& robots()
          "Tom Transfer",
          "answers after 1 s, transfers to 2001 after 3 s",
          Reach::rings,
-         {{callDelivered, 1s, Act::answer}, {callConnected, 3s, Act::transfer}},
+         {{callDelivered, 1s, Act::answer}, {callConnected, 3s, Act::transfer, "2001"}},
          CallBackOutcome::available,
          10s},
         {"2007",
@@ -112,15 +117,26 @@ const std::vector<Robot>& robots()
          CallBackOutcome::available,
          10s},
     };
-    return table;
+    return rows;
 }
 
-const Robot* findRobot(const std::string& number)
+}  // namespace
+
+Robots::Robots()
 {
-    for (const Robot& robot : robots())
-        if (robot.number == number)
-            return &robot;
-    return nullptr;
+    for (const Robot& robot : table())
+        add(robot);
+}
+
+RobotPointer Robots::find(const std::string& number) const
+{
+    const auto found = robots_.find(number);
+    return found == robots_.end() ? nullptr : found->second;
+}
+
+void Robots::add(Robot robot)
+{
+    robots_[robot.number] = std::make_shared<const Robot>(std::move(robot));
 }
 
 std::string plainNumber(const std::string& dialled)

@@ -4,6 +4,8 @@
 #include "kit/protocol/Numbers.h"
 
 #include <chrono>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,7 +22,7 @@ enum class Act
     hangUp,
     hold,
     retrieve,
-    transfer,         ///< to the first robot, who answers
+    transfer,
     joinConference,   ///< takes the call into a conference of their own
     leaveConference,  ///< and out again
     refuseAndCallBack
@@ -32,6 +34,7 @@ struct Step
     numbers::CallState during;
     Time after;
     Act act;
+    std::string target = "";  ///< of a transfer
 };
 
 /// How a number can be reached.
@@ -53,25 +56,39 @@ enum class CallBackOutcome
 /// Somebody at the far end. A number that no robot has rings until it is told what to do.
 struct Robot
 {
-    const char* number;
-    const char* name;
-    const char* habit;  ///< for people
-    Reach reach;
+    std::string number;
+    std::string name;
+    std::string habit;  ///< for people
+    Reach reach = Reach::rings;
     std::vector<Step> steps;  ///< each is done once in a call
-    CallBackOutcome callBack;
-    Time callBackAfter;
+    CallBackOutcome callBack = CallBackOutcome::available;
+    Time callBackAfter = std::chrono::seconds(10);
 };
 
-const std::vector<Robot>& robots();
+using RobotPointer = std::shared_ptr<const Robot>;
 
-/// Null when the number belongs to no robot.
-const Robot* findRobot(const std::string& number);
+/// Everybody at the far end, by number.
+class Robots
+{
+public:
+    /// Those that are always there.
+    Robots();
+
+    /// Null when the number belongs to no robot.
+    RobotPointer find(const std::string& number) const;
+    const std::map<std::string, RobotPointer>& all() const { return robots_; }
+
+    /// In the place of who had the number before; calls that go on keep that one.
+    void add(Robot robot);
+
+private:
+    std::map<std::string, RobotPointer> robots_;
+};
 
 /// The number that a dialled text means: "sip:2001@somewhere", "tel:2001" and "2001" are one.
 std::string plainNumber(const std::string& dialled);
 
 constexpr const char* mailboxNumber = "5000";
-constexpr const char* transferTarget = "2001";
 /// Numbers that begin so exist nowhere.
 constexpr char unobtainablePrefix = '9';
 

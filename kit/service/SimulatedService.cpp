@@ -1,12 +1,14 @@
 #include "kit/service/SimulatedService.h"
 
-#include "kit/service/Control.h"
-#include "kit/service/Simulation.h"
+#include "kit/service/Commands.h"
+#include "kit/service/Requests.h"
+#include "kit/service/World.h"
 
 #include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -23,7 +25,7 @@ const std::vector<std::string> defaultLines = {"1001", "1002", "1003"};
 class SimulatedService::State
 {
 public:
-    explicit State(const std::vector<std::string>& lines) : simulation(lines), control(lines) {}
+    explicit State(const std::vector<std::string>& lines) : world(lines) {}
 
     /// What a client listens with.
     struct Sinks
@@ -60,8 +62,7 @@ public:
 
     mutable std::mutex mutex;
     std::condition_variable delivered;
-    service::Simulation simulation;
-    service::Control control;
+    service::World world;
     std::map<ClientId, std::shared_ptr<Sinks>> sinks;
     std::deque<Parcel> outbox;
     std::thread::id deliverer;  ///< the thread that empties the outbox, if any
@@ -77,19 +78,19 @@ private:
 
 void SimulatedService::State::pack(ClientId asking)
 {
-    for (std::string& line : simulation.takeComplaints())
+    for (std::string& line : world.simulation->outbox.takeComplaints())
     {
-        control.note(line);
+        world.note(line);
         const auto text = std::make_shared<std::string>(std::move(line));
         if (log != nullptr)
             outbox.push_back({Parcel::logLine, 0, "", text});
         if (asking != 0)
             outbox.push_back({Parcel::complaint, asking, "", text});
     }
-    for (std::string& event : simulation.takeEvents())
+    for (std::string& event : world.simulation->outbox.takeEvents())
     {
         const auto text = std::make_shared<std::string>(std::move(event));
-        for (const auto& [id, client] : control.clients())
+        for (const auto& [id, client] : world.clients)
             for (const std::string& channel : client.channels)
                 outbox.push_back({Parcel::event, id, channel, text});
     }
@@ -157,15 +158,15 @@ SimulatedService::Reply SimulatedService::State::ask(ClientId client, const std:
                                                      const std::string* channel)
 {
     Lock lock(mutex);
-    service::Client* const known = control.findClient(client);
+    service::Client* const known = world.findClient(client);
     if (known == nullptr)
         return Reply::gone;
     ++known->requests;
-    const service::Fault* const fault = control.nextFault(text);
-    const bool silent = fault != nullptr && fault->silent;
-    if (fault == nullptr)
+    const std::optional<service::WrongAnswer> fault = world.faults.next(text);
+    const bool silent = fault && fault->silent;
+    if (!fault)
     {
-        answer = simulation.request(text);
+        answer = service::answerRequest(*world.simulation, text);
         if (channel != nullptr && answer == "sfiSuccess")
             known->channels.push_back(*channel);
     }
@@ -197,7 +198,7 @@ SimulatedService::ClientId SimulatedService::connect(EventSink sink, Log complai
     const ClientId id = ++state_->lastClient;
     state_->sinks[id] = std::make_shared<State::Sinks>(
         State::Sinks{std::move(sink), std::move(complaints), std::move(gone)});
-    state_->control.addClient(id);
+    state_->world.clients[id];
     return id;
 }
 
@@ -205,7 +206,7 @@ void SimulatedService::disconnect(ClientId client)
 {
     State::Lock lock(state_->mutex);
     state_->sinks.erase(client);
-    state_->control.removeClient(client);
+    state_->world.clients.erase(client);
     if (state_->deliverer != std::this_thread::get_id())
         state_->delivered.wait(lock, [&] { return state_->receiver != client; });
 }
@@ -213,7 +214,7 @@ void SimulatedService::disconnect(ClientId client)
 bool SimulatedService::connected(ClientId client) const
 {
     const State::Lock lock(state_->mutex);
-    return state_->control.findClient(client) != nullptr;
+    return state_->world.findClient(client) != nullptr;
 }
 
 SimulatedService::Reply SimulatedService::exchange(ClientId client, const std::string& text,
@@ -254,8 +255,8 @@ void SimulatedService::post(ClientId client, const std::string& text)
 ControlAnswer SimulatedService::control(const std::string& command)
 {
     State::Lock lock(state_->mutex);
-    const ControlAnswer answer = state_->control.run(state_->simulation, command);
-    if (state_->control.wentAway())
+    const ControlAnswer answer = service::carryOut(state_->world, command);
+    if (std::exchange(state_->world.wentAway, false))
         state_->dropClients();
     state_->deliver(lock);
     return answer;
@@ -264,15 +265,15 @@ ControlAnswer SimulatedService::control(const std::string& command)
 void SimulatedService::advance(std::chrono::milliseconds time)
 {
     State::Lock lock(state_->mutex);
-    state_->simulation.advance(time);
+    state_->world.simulation->clock.advance(time);
     state_->deliver(lock);
 }
 
 std::chrono::milliseconds SimulatedService::advanceToNext(std::chrono::milliseconds limit)
 {
     State::Lock lock(state_->mutex);
-    const std::chrono::milliseconds time = state_->simulation.quietFor(limit);
-    state_->simulation.advance(time);
+    const std::chrono::milliseconds time = state_->world.simulation->clock.quietFor(limit);
+    state_->world.simulation->clock.advance(time);
     state_->deliver(lock);
     return time;
 }

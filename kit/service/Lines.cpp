@@ -1,0 +1,77 @@
+#include "kit/service/Lines.h"
+
+#include "kit/service/EventText.h"
+#include "kit/service/Simulation.h"
+
+namespace kit::service
+{
+
+using namespace numbers;
+
+namespace
+{
+
+Line lineCalled(const std::string& name)
+{
+    Line line;
+    line.name = name;
+    return line;
+}
+
+}  // namespace
+
+Lines::Lines(Simulation& simulation, const std::vector<std::string>& names) : s_(simulation)
+{
+    for (const std::string& name : names)
+        lines_.push_back(lineCalled(name));
+}
+
+Line* Lines::find(const std::string& name)
+{
+    for (Line& line : lines_)
+        if (line.name == name)
+            return &line;
+    return nullptr;
+}
+
+std::vector<std::string> Lines::names() const
+{
+    std::vector<std::string> names;
+    for (const Line& line : lines_)
+        names.push_back(line.name);
+    return names;
+}
+
+void Lines::add(const std::string& name)
+{
+    lines_.push_back(lineCalled(name));
+    s_.outbox.emit(events::devicesChanged());
+}
+
+void Lines::remove(const std::string& name)
+{
+    Line* const line = find(name);
+    if (line->registered)
+        setRegistered(*line, false, registrationUnknownLine);
+    lines_.erase(lines_.begin() + (line - lines_.data()));
+    s_.outbox.emit(events::devicesChanged());
+}
+
+void Lines::setRegistered(Line& line, bool registered, int result)
+{
+    line.registered = registered;
+    s_.outbox.emit(events::registrationStateChange(line.name, 0, registered, result));
+    if (registered)
+        return;
+    for (const int id : s_.calls.on(line.name))
+        if (Call* const call = s_.calls.find(id))
+            s_.calls.clear(*call, reasonOutOfService);
+}
+
+void Lines::setDoNotDisturb(Line& line, bool on)
+{
+    line.doNotDisturb = on;
+    s_.outbox.emit(events::doNotDisturb(line.name, on));
+}
+
+}  // namespace kit::service
