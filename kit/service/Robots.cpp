@@ -136,7 +136,8 @@ RobotPointer Robots::find(const std::string& number) const
 
 void Robots::add(Robot robot)
 {
-    robots_[robot.number] = std::make_shared<const Robot>(std::move(robot));
+    const std::string number = robot.number;
+    robots_[number] = std::make_shared<const Robot>(std::move(robot));
 }
 
 std::string plainNumber(const std::string& dialled)

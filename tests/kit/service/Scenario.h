@@ -1,6 +1,7 @@
 #ifndef TESTS_KIT_SERVICE_SCENARIO_H
 #define TESTS_KIT_SERVICE_SCENARIO_H
 
+#include "kit/language/Words.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/service/SimulatedService.h"
 
@@ -17,29 +18,12 @@ inline std::string trimmed(const std::string& text)
     return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
 }
 
-/// "name=value name="more words"" taken apart; a word without a name has the name "".
+/// The named words of a text.
 inline kit::Values valuesOf(const std::string& text)
 {
     kit::Values values;
-    std::size_t at = 0;
-    while (at < text.size())
-    {
-        std::string word;
-        bool quoted = false;
-        for (; at < text.size() && (quoted || text[at] != ' '); ++at)
-            if (text[at] == '\\' && at + 1 < text.size())
-                word += text[++at];
-            else if (text[at] == '"')
-                quoted = !quoted;
-            else
-                word += text[at];
-        ++at;
-        const std::size_t equal = word.find('=');
-        if (equal != std::string::npos)
-            values.emplace_back(word.substr(0, equal), word.substr(equal + 1));
-        else if (!word.empty())
-            values.emplace_back("", word);
-    }
+    for (const kit::Word& word : kit::splitWords(text))
+        values.emplace_back(word.name, word.text);
     return values;
 }
 
@@ -51,9 +35,12 @@ inline kit::Values valuesOf(const std::string& text)
 ///     raw TEXT -> answer                   a request as it stands
 ///     * command -> answer                  a command; without an answer any but an error
 ///     : Event name=value ...               the next event, and fields of it
-///     ! complaint                          the next line of the log
+///     ? complaint                          the next line of the log
+///     ! request or command                 it must fail; the answer is "sfiFailure", or why
 ///     ~ request or command                 the way there: its events are what another script tells
 ///     # comment
+///
+/// Words, quotes, comments and times are those of the whole kit.
 class Scenario
 {
 public:
@@ -105,7 +92,7 @@ private:
             events_.clear();
             return;
         }
-        if (line[0] == '!')
+        if (line[0] == '?')
         {
             ASSERT_FALSE(complaints_.empty()) << "no complaint";
             EXPECT_EQ(complaints_.front(), trimmed(line.substr(1)));
@@ -113,20 +100,19 @@ private:
             return;
         }
         expectQuiet();
+        const bool mustFail = line[0] == '!';
+        const std::size_t begin = mustFail ? 1 : 0;
         const std::size_t arrow = line.find(" -> ");
-        const std::string command = trimmed(line.substr(0, arrow));
-        const std::string answer =
-            arrow == std::string::npos ? "" : trimmed(line.substr(arrow + 4));
-        const std::string* const expected = arrow == std::string::npos ? nullptr : &answer;
+        const std::string command = trimmed(line.substr(begin, arrow - begin));
+        const bool told = arrow != std::string::npos;
+        const std::string answer = told       ? trimmed(line.substr(arrow + 4))
+                                   : mustFail ? "sfiFailure"
+                                              : "sfiSuccess";
         if (command[0] == '*')
         {
             const kit::ControlAnswer got = service_.control(trimmed(command.substr(1)));
-            const bool refused = expected != nullptr && expected->rfind("error: ", 0) == 0;
-            EXPECT_EQ(got.accepted, !refused) << got.text;
-            if (expected != nullptr)
-            {
-                EXPECT_EQ(got.text, refused ? expected->substr(7) : *expected);
-            }
+            EXPECT_EQ(got.accepted, !mustFail) << got.text;
+            EXPECT_EQ(got.text, told ? answer : got.text);
             return;
         }
         const std::size_t blank = command.find(' ');
@@ -134,22 +120,21 @@ private:
         const std::string rest = blank == std::string::npos ? "" : trimmed(command.substr(blank));
         if (word == "raw")
         {
-            request(rest, true, expected);
+            request(rest, true, answer);
             return;
         }
         const kit::Operation* const operation = kit::findOperation(word);
         ASSERT_NE(operation, nullptr) << "no operation";
         request(kit::requestText(*operation, valuesOf(rest)),
-                operation->sending != kit::Sending::oneWay, expected);
+                operation->sending != kit::Sending::oneWay, answer);
     }
 
-    void request(const std::string& text, bool answered, const std::string* expected)
+    void request(const std::string& text, bool answered, const std::string& answer)
     {
         if (!answered)
             service_.post(client_, text);
         else
-            EXPECT_EQ(service_.request(client_, text),
-                      expected != nullptr ? *expected : "sfiSuccess");
+            EXPECT_EQ(service_.request(client_, text), answer);
     }
 
     void expectEvent(const std::string& expected)

@@ -179,8 +179,9 @@ TEST(ServiceHostile, RightRequestsInAnyOrder)
             operations.push_back(operation);
     }
     std::vector<std::string> destinations = {"1001", "1002", "1003", "5000", "4711"};
-    for (const kit::service::Robot& robot : kit::service::robots())
-        destinations.push_back(robot.number);
+    const kit::service::Robots robots;
+    for (const auto& robot : robots.all())
+        destinations.push_back(robot.first);
     kit::SimulatedService service;
     std::size_t done = 0;
     const int client = service.connect([](const std::string&, const std::string&) {});

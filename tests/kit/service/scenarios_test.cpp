@@ -1,11 +1,13 @@
 #include "Scenario.h"
 
 #include "kit/service/Robots.h"
+#include "kit/service/Usage.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <ostream>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -148,9 +150,9 @@ const Row rows[] = {
         : FeatureSuccessEvent lineId=1001 callId=1 feature=hold
         getManualHoldIndication line=1001 callId=1 -> true
         isCallHoldPossible line=1001 -> false
-        holdCall line=1001 callId=1 holdCallReason=hold manual=true -> sfiFailure
+        ! holdCall line=1001 callId=1 holdCallReason=hold manual=true
         : FeatureFailedEvent lineId=1001 callId=1 feature=hold featureFailure=wrongState
-        ! HoldCall: call 1 is held
+        ? HoldCall: call 1 is held
         retrieveCall line=1001 callId=1
         : CallStateChangeEvent callState=connected
         : CallRetrievedEvent lineId=1001 callId=1 uri=sip:4711 connectedToMediaServer=false
@@ -165,12 +167,12 @@ const Row rows[] = {
         : CallStateChangeEvent
         answerCall line=1001 callId=1
         : CallStateChangeEvent callState=connected
-        answerCall line=1001 callId=2 -> sfiFailure
+        ! answerCall line=1001 callId=2
         : FeatureFailedEvent callId=2 featureFailure=busy
-        ! AnswerCall: call 1 on line 1001 is connected, hold it first
-        alternateCalls line=1001 -> sfiFailure
+        ? AnswerCall: call 1 on line 1001 is connected, hold it first
+        ! alternateCalls line=1001
         : FeatureFailedEvent feature=alternate featureFailure=wrongState
-        ! AlternateCalls: line 1001 needs a connected and a held call
+        ? AlternateCalls: line 1001 needs a connected and a held call
         holdCall line=1001 callId=1
         : CallStateChangeEvent callState=held
         : CallHeldEvent
@@ -194,9 +196,9 @@ const Row rows[] = {
         : FeatureSuccessEvent callId=1 feature=consultation
         * advance 2s
         : CallStateChangeEvent callId=2 callState=connected
-        attendedTransferCall line=1001 activeCall=1 heldCall=2 -> sfiFailure
+        ! attendedTransferCall line=1001 activeCall=1 heldCall=2
         : FeatureFailedEvent callId=1 feature=attendedTransfer featureFailure=wrongState
-        ! AttendedTransfer: call 1 is held
+        ? AttendedTransfer: call 1 is held
         attendedTransferCall line=1001 activeCall=2 heldCall=1
         : CallStateChangeEvent callId=2 callState=cleared reason=transferred
         : CallStateChangeEvent callId=1 callState=cleared reason=transferred
@@ -205,12 +207,12 @@ const Row rows[] = {
     {"BlindTransferAndWhatPreventsIt", R"(
         ~ * call 1001 from 4711
         ~ answerCall line=1001 callId=1
-        blindTransferCall line=1001 callId=1 destination=2002 -> sfiFailure
+        ! blindTransferCall line=1001 callId=1 destination=2002
         : FeatureFailedEvent callId=1 feature=blindTransfer featureFailure=busy
-        ! BlindTransfer: 2002 is busy
-        blindTransferCall line=1001 callId=1 destination=9000 -> sfiFailure
+        ? BlindTransfer: 2002 is busy
+        ! blindTransferCall line=1001 callId=1 destination=9000
         : FeatureFailedEvent callId=1 feature=blindTransfer featureFailure=unobtainable
-        ! BlindTransfer: "9000" cannot be reached
+        ? BlindTransfer: "9000" cannot be reached
         blindTransferCall line=1001 callId=1 destination=1002
         : CallStateChangeEvent callId=1 callState=cleared reason=transferred
         : IncomingCallEvent lineId=1002 callId=2 uri=sip:4711 diversionUri=sip:1001
@@ -231,23 +233,23 @@ const Row rows[] = {
         : conferenceStatusEvent callId=2
         : FeatureSuccessEvent callId=2 feature=conference
         RemoveConfParticipant callId=1 remoteParticipant=4799 conferenceMemberId=9
-        ! RemoveConfParticipant: conference 2 has no participant "4799" and no member "9"
+        ? RemoveConfParticipant: conference 2 has no participant "4799" and no member "9"
         RemoveConfParticipant callId=1 remoteParticipant=sip:2001
         : conferenceStatusEvent callId=1 xmlContent="<conference id=\"2\"><user id=\"1\" uri=\"sip:4711\"/></conference>"
         : CallStateChangeEvent callId=1 callState=connected
         : RemoteEndpointDetailsChangedEvent callId=1 exitConf=true
         : CallStateChangeEvent callId=2 callState=cleared
         RemoveConfParticipant callId=1 remoteParticipant=4711
-        ! RemoveConfParticipant: call 1 is in no conference)"},
+        ? RemoveConfParticipant: call 1 is in no conference)"},
     {"PickupFromTheGroup", R"(
-        groupPickupCall line=1001 callId=0 -> sfiFailure
+        ! groupPickupCall line=1001 callId=0
         : FeatureFailedEvent feature=groupPickup featureFailure=nothingToPickUp
-        ! GroupPickupCall: nothing rings in the group
+        ? GroupPickupCall: nothing rings in the group
         * ring 3001 from 4711 name Jo -> call 1 rings at 3001
         : IncomingPickupCallEvent lineId=1001 callId=1 uri=sip:4711 name=Jo
-        directedPickupCall line=1002 callId=5 callToBePickedUp=3002 -> sfiFailure
+        ! directedPickupCall line=1002 callId=5 callToBePickedUp=3002
         : FeatureFailedEvent lineId=1002 callId=5 feature=directedPickup featureFailure=nothingToPickUp
-        ! DirectedPickupCall: nothing rings at "3002"
+        ? DirectedPickupCall: nothing rings at "3002"
         directedPickupCall line=1002 callId=5 callToBePickedUp=sip:3001
         : CallStateChangeEvent lineId=1002 callId=5 callState=connected reason=pickedUp uri=sip:4711
         : FeatureSuccessEvent callId=5 feature=directedPickup
@@ -318,12 +320,12 @@ const Row rows[] = {
         : CallForwardedEvent
         : CallForwardedEvent
         : CallForwardedEvent
-        setForwardingConfiguration line=1003 fwType=unconditional status=true uri=1003 -> sfiFailure
+        ! setForwardingConfiguration line=1003 fwType=unconditional status=true uri=1003
         : FeatureFailedEvent featureFailure=notAllowed
-        ! setForwardingConfiguration: line 1003 cannot be forwarded to itself
-        setForwardingConfiguration line=1003 fwType=noAnswer status=true uri=2001 cfnrRingCount=12 -> sfiFailure
+        ? setForwardingConfiguration: line 1003 cannot be forwarded to itself
+        ! setForwardingConfiguration line=1003 fwType=noAnswer status=true uri=2001 cfnrRingCount=12
         : FeatureFailedEvent
-        ! setForwardingConfiguration: wrong value 12 for <cfnrRingCount>, 1 to 11 rings are possible)"},
+        ? setForwardingConfiguration: wrong value 12 for <cfnrRingCount>, 1 to 11 rings are possible)"},
     {"DoNotDisturb", R"(
         getDoNotDisturb deviceId=1001 -> false
         setDoNotDisturb line=1001 doNotDisturbOn=true
@@ -333,22 +335,22 @@ const Row rows[] = {
         getDoNotDisturb deviceId=1002 -> false
         * call 1001 from 4711 -> not put through: doNotDisturb
         : IncomingCallMissedEvent lineId=1001 uri=sip:4711 reason=doNotDisturb
-        getDoNotDisturb deviceId=1009 -> sfiFailure
-        ! GetDoNotDisturb: no line "1009", did you mean 1001?
+        ! getDoNotDisturb deviceId=1009
+        ? GetDoNotDisturb: no line "1009", did you mean 1001?
         * show log -> GetDoNotDisturb: no line "1009", did you mean 1001?)"},
     {"CallBackOnBusy", R"(
         outgoingCallMake line=1001 callId=1 destination=2002
         : CallStateChangeEvent callState=initiated
         : CallStateChangeEvent callState=failed reason=busy
         activateCallbackRinging line=1001 callId=1 -> sfiFailureCallBackInvalidState
-        ! ActivateCallbackRinging: call 1 is failed, not ringing at the far end
+        ? ActivateCallbackRinging: call 1 is failed, not ringing at the far end
         activateCallbackBusy line=1001 callId=9 -> sfiFailureCallBackNoCallInfo
-        ! ActivateCallbackBusy: no call 9 on line 1001
+        ? ActivateCallbackBusy: no call 9 on line 1001
         activateCallbackBusy line=1001 callId=1
         : callCompletionEvent lineId=1001 uri=sip:2002 callCompletionType=busy callCompletionState=requested displayOutcomeCallUI=true
         : FeatureSuccessEvent callId=1 feature=callBackBusy
         activateCallbackBusy line=1001 callId=1 -> sfiFailureCallBackAllreadyExists
-        ! ActivateCallbackBusy: line 1001 has a call-back for "2002" already
+        ? ActivateCallbackBusy: line 1001 has a call-back for "2002" already
         callClear line=1001 callId=1
         : CallStateChangeEvent callState=cleared
         * advance 10s
@@ -372,7 +374,7 @@ const Row rows[] = {
         : FeatureSuccessEvent feature=callBackRinging
         callbackDOFeatureCallID callId=77 instanceId=1
         callbackDOFeatureCallID callId=78 instanceId=2
-        ! callbackDOFeatureCallID: no call-back 2
+        ? callbackDOFeatureCallID: no call-back 2
         * show callbacks -> 1 1001 for 2003 requested, feature call 77
         callClear line=1001 callId=1
         : CallStateChangeEvent callState=cleared
@@ -407,7 +409,7 @@ const Row rows[] = {
         : CallStateChangeEvent
         : CallStateChangeEvent callState=delivered
         activateCallbackRinging line=1001 callId=4 -> sfiFailureCallBackToMany
-        ! ActivateCallbackRinging: line 1001 has 3 call-backs, 3 are possible
+        ? ActivateCallbackRinging: line 1001 has 3 call-backs, 3 are possible
         callClear line=1001 callId=4
         : CallStateChangeEvent callState=cleared
         callClear line=1001 callId=3
@@ -430,8 +432,8 @@ const Row rows[] = {
         * advance 88s
         : callCompletionFailedEvent uri=sip:2011 callCompletionFailureType=timedOut)"},
     {"CallBacksCancelled", R"(
-        cancelCallbacks line=1001 uri=2002 cancelCallBackType=one -> sfiFailure
-        ! CancelCallbacks: line 1001 has no call-back for "2002"
+        ! cancelCallbacks line=1001 uri=2002 cancelCallBackType=one
+        ? CancelCallbacks: line 1001 has no call-back for "2002"
         ~ outgoingCallMake line=1001 callId=1 destination=2002
         ~ activateCallbackBusy line=1001 callId=1
         cancelCallbacks line=1001 callId=1 uri=sip:2002 cancelCallBackType=one displayOutcomeCallUI=false
@@ -461,9 +463,9 @@ const Row rows[] = {
         : messageWaitingEvent newMessages=1 oldMessages=3 newUrgentMessages=0 oldUrgentMessages=7
         : messageWaitingEvent
         : messageWaitingEvent
-        generateDigits line=1001 activeCall=1 digits=x -> sfiFailure
+        ! generateDigits line=1001 activeCall=1 digits=x
         : FeatureFailedEvent callId=1 feature=digits featureFailure=notAllowed
-        ! GenerateDigits: "x" are not digits (0 to 9, *, #, A to D)
+        ? GenerateDigits: "x" are not digits (0 to 9, *, #, A to D)
         * message urgent
         : messageWaitingEvent newUrgentMessages=1
         : messageWaitingEvent
@@ -475,12 +477,12 @@ const Row rows[] = {
         getDevices -> <1001><1002><1003>
         setLampMode line=1001 lampId=lamp3 lampMode=flash
         * show lamps -> 1001 lamp3 flash
-        setLampMode line=1001 lampId=lamp3 lampMode=9 -> sfiFailure
-        ! setLampMode: wrong value 9 for <lampMode>, one of 0 (off), 1 (on), 2 (flash), 3 (blink), 4 (flicker) is possible
+        ! setLampMode line=1001 lampId=lamp3 lampMode=9
+        ? setLampMode: wrong value 9 for <lampMode>, one of 0 (off), 1 (on), 2 (flash), 3 (blink), 4 (flicker) is possible
         setAgentState line=1001 agentState=ready
         : AgentStateEvent deviceId=1001 agentState=ready
-        setAgentState line=1001 agentState=redy -> sfiFailure
-        ! SetAgentState: unknown agent state "redy", did you mean ready?
+        ! setAgentState line=1001 agentState=redy
+        ? SetAgentState: unknown agent state "redy", did you mean ready?
         systemStatus systemStatus=DEGRADED systemStatusInfo=backup
         : systemStatusEvent status=DEGRADED statusInfo=backup
         InitializeOrFinalizeServerFeatures line=1002 initialize=true
@@ -512,8 +514,8 @@ const Row rows[] = {
         : RegistrationStateChangeEvent lineId=1003
         : DoNotDisturbEvent deviceId=1003
         getServiceState -> sfiServiceOutOfService
-        outgoingCallMake line=1001 destination=2001 -> sfiFailure
-        ! OutgoingCallMakeRequest: line 1001 is not registered, activate first)"},
+        ! outgoingCallMake line=1001 destination=2001
+        ? OutgoingCallMakeRequest: line 1001 is not registered, activate first)"},
     {"DeactivatedAndBackByItself", R"(
         * call 1001 from 4711
         : IncomingCallEvent
@@ -687,11 +689,26 @@ const Row rows[] = {
         callClear line=1003 callId=13
         : CallStateChangeEvent callId=13 callState=cleared
         : CallStateChangeEvent callId=10 callState=cleared reason=farEndCleared)"},
+    {"CommandsAreTheLanguageOfTheKit", R"(
+        * call 1001 from '4711' name="Jo \x1b \"Doe\"" # who is that? -> call 1
+        : IncomingCallEvent uri=sip:4711 name="Jo \x1b \"Doe\""
+        : CallStateChangeEvent callState=offered
+        * record 1 true
+        : CallRecordingStatusEvent callId=1 callRecordingStatus=true
+        * record 1 NO
+        : CallRecordingStatusEvent callRecordingStatus=false
+        ! * record 1 maybe -> record: "maybe" is no switch; on and off are
+        * advance 1.5s -> now at 1.5 s
+        * advance 0.5min -> now at 31.5 s
+        ! * call 1001 from=4712 video=on -> call: video takes no value
+        * event <Method>DevicesChangedEvent</Method> # is text here
+        : DevicesChangedEvent
+        ! * call 1001 from 4711 name \x4 -> \x must be followed by two hexadecimal digits (column 26))"},
     {"FarEndOnCommand", R"(
         outgoingCallMake line=1001 callId=1 destination=4711
         : CallStateChangeEvent callState=initiated
         : CallStateChangeEvent callState=delivered
-        * hold -> error: hold: no call is in a state for it
+        ! * hold -> hold: no call is in a state for it
         * answer
         : CallStateChangeEvent callState=connected
         * hold 1
@@ -712,7 +729,7 @@ const Row rows[] = {
         * add line 1004
         : DevicesChangedEvent
         getDevices -> <1001><1002><1003><1004>
-        * add line 1004 -> error: there is a line 1004 already
+        ! * add line 1004 -> there is a line 1004 already
         * register 1004
         : RegistrationStateChangeEvent lineId=1004 registered=true registrationResult=done
         * unregister 1004 result forbidden
@@ -732,62 +749,62 @@ const Row rows[] = {
     {"FaultsOfTheService", R"(
         * fail HoldCall with "sfi strange" times 2
         * fail * times 1
-        getMicrophoneMute -> sfiFailure
+        ! getMicrophoneMute
         holdCall line=1001 callId=1 -> sfi strange
         * show faults -> HoldCall, 1 time: sfi strange
         holdCall line=1001 callId=1 -> sfi strange
         * show faults -> no faults
-        * fail HoldCal -> error: fail: no method "HoldCal", did you mean HoldCall?
-        * fail AnswerCall times 0 -> error: 0 times is never
+        ! * fail HoldCal -> fail: no method "HoldCal", did you mean HoldCall?
+        ! * fail AnswerCall times 0 -> 0 times is never
         * fail AnswerCall
         * heal
         * show faults -> no faults
         * event <Method>CallHeldEvent</Method><LineID>raw</LineID><CallID>3</CallID>
         : CallHeldEvent lineId=raw callId=3)"},
     {"RequestsThatAreWrong", R"(
-        raw <Method>HoldCall</Method><Line>1001</Line><CallId>1</CallId><HoldCallReason>1</HoldCallReason><Manual>1</Manual> -> sfiFailure
-        ! unknown tag <CallId> in HoldCall, did you mean <CallID>?
-        ! missing <CallID> in HoldCall
-        raw <Method>HoldCal</Method> -> sfiFailure
-        ! unknown method "HoldCal", did you mean HoldCall?
-        raw <Method>answercall</Method><Line>1001</Line> -> sfiFailure
-        ! unknown method "answercall", did you mean AnswerCall?
-        raw <Method>DeflectCall</Method><Line>1001</Line><CallID>12</CallID><Destination> -> sfiFailure
-        ! missing <Destination> in DeflectCall
-        ! unexpected text "<Destination>" behind the fields of DeflectCall
-        raw <Method>AnswerCall</Method><Line>1001</Line><CallID>x</CallID> -> sfiFailure
-        ! wrong value "x" for <CallID> in AnswerCall, a number is needed
-        raw <Method>AnswerCall</Method><Line>1001</Line><CallID>1</CallID><CallID>2</CallID> -> sfiFailure
-        ! tag <CallID> twice in AnswerCall
-        raw <Method>SetMicrophoneMute</Method><Status>TRUE</Status> -> sfiFailure
-        ! wrong value "TRUE" for <Status> in SetMicrophoneMute, 1 or 0 is needed
-        raw <Method>SetServiceState</Method><state></state> -> sfiFailure
-        ! wrong value "" for <state> in SetServiceState, one of sfiServiceInService, sfiServiceOutOfService, sfiServiceDoNotDisturb is needed
-        raw <Method>getForwardingConfiguration</Method><fwType>4</fwType> -> sfiFailure
-        ! wrong value "4" for <fwType> in getForwardingConfiguration, one of 1 (unconditional), 2 (busy), 3 (noAnswer) is possible
-        raw nothing at all -> sfiFailure
-        ! no method in "nothing at all"
-        answerCall line=1001 callId=3 -> sfiFailure
+        ! raw <Method>HoldCall</Method><Line>1001</Line><CallId>1</CallId><HoldCallReason>1</HoldCallReason><Manual>1</Manual>
+        ? unknown tag <CallId> in HoldCall, did you mean <CallID>?
+        ? missing <CallID> in HoldCall
+        ! raw <Method>HoldCal</Method>
+        ? unknown method "HoldCal", did you mean HoldCall?
+        ! raw <Method>answercall</Method><Line>1001</Line>
+        ? unknown method "answercall", did you mean AnswerCall?
+        ! raw <Method>DeflectCall</Method><Line>1001</Line><CallID>12</CallID><Destination>
+        ? missing <Destination> in DeflectCall
+        ? unexpected text "<Destination>" behind the fields of DeflectCall
+        ! raw <Method>AnswerCall</Method><Line>1001</Line><CallID>x</CallID>
+        ? wrong value "x" for <CallID> in AnswerCall, a number is needed
+        ! raw <Method>AnswerCall</Method><Line>1001</Line><CallID>1</CallID><CallID>2</CallID>
+        ? tag <CallID> twice in AnswerCall
+        ! raw <Method>SetMicrophoneMute</Method><Status>TRUE</Status>
+        ? wrong value "TRUE" for <Status> in SetMicrophoneMute, 1 or 0 is needed
+        ! raw <Method>SetServiceState</Method><state></state>
+        ? wrong value "" for <state> in SetServiceState, one of sfiServiceInService, sfiServiceOutOfService, sfiServiceDoNotDisturb is needed
+        ! raw <Method>getForwardingConfiguration</Method><fwType>4</fwType>
+        ? wrong value "4" for <fwType> in getForwardingConfiguration, one of 1 (unconditional), 2 (busy), 3 (noAnswer) is possible
+        ! raw nothing at all
+        ? no method in "nothing at all"
+        ! answerCall line=1001 callId=3
         : FeatureFailedEvent lineId=1001 callId=3 feature=none featureFailure=noSuchCall
-        ! AnswerCall: no call 3 on line 1001
-        answerCall line=100 callId=3 -> sfiFailure
-        ! AnswerCall: no line "100", did you mean 1001?)"},
+        ? AnswerCall: no call 3 on line 1001
+        ! answerCall line=100 callId=3
+        ? AnswerCall: no line "100", did you mean 1001?)"},
     {"CommandsThatAreWrong", R"(
-        * cal 1001 -> error: unknown command "cal", did you mean call?
-        * call 1009 from 1 -> error: call: no line "1009", did you mean 1001?
-        * call 1001 -> error: call: "from NUMBER" is missing, usage: call LINE from NUMBER [name TEXT] [pai TEXT] [type CALLTYPE] [priority PRIORITY] [alert TEXT] [alert-info TEXT] [auto-answer] [zip] [video] [diverted-by NUMBER] [diversion-name TEXT] [diversion DIVERSION] [call-level LEVEL] [local-level LEVEL]
-        * call 1001 fron 2 -> error: call: unknown word "fron", did you mean from?
-        * call 1001 from 2 name -> error: call: TEXT is missing after name
-        * call 1001 from 2 name "x -> error: the text that begins at column 23 has no closing "
-        * call 1001 from 2 priority flush -> error: call: no priority "flush", did you mean flash?
-        * hang up 7 -> error: hang up: no call "7"
-        * advance 5 -> error: "5" is no time, 250ms, 5s, 2min and 1h are
-        * advance 99999999h -> error: "99999999h" is no time, 250ms, 5s, 2min and 1h are
-        * mailbox new -1 -> error: mailbox: "-1" is no number from 0 to 1000000
-        * show lamp -> error: nothing called "lamp" to show, did you mean lamps?
-        * heal 3 -> error: heal: unknown word "3", usage: heal stands alone
-        * event -> error: event: REST is missing, usage: event REST
-        * help zz -> error: no command begins with "zz"
+        ! * cal 1001 -> unknown command "cal", did you mean call?
+        ! * call 1009 from 1 -> call: no line "1009", did you mean 1001?
+        ! * call 1001 -> call: "from NUMBER" is missing, usage: call LINE from NUMBER [name TEXT] [pai TEXT] [type CALLTYPE] [priority PRIORITY] [alert TEXT] [alert-info TEXT] [auto-answer] [zip] [video] [diverted-by NUMBER] [diversion-name TEXT] [diversion DIVERSION] [call-level LEVEL] [local-level LEVEL]
+        ! * call 1001 fron 2 -> call: unknown word "fron", did you mean from?
+        ! * call 1001 from 2 name -> call: TEXT is missing after name
+        ! * call 1001 from 2 name "x -> the quote " is not closed (column 23)
+        ! * call 1001 from 2 priority flush -> call: no priority "flush", did you mean flash?
+        ! * hang up 7 -> hang up: no call "7"
+        ! * advance 5 -> advance: 5 is no time; write it as 250ms, 1.5s, 2min or 1h
+        ! * advance 99999999h -> advance: 99999999h is longer than a day
+        ! * mailbox new -1 -> mailbox: "-1" is no number from 0 to 1000000
+        ! * show lamp -> nothing called "lamp" to show, did you mean lamps?
+        ! * heal 3 -> heal: unknown word "3", usage: heal stands alone
+        ! * event -> event: REST is missing, usage: event REST
+        ! * help zz -> no command begins with "zz"
         * help adv -> advance TIME: time passes)"},
 };
 
@@ -810,24 +827,56 @@ TEST_P(ServiceScenario, Runs)
 INSTANTIATE_TEST_SUITE_P(Rows, ServiceScenario, testing::ValuesIn(rows),
                          [](const auto& row) { return std::string(row.param.name); });
 
+/// What a service says of its commands comes out of the text as it went in.
+TEST(ServiceCommands, AreDataAgain)
+{
+    kit::SimulatedService service;
+    const std::vector<kit::CommandUsage> known = kit::simulationCommands();
+    const std::vector<kit::CommandUsage> read =
+        kit::parseCommandHelp("something else\n" + service.control("help").text);
+    ASSERT_EQ(read.size(), known.size());
+    for (std::size_t i = 0; i < known.size(); ++i)
+    {
+        EXPECT_EQ(read[i].name, known[i].name);
+        EXPECT_EQ(read[i].usage, known[i].usage);
+        EXPECT_EQ(read[i].help, known[i].help);
+    }
+    const std::vector<kit::UsageSlot> slots =
+        kit::CommandUsage{"x", "LINE from NUMBER [name TEXT] [video] [CALL]", ""}.slots();
+    std::string text;
+    for (const kit::UsageSlot& slot : slots)
+        text += slot.keyword + ":" + slot.value + (slot.optional ? "? " : " ");
+    EXPECT_EQ(text, ":LINE from:NUMBER name:TEXT? video:? :CALL? ");
+}
+
+/// Every kind of value that stands in a usage is one that completion and checks know.
+TEST(ServiceCommands, KindsHaveWords)
+{
+    const std::set<std::string> open = {"LINE", "NUMBER", "TEXT", "CALL", "REST", "COUNT", "TIME"};
+    for (const kit::CommandUsage& command : kit::simulationCommands())
+        for (const kit::UsageSlot& slot : command.slots())
+            if (!slot.value.empty())
+            {
+                EXPECT_EQ(kit::wordsFor(slot.value).empty(), open.count(slot.value) == 1)
+                    << slot.value;
+            }
+}
+
 /// The page for people names every number and every command, as they are.
 TEST(ServicePage, NamesAllNumbersAndCommands)
 {
     std::ifstream in(SERVICE_PAGE);
     const std::string page((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     kit::SimulatedService service;
-    for (const kit::service::Robot& robot : kit::service::robots())
+    const kit::service::Robots robots;
+    for (const auto& [number, robot] : robots.all())
     {
-        const std::string row =
-            std::string("| ") + robot.number + " | " + robot.name + " | " + robot.habit + " |";
+        const std::string row = "| " + number + " | " + robot->name + " | " + robot->habit + " |";
         EXPECT_NE(page.find(row), std::string::npos) << row;
     }
-    std::istringstream help(service.control("help").text);
-    std::string line;
-    while (std::getline(help, line))
+    for (const kit::CommandUsage& command : kit::simulationCommands())
     {
-        const std::size_t colon = line.rfind(": ");
-        const std::string entry = line.substr(0, colon) + "\n    " + line.substr(colon + 2) + "\n";
+        const std::string entry = command.line() + "\n    " + command.help + "\n";
         EXPECT_NE(page.find(entry), std::string::npos) << entry;
     }
 }
