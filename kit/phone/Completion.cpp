@@ -4,7 +4,6 @@
 #include "kit/phone/Commands.h"
 
 #include <algorithm>
-#include <cctype>
 #include <sstream>
 
 namespace kit::phone
@@ -57,7 +56,8 @@ Typed split(const std::string& line)
 class Finder
 {
 public:
-    Finder(const CallBook& book, const Variables& variables, const std::string& simulation)
+    Finder(const CallBook& book, const Variables& variables,
+           const std::vector<CommandUsage>& simulation)
         : book_(book), variables_(variables), simulation_(simulation)
     {
     }
@@ -181,53 +181,44 @@ private:
         return words;
     }
 
-    /// Keywords and values out of the usage that the simulation tells.
     std::vector<std::string> forSimulation(const Typed& typed) const
     {
         std::vector<std::string> words;
-        std::istringstream in(simulation_);
-        std::string usage;
-        while (std::getline(in, usage))
+        for (const CommandUsage& command : simulation_)
         {
-            usage.erase(std::min(usage.size(), usage.find(": ")));
+            const std::size_t blank = command.name.find(' ');
+            const std::string first = command.name.substr(0, blank);
             if (typed.before.size() == 1)
+                words.push_back(first);
+            else if (typed.before[1] == first)
             {
-                words.push_back(usage.substr(0, usage.find(' ')));
-                continue;
-            }
-            std::istringstream parts(usage);
-            std::string part;
-            parts >> part;
-            if (part != typed.before[1])
-                continue;
-            while (parts >> part)
-            {
-                part.erase(std::remove_if(part.begin(), part.end(),
-                                          [](char c) { return c == '[' || c == ']'; }),
-                           part.end());
-                if (part == "LINE")
-                    words.insert(words.end(), book_.lines().begin(), book_.lines().end());
-                else if (part == "CALL")
-                    for (const CallBook::Call& call : book_.calls())
-                        words.push_back(std::to_string(call.id));
-                else if (part == "METHOD")
-                    for (const Operation& operation : operations())
-                        words.push_back(operation.method);
-                else if (part == "ON")
-                    words.insert(words.end(), {"on", "off"});
-                else if (std::islower(static_cast<unsigned char>(part[0])) != 0)
-                    words.push_back(part);
+                if (blank != std::string::npos && typed.before.size() == 2)
+                    words.push_back(command.name.substr(blank + 1));
+                for (const UsageSlot& slot : command.slots())
+                {
+                    words.push_back(slot.keyword);
+                    const std::vector<std::string> values = simulationValues(slot.value);
+                    words.insert(words.end(), values.begin(), values.end());
+                }
             }
         }
-        if (typed.before.size() == 2 && typed.before[1] == "show")
-            return {"lines",   "calls",  "lamps",  "clients", "callbacks",
-                    "mailbox", "faults", "robots", "system",  "log"};
         return words;
+    }
+
+    std::vector<std::string> simulationValues(const std::string& kind) const
+    {
+        std::vector<std::string> values = wordsFor(kind);
+        if (kind == "LINE")
+            values = book_.lines();
+        if (kind == "CALL")
+            for (const CallBook::Call& call : book_.calls())
+                values.push_back(std::to_string(call.id));
+        return values;
     }
 
     const CallBook& book_;
     const Variables& variables_;
-    const std::string& simulation_;
+    const std::vector<CommandUsage>& simulation_;
 };
 
 }  // namespace
@@ -246,7 +237,7 @@ std::string Completions::commonPart() const
 }
 
 Completions complete(const std::string& line, const CallBook& book, const Variables& variables,
-                     const std::string& simulation)
+                     const std::vector<CommandUsage>& simulation)
 {
     const Typed typed = split(line);
     Completions completions;

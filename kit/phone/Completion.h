@@ -3,6 +3,7 @@
 
 #include "kit/language/Words.h"
 #include "kit/phone/CallBook.h"
+#include "kit/service/Usage.h"
 
 #include <string>
 #include <vector>
@@ -20,9 +21,9 @@ struct Completions
     std::string commonPart() const;
 };
 
-/// @param simulation  answer of the simulation to "help", one command a line
+/// @param simulation  the commands of the simulation
 Completions complete(const std::string& line, const CallBook& book, const Variables& variables,
-                     const std::string& simulation);
+                     const std::vector<CommandUsage>& simulation);
 
 }  // namespace kit::phone
 

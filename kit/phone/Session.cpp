@@ -240,9 +240,9 @@ bool Session::finish()
 
 Completions Session::completionsFor(const std::string& line)
 {
-    if (simulationHelp_.empty())
-        simulationHelp_ = phone_.ask("help");
-    return complete(line, phone_.knownBook(), variables_, simulationHelp_);
+    if (simulation_.empty())
+        simulation_ = parseCommandHelp(phone_.ask("help"));
+    return complete(line, phone_.knownBook(), variables_, simulation_);
 }
 
 ScriptWriter::Time Session::sinceStart() const

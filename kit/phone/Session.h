@@ -98,7 +98,7 @@ private:
     bool echo_;
     const bool progress_;
     Variables variables_;
-    std::string simulationHelp_;  ///< for completion
+    std::vector<CommandUsage> simulation_;  ///< its commands, for completion
     Place place_;
     int depth_ = 0;
     bool ended_ = false;

@@ -379,9 +379,11 @@ TEST(Completion, OffersWhatCanStandThere)
 {
     const CallBook book = bookWith({call(7, "1002", numbers::callConnected, "2001")});
     const Variables variables = {{"first", "7"}};
-    const std::string simulation = "call LINE from NUMBER [video]: somebody calls a line\n"
-                                   "hang up [CALL]: the far end hangs up\n"
-                                   "record [CALL] [ON]: a call is recorded";
+    const std::vector<CommandUsage> simulation =
+        parseCommandHelp("call LINE from NUMBER [video]: somebody calls a line\n"
+                         "hang up [CALL]: the far end hangs up\n"
+                         "record [CALL] [ON]: a call is recorded\n"
+                         "show WHAT: one of the views");
     const struct
     {
         const char* line;
@@ -409,7 +411,7 @@ TEST(Completion, OffersWhatCanStandThere)
         {"event CallHeldEvent ", "lineId= callId=", 20},
         {"help CallHeld", "CallHeldEvent", 5},
         {"wire ", "on off", 5},
-        {"sim ", "call hang record", 4},
+        {"sim ", "call hang record show", 4},
         {"sim call 1", "1001 1002", 9},
         {"sim call f", "from", 9},
         {"sim hang ", "up 7", 9},
@@ -426,8 +428,8 @@ TEST(Completion, OffersWhatCanStandThere)
         EXPECT_EQ(words, row.words) << row.line;
         EXPECT_EQ(found.begin, row.begin) << row.line;
     }
-    EXPECT_EQ(complete("expect CallF", book, {}, "").commonPart(), "CallForwardedEvent");
-    EXPECT_EQ(complete("activateC", book, {}, "").commonPart(), "activateCallback");
+    EXPECT_EQ(complete("expect CallF", book, {}, {}).commonPart(), "CallForwardedEvent");
+    EXPECT_EQ(complete("activateC", book, {}, {}).commonPart(), "activateCallback");
 }
 
 }  // namespace

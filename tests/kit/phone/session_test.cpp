@@ -84,7 +84,8 @@ TEST_F(Phone, JudgesEachLine)
          "s:3: no FeatureFailedEvent was to come, but it came\n"
          "  came: FeatureFailedEvent lineId=1001 callId=99 feature=hold "
          "featureFailure=noSuchCall\n"},
-        {"sim show nothing", Verdict::unmet, "s:3: sim: nothing called \"nothing\" to show, one of lines, calls, lamps, clients, "
+        {"sim show nothing", Verdict::unmet,
+         "s:3: sim: nothing called \"nothing\" to show, one of lines, calls, lamps, clients, "
          "callbacks, mailbox, faults, robots, system, log\n"},
         {"! sim show nothing", Verdict::met, ""},
         {"holdd", Verdict::mistake, "s:3:1: there is no command holdd, did you mean hold?\n"},

@@ -694,9 +694,9 @@ const Row rows[] = {
         : IncomingCallEvent uri=sip:4711 name="Jo \x1b \"Doe\""
         : CallStateChangeEvent callState=offered
         * record 1 true
-        : CallRecordingStatusEvent callId=1 callRecordingStatus=true
+        : callRecordingStatusEvent callId=1 callRecorded=true
         * record 1 NO
-        : CallRecordingStatusEvent callRecordingStatus=false
+        : callRecordingStatusEvent callRecorded=false
         ! * record 1 maybe -> record: "maybe" is no switch; on and off are
         * advance 1.5s -> now at 1.5 s
         * advance 0.5min -> now at 31.5 s
