@@ -119,8 +119,8 @@ void ScriptWriter::add(Time now, const ReceivedEvent& received)
         const std::string& value = received.values[i];
         if (saysNothing(field, value))
             continue;
-        const bool isCall = value != "0" && isCall(field);
-        if (isCall && calls_.count(value) == 0 && field.argument == capturedBy(received))
+        const bool call = value != "0" && isCall(field);
+        if (call && calls_.count(value) == 0 && field.argument == capturedBy(received))
         {
             const std::string name = "call" + std::to_string(calls_.size() + 1);
             calls_[value] = name;
@@ -130,7 +130,7 @@ void ScriptWriter::add(Time now, const ReceivedEvent& received)
         const auto known = calls_.find(value);
         text +=
             std::string(" ") + field.argument + "=" +
-            (isCall && known != calls_.end() ? "$" + known->second : quote(toPeople(field, value)));
+            (call && known != calls_.end() ? "$" + known->second : quote(toPeople(field, value)));
     }
     const Time took = now - last_;
     if (took > Time(500))
