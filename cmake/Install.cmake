@@ -122,6 +122,7 @@ if(TARGET CommunicationsServiceKit)
   install(
     DIRECTORY ${PROJECT_SOURCE_DIR}/kit/binding ${PROJECT_SOURCE_DIR}/kit/framework
               ${PROJECT_SOURCE_DIR}/kit/protocol ${PROJECT_SOURCE_DIR}/kit/testing
+              ${PROJECT_SOURCE_DIR}/kit/trace
     DESTINATION ${include_dir}/kit
     COMPONENT Kit
     FILES_MATCHING

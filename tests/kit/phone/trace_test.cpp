@@ -7,6 +7,7 @@
 #include "kit/trace/Ladder.h"
 #include "kit/trace/Width.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -228,6 +229,27 @@ TEST(Ladder, WideCharactersKeepTheColumnsInLine)
     TextLadder ladder(60);
     (void)ladder.add(step);
     EXPECT_EQ(ladder.add(step), "|--Name=\xe5\xbc\xa0\xe4\xbc\x9f" + std::string(33, '-') + ">|\n");
+}
+
+TEST(LadderOnFailure, PrintsTheCallFlowOfTheTestThatFailedAlone)
+{
+    FILE* const program = popen(LADDER_ON_FAILURE_PROGRAM " 2>&1", "r");
+    ASSERT_NE(program, nullptr);
+    std::string out;
+    char bytes[4096];
+    for (std::size_t got = 0; (got = fread(bytes, 1, sizeof bytes, program)) > 0;)
+        out.append(bytes, got);
+    EXPECT_NE(pclose(program), 0);
+    const std::string title = "What went over the framework in ";
+    const std::size_t first = out.find(title);
+    ASSERT_NE(first, std::string::npos) << out;
+    EXPECT_EQ(out.find(title, first + 1), std::string::npos) << out;
+    EXPECT_EQ(out.substr(first, out.find("[", first) - first), title + R"(Calls.Failing:
+application                                             service
+|                                                          |
+|--AlternateCalls Line=1002------------------------------->|
+|<..sfiFailure.............................................|
+)");
 }
 
 TEST(Width, CountsColumnsOfATerminal)
