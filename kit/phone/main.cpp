@@ -4,15 +4,13 @@
 #include "kit/language/Wording.h"
 #include "kit/phone/Interruptions.h"
 #include "kit/phone/LineEditor.h"
+#include "kit/phone/TraceView.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
-#include "kit/trace/Comparison.h"
-#include "kit/trace/Page.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -34,6 +32,10 @@ struct Options
     std::string ladderFrom;
     std::string page;
     std::string other;
+    std::string line;
+    std::string call;
+    std::vector<std::string> methods;
+    bool watch = false;
     std::string history;
     std::string timeout = "5s";
     std::size_t width = 0;
@@ -93,6 +95,19 @@ void declare(CLI::App& app, Options& options)
                    "Tell how this trace differs from the one of --ladder-from, and exit")
         ->type_name("FILE")
         ->needs(from);
+    app.add_flag("--watch", options.watch,
+                 "With --ladder-from: go on with what is written into the trace, until Ctrl-C")
+        ->needs(from);
+    app.add_option("--line", options.line, "With --ladder-from: only what this line is in")
+        ->type_name("LINE")
+        ->needs(from);
+    app.add_option("--call", options.call, "With --ladder-from: only what this call is in")
+        ->type_name("NUMBER")
+        ->needs(from);
+    app.add_option("--method", options.methods,
+                   "With --ladder-from: only messages of this name; may be given several times")
+        ->type_name("NAME")
+        ->needs(from);
     app.add_option("--html", options.page,
                    "Write the trace, of what is done here or of --ladder-from, as a page "
                    "for a browser")
@@ -124,57 +139,40 @@ std::string describe(const CLI::App& app, const CLI::ParseError& error)
     return text + (near.empty() ? "; --help lists them" : ", did you mean " + near + "?");
 }
 
-void drawPage(const Trace& trace, const Options& options)
-{
-    std::ofstream out(options.page, std::ios::trunc);
-    if (out)
-        writePage(out, trace, options.ladderFrom.substr(options.ladderFrom.rfind('/') + 1));
-    if (!out.flush())
-        throw std::runtime_error("cannot write " + options.page + ": " + std::strerror(errno));
-}
-
 std::size_t widthFor(const Options& options)
 {
     return options.width != 0 ? options.width : screenWidth();
 }
 
-Trace read(const std::string& file)
+/// A method that no message has would leave an empty picture.
+void checkMethod(const std::string& method)
 {
-    std::ifstream in(file);
-    if (!in)
-        throw std::runtime_error("cannot read " + file + ": " + std::strerror(errno));
-    return readTrace(in, file);
+    std::vector<std::string> methods = eventNames();
+    for (const Operation& operation : operations())
+        methods.push_back(operation.method);
+    if (std::find(methods.begin(), methods.end(), method) == methods.end())
+        throw Mistake("--method: no message is called " + shown(method, 60) +
+                      didYouMean(method, methods));
 }
 
-int compareTraces(const Options& options)
+int view(const Options& options)
 {
-    const Trace one = read(options.ladderFrom);
-    const Trace other = read(options.other);
-    const std::string text = differences(one.records, other.records);
-    if (!text.empty())
-        std::cout << "--- " << options.ladderFrom << "\n+++ " << options.other << '\n' << text;
-    std::cout << std::flush;
-    for (const Trace& trace : {one, other})
-        if (!trace.complaint.empty())
-            std::cerr << "communications-phone: " << trace.complaint << '\n';
-    if (!one.complaint.empty() || !other.complaint.empty())
-        return static_cast<int>(Verdict::mistake);
-    return static_cast<int>(text.empty() ? Verdict::met : Verdict::unmet);
-}
-
-int drawTrace(const Options& options)
-{
-    const Trace trace = read(options.ladderFrom);
-    const std::vector<FlowStep> steps = stepsOf(trace.records);
-    if (!options.page.empty())
-        drawPage(trace, options);
-    else if (!steps.empty() || trace.complaint.empty())
-        std::cout << (options.mermaid ? mermaidLadder(steps) : textLadder(steps, widthFor(options)))
-                  << std::flush;
-    if (trace.complaint.empty())
-        return static_cast<int>(Verdict::met);
-    std::cerr << "communications-phone: " << trace.complaint << '\n';
-    return static_cast<int>(Verdict::mistake);
+    TraceView view;
+    view.file = options.ladderFrom;
+    view.wanted.line = options.line;
+    view.wanted.call = options.call;
+    for (const std::string& method : options.methods)
+    {
+        checkMethod(method);
+        view.wanted.methods.insert(method);
+    }
+    view.other = options.other;
+    view.page = options.page;
+    view.mermaid = options.mermaid;
+    view.watch = options.watch;
+    view.width = widthFor(options);
+    catchInterruptions();
+    return static_cast<int>(viewTrace(view));
 }
 
 /// Nobody would see it.
@@ -311,9 +309,7 @@ int run(int argc, char** argv)
     }
     try
     {
-        if (!options.other.empty())
-            return compareTraces(options);
-        return options.ladderFrom.empty() ? Program(options).run() : drawTrace(options);
+        return options.ladderFrom.empty() ? Program(options).run() : view(options);
     }
     catch (const Unreachable& error)
     {

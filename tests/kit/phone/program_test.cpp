@@ -246,6 +246,52 @@ TEST(PhoneProgram, ATraceThatCannotBeWrittenEndsWithAWholeLine)
     EXPECT_FALSE(read.records.empty());
 }
 
+TEST(PhoneProgram, WatchesATraceAsItGrows)
+{
+    const Folder folder;
+    const std::string trace = folder.file("trace");
+    const auto event = [](const std::string& call)
+    {
+        return R"({"time":1,"kind":"event","text":"<Method>CallHeldEvent</Method><CallID>)" + call +
+               R"(</CallID>"})";
+    };
+    const auto comes = [&](const std::string& text)
+    {
+        for (int i = 0; i < 4000; ++i, usleep(5000))
+            if (folder.read("out").find(text) != std::string::npos)
+                return true;
+        ADD_FAILURE() << "no " << text << " in\n" << folder.read("out");
+        return false;
+    };
+    const auto append = [&](const std::string& text)
+    { std::ofstream(trace, std::ios::app) << text << std::flush; };
+    append(event("1") + "\n" + event("9").substr(0, 40));
+    const std::string out = folder.file("out");
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+    {
+        if (std::freopen(out.c_str(), "w", stdout) == nullptr)
+            _exit(1);
+        execl(PHONE_PROGRAM, PHONE_PROGRAM, "--ladder-from", trace.c_str(), "--watch", nullptr);
+        _exit(1);
+    }
+    EXPECT_TRUE(comes("CallID=1-"));
+    append(event("9").substr(40) + "\n");
+    EXPECT_TRUE(comes("CallID=9-")) << "half a line was there before";
+    append(R"({"time":1,"kind":"request","number":1,"sending":"request","text":"unanswered"})"
+           "\n");
+    EXPECT_TRUE(comes("--unanswered--"));
+    // A new file in the place of the old one.
+    std::rename(trace.c_str(), folder.file("trace.old").c_str());
+    append(event("3") + "\n");
+    EXPECT_TRUE(comes("CallID=3-"));
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
 TEST(PhoneProgram, AMarkBeforeTheFirstLineOfAScriptIsNoWord)
 {
     const Folder folder;
@@ -287,6 +333,19 @@ TEST(PhoneProgram, ALiveCallFlowIsThatOfItsTrace)
     EXPECT_NE(drawn.out.find("|--HoldCall CallID=1 HoldCallReason=hold Manual=true------>|--hold"),
               std::string::npos);
     const Ended narrow = phone(folder, "--width 60 --ladder-from " + trace);
+    const Ended picked = phone(folder, "--ladder-from " + trace +
+                                           " --line 1001 --method HoldCall --method CallHeldEvent");
+    EXPECT_EQ(picked.out,
+              "application                                             service             2001\n"
+              "|                                                          |                   |\n"
+              "|--HoldCall CallID=1 HoldCallReason=hold Manual=true------>|--hold------------>|\n"
+              "|<--CallHeldEvent CallID=1---------------------------------|                   |\n"
+              "|<..sfiSuccess.............................................|                   |\n"
+              "|--HoldCall CallID=99 HoldCallReason=hold Manual=true----->|                   |\n"
+              "|<..sfiFailure.............................................|                   |\n");
+    EXPECT_EQ(phone(folder, "--ladder-from " + trace + " --method HoldCal").errors,
+              "communications-phone: --method: no message is called HoldCal, did you mean "
+              "HoldCall?\n");
     EXPECT_NE(narrow.out.find("|--HoldCall CallID=1 HoldCallReason=hold M..->|--hold----->|\n"),
               std::string::npos)
         << narrow.out;

@@ -3,6 +3,7 @@
 #include "tests/kit/Complaint.h"
 
 #include "kit/phone/Expectation.h"
+#include "kit/trace/Filter.h"
 #include "kit/trace/Labels.h"
 #include "kit/trace/Ladder.h"
 #include "kit/trace/Width.h"
@@ -229,6 +230,62 @@ TEST(Ladder, WideCharactersKeepTheColumnsInLine)
     TextLadder ladder(60);
     (void)ladder.add(step);
     EXPECT_EQ(ladder.add(step), "|--Name=\xe5\xbc\xa0\xe4\xbc\x9f" + std::string(33, '-') + ">|\n");
+}
+
+TEST(Filter, PicksLinesCallsAndMethods)
+{
+    TraceRecord threw = request(2, "lost");
+    threw.kind = TraceRecord::Kind::exception;
+    TraceRecord dropped = request(0, "");
+    dropped.kind = TraceRecord::Kind::dropped;
+    const auto held = [](const char* line, const char* call)
+    {
+        return event("<Method>CallHeldEvent</Method><LineID>" + std::string(line) +
+                     "</LineID><CallID>" + call + "</CallID>");
+    };
+    const std::vector<TraceRecord> records = {
+        request(1, "<Method>GetDevices</Method>"),  // 0
+        answer(1, "<1001>"),                        // 1
+        request(2, "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line>"
+                   "<CallID>0</CallID><Destination>2001</Destination>"),               // 2
+        held("1002", "8"),                                                             // 3
+        held("1001", "7"),                                                             // 4
+        answer(2, "sfiSuccess"),                                                       // 5
+        request(3, "<Method>GetServiceState</Method>"),                                // 6
+        request(4, "<Method>AnswerCall</Method><Line>1001</Line><CallID>7</CallID>"),  // 7
+        answer(3, "in service"),                                                       // 8
+        threw,                                                                         // 9
+        answer(4, "sfiSuccess"),                                                       // 10
+        request(0, "<Method>RemoveConfParticipant</Method><callID>7</callID>",
+                Sending::oneWay),  // 11
+        control("hang up 1001"),   // 12
+        dropped,                   // 13
+    };
+    using Indexes = std::vector<std::size_t>;
+    const auto chosen = [&](const TraceFilter::Wanted& wanted)
+    {
+        TraceFilter filter(wanted);
+        std::vector<bool> decisions;
+        for (const TraceRecord& record : records)
+            for (const bool wantedNow : filter.add(record))
+                decisions.push_back(wantedNow);
+        for (const bool wantedNow : filter.finish())
+            decisions.push_back(wantedNow);
+        EXPECT_EQ(decisions.size(), records.size());
+        Indexes indexes;
+        for (std::size_t i = 0; i < decisions.size(); ++i)
+            if (decisions[i])
+                indexes.push_back(i);
+        EXPECT_EQ(filtered(records, wanted).size(), indexes.size());
+        return indexes;
+    };
+    EXPECT_EQ(chosen({}), (Indexes{0, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 12, 13}));
+    EXPECT_EQ(chosen({"1001", "", {}}), (Indexes{2, 4, 5, 7, 10, 11, 12, 13}));
+    EXPECT_EQ(chosen({"1002", "", {}}), (Indexes{3, 13}));
+    EXPECT_EQ(chosen({"", "7", {}}), (Indexes{2, 4, 5, 7, 10, 11, 13}));
+    EXPECT_EQ(chosen({"", "9", {}}), (Indexes{13}));
+    EXPECT_EQ(chosen({"", "", {"AnswerCall", "CallHeldEvent"}}), (Indexes{3, 4, 7, 10, 13}));
+    EXPECT_EQ(chosen({"1002", "", {"AnswerCall", "CallHeldEvent"}}), (Indexes{3, 13}));
 }
 
 TEST(LadderOnFailure, PrintsTheCallFlowOfTheTestThatFailedAlone)
