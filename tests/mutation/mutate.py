@@ -1,23 +1,24 @@
 #!/usr/bin/env python3
-"""Changes the library in one place at a time and demands that its tests fail.
+"""Changes the library, or the kit, in one place at a time and demands that the tests fail.
 
-usage: mutate.py [--jobs N] [--sample N] [--file NAME] [--list] BUILD
+usage: mutate.py [--kit] [--minutes N] [--sample N] [--seed WORD] [--file NAME] [--list] BUILD [SANITIZED]
 
-BUILD is a folder for this script alone; it is configured at need. Every string, character, number,
-comparison, logical and arithmetic operator, truth value, and pair of neighbouring arguments in src/
-is changed once, in an order of chance: a run that is stopped early has seen a fair sample. A changed
-file is compiled without optimisation, linked with the library's own tests and these are run, then the
-comparison with the reference implementation; what they let pass has the allocation and thread tests run too, and
-then all of it once more under AddressSanitizer. A change that does not compile does not count, nor one
-that leaves the optimised machine code as it was, byte for byte.
+BUILD is a configured and built folder with tests and kit, SANITIZED one with AddressSanitizer: what
+survives in the one is tried in the other. Every change that operators.py knows of is made once, in an
+order of chance: a run that is stopped early (--minutes, --sample) has seen a fair sample, and the same
+seed gives the same order. A changed file is compiled without optimisation, linked with the tests, and
+these are run. A change that does not compile does not count, nor one that leaves the optimised machine
+code as it was, byte for byte.
 
 Survivors are held against survivors.txt, which gives the reason why each is harmless. The run fails
-when a survivor is not in that list, or when less than 95 % of all are caught.
+when less than 95 % of the others are caught in the library, 80 % in the kit; a run to the end also when
+a survivor of the library is not in the list.
 """
 
 import argparse
 import concurrent.futures
 import json
+import os
 import pathlib
 import random
 import re
@@ -28,170 +29,79 @@ import sys
 import tempfile
 import time
 
+import operators
+
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
-WANTED = 0.95
+WANTED = {"src": 0.95, "kit": 0.80}
 # A change that makes the tests take so many times longer is caught: it loops.
 PATIENCE = 5
 # What an endless loop would fill is limited; a sanitizer needs the addresses.
 MEMORY = "ulimit -v 4000000; "
-SANITIZER = "-fsanitize=address"
 
-TOKEN = re.compile(
-    r"""(?P<comment>//[^\n]*|/\*.*?\*/)
-      |(?P<directive>^[ \t]*\#[^\n]*)
-      |(?P<checked>\b(?:static_assert|assert)\s*\([^;]*;)
-      |(?P<string>"(?:\\.|[^"\\])*")
-      |(?P<char>'(?:\\.|[^'\\])')
-      |(?P<number>\b\d+[uUlL]*\b)
-      |(?P<word>[A-Za-z_]\w*)
-      |(?P<operator><<|>>|->|\+\+|--|<=|>=|==|!=|&&|\|\||\+=|-=|[-+*/<>!=(){}\[\],;?:&|.])""",
-    re.VERBOSE | re.DOTALL | re.MULTILINE)
-
-REPLACED = {
-    "==": ["!="], "!=": ["=="], "<=": ["<", ">"], ">=": [">", "<"], "&&": ["||"], "||": ["&&"],
-    "++": ["--"], "--": ["++"], "+=": ["-="], "-=": ["+="],
-    "true": ["false"], "false": ["true"], "prefix": ["exact"], "exact": ["prefix"],
-}
+# The slow tests last: most changes are caught before.
+SLOW = "*LongTexts*:*AnyNumberOf*:*AnyLength*:*ANullInterface*:*InOnePass"
+LIBRARY_STEPS = [
+    ("library-tests", f"--gtest_fail_fast --gtest_filter=-{SLOW}"),
+    ("RandomComparison", "5000"),
+    ("library-tests", f"--gtest_fail_fast --gtest_filter={SLOW}"),
+    ("proof-allocations", "--gtest_fail_fast"),
+    ("proof-threads", "--gtest_fail_fast"),
+]
+KIT_STEPS = [(f"kit-{name}-tests", "--gtest_fail_fast") for name in ("foundation", "phone", "service")]
 
 
-class Mutant:
-    def __init__(self, file, start, end, new, text):
-        self.file, self.start, self.end, self.new = file, start, end, new
-        self.old = text[start:end]
-        self.line = text.count("\n", 0, start) + 1
-        first = text.rfind("\n", 0, start) + 1
-        last = text.find("\n", end)
-        self.context = " ".join((text[first:start] + "{{" + self.old + " -> " + new + "}}"
-                                 + text[end:last]).split())
-
-    def __str__(self):
-        return f"{self.file}: {self.context}"
+def run(command, cwd, seconds=300, environment=None):
+    """The exit status; everything that was started is ended with it."""
+    with subprocess.Popen(["bash", "-c", command], cwd=cwd, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment,
+                          start_new_session=True) as process:
+        try:
+            return process.wait(seconds)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, 9)
+            return 124
 
 
-def changed_string(text):
-    inside = text[1:-1]
-    if not inside:
-        return '"x"'
-    middle = next((i for i, c in enumerate(inside) if c.isalpha()), None)
-    if middle is None or "\\" in inside:
-        return '"' + inside + 'x"'
-    return '"' + inside[:middle] + inside[middle].swapcase() + inside[middle + 1:] + '"'
+class Build:
+    """Compiles and links by the commands of a build that is there."""
 
-
-def is_spaced(text, match):
-    """A binary operator, as this project writes them: a space on both sides."""
-    return text[match.start() - 1].isspace() and text[match.end()].isspace()
-
-
-def arguments(text, start):
-    """Spans of the arguments of the call whose "(" is at `start`; none when it is not closed."""
-    spans, depth, begin, in_string = [], 0, start + 1, False
-    for i in range(start, len(text)):
-        c = text[i]
-        if c == '"' and text[i - 1] != "\\":
-            in_string = not in_string
-        if in_string:
-            continue
-        if c in "({[":
-            depth += 1
-        elif c in ")}]":
-            depth -= 1
-        if c == "," and depth == 1:
-            spans.append((begin, i))
-            begin = i + 1
-        if depth == 0:
-            return spans + [(begin, i)]
-        if c == ";":
-            return []
-    return []
-
-
-def is_declaration(argument):
-    return re.search(r"^(const )?[\w:]+[*&]? [*&]?\w+( = \w+)?$|^[\w:]+[*&]?$(?<=[*&])|^const ",
-                     " ".join(argument.split())) is not None
-
-
-# The order of their arguments does not matter.
-SYMMETRIC = re.compile(r"\b(memcmp|same|min|max)$")
-
-
-def mutants_of(file, text):
-    previous = ""
-    for match in TOKEN.finditer(text):
-        kind, token = match.lastgroup, match.group(0)
-        span = (match.start(), match.end())
-        if kind == "string":
-            yield Mutant(file, *span, changed_string(token), text)
-        elif kind == "char":
-            yield Mutant(file, *span, "'x'" if token != "'x'" else "'y'", text)
-        elif kind == "number":
-            digits = re.match(r"\d+", token).group(0)
-            suffix = token[len(digits):]
-            yield Mutant(file, *span, str(int(digits) + 1) + suffix, text)
-            if int(digits) > 0:
-                yield Mutant(file, *span, str(int(digits) - 1) + suffix, text)
-        elif token in REPLACED and not (token in ("prefix", "exact") and previous != "::"):
-            for new in REPLACED[token]:
-                yield Mutant(file, *span, new, text)
-        elif token in "<>" and kind == "operator" and is_spaced(text, match):
-            yield Mutant(file, *span, token + "=", text)
-            yield Mutant(file, *span, ">" if token == "<" else "<", text)
-        elif token in ("+", "-", "*", "/") and is_spaced(text, match):
-            yield Mutant(file, *span, {"+": "-", "-": "+", "*": "+", "/": "*"}[token], text)
-        elif token == "!":
-            yield Mutant(file, *span, "", text)
-        elif token == "(" and re.match(r"\w|>", text[match.start() - 1]):
-            spans = arguments(text, match.start())
-            parts = [text[a:b] for a, b in spans]
-            if SYMMETRIC.search(text[:match.start()]):
-                spans = spans[2:]
-            if len(spans) > 1 and not any(is_declaration(part) for part in parts):
-                for (a, b), (c, d) in zip(spans, spans[1:]):
-                    one, other = text[a:b].strip(), text[c:d].strip()
-                    if one != other:
-                        yield Mutant(file, a, d, other + ", " + one, text)
-        if kind not in ("comment", "directive"):
-            previous = "::" if text[match.start():match.start() + 2] == "::" or (
-                token == ":" and previous in (":", "::")) else token
-
-
-class Builder:
-    """Compiles and links by the commands of a configured build."""
-
-    def __init__(self, build, flags=""):
-        self.build = build
+    def __init__(self, folder, house, steps, limit):
+        self.folder, self.house, self.steps, self.limit = folder.resolve(), house, steps, limit
         self.seconds = {}  # how long each step may take
-        configure = ["cmake", "-S", str(ROOT), "-B", str(build), "-G", "Ninja",
-                     "-DCMAKE_BUILD_TYPE=Debug", f"-DCMAKE_CXX_FLAGS=-O0 -g0 -w {flags}",
-                     "-DCMAKE_CXX_FLAGS_DEBUG=", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
-                     "-DCOMMUNICATIONS_SERVICE_KIT=OFF", "-DCOMMUNICATIONS_SERVICE_EXAMPLES=OFF",
-                     "-DCMAKE_CXX_COMPILER_LAUNCHER="]
-        targets = ["library-tests", "RandomComparison", "proof-allocations", "proof-threads"]
-        for command in (configure, ["cmake", "--build", str(build), "--target", *targets]):
-            if subprocess.run(command, stdout=subprocess.DEVNULL, check=False).returncode != 0:
-                sys.exit("mutate: the unchanged library does not build")
-        with open(build / "compile_commands.json", encoding="utf-8") as file:
-            entries = json.load(file)
+        entries = json.loads((self.folder / "compile_commands.json").read_text("utf-8"))
         self.compile = {}
         for entry in entries:
             source = pathlib.Path(entry["file"])
-            if source.parent == ROOT / "src":
-                self.compile[source.name] = entry["command"]
+            if source.is_relative_to(ROOT / house):
+                command = entry["command"].removeprefix("ccache ") + " -O0 -g0 -w"
+                self.compile[str(source.relative_to(ROOT / house))] = command
         self.objects = {name: re.search(r" -o (\S+)", command).group(1)
                         for name, command in self.compile.items()}
-        lines = subprocess.run(["ninja", "-C", str(build), "-t", "commands", *targets],
+
+    def link(self, target):
+        """The command that links a target, without what is done with it afterwards."""
+        lines = subprocess.run(["ninja", "-C", str(self.folder), "-t", "commands", target],
                                stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
-        self.links = {}
-        for target in targets:
-            self.links[target] = next(line for line in lines if re.search(rf" -o \S*/{target} ", line))
+        line = [line for line in lines if re.search(rf"(-o|qc) \S*/(lib)?{target}(\.\S+)? ", line)][-1]
+        return line.split(" && cd ")[0].removesuffix(" && :")
+
+    def program(self, target):
+        return re.search(r" -o (\S+)", self.link(target)).group(1)
+
+    def measure(self):
+        for test, options in self.steps:
+            begun = time.monotonic()
+            if run(f"{self.limit}exec {self.program(test)} {options}", self.folder) != 0:
+                sys.exit(f"mutate: {test} fails without any change")
+            self.seconds[test, options] = 10 + PATIENCE * (time.monotonic() - begun)
 
     def sources_of(self, file):
         """The sources that have to be compiled anew when a file has changed."""
         if file.endswith(".cpp"):
             return [file]
-        direct = {name: (ROOT / "src" / name).read_text(encoding="utf-8")
-                  for name in [*self.compile, *(p.name for p in (ROOT / "src").glob("*.h"))]}
+        direct = {name: (ROOT / self.house / name).read_text("utf-8")
+                  for name in [*self.compile, *(p.name for p in (ROOT / self.house).glob("*.h"))]}
         changed = {file}
         while True:
             more = {name for name, text in direct.items()
@@ -200,152 +110,175 @@ class Builder:
                 return sorted(name for name in changed if name.endswith(".cpp"))
             changed |= more
 
-
-def run(command, cwd, seconds=300):
-    try:
-        return subprocess.run(["bash", "-c", command], cwd=cwd, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.DEVNULL, timeout=seconds, check=False).returncode
-    except subprocess.TimeoutExpired:
-        return 124
+    def compiled(self, source, folder, target, flags=""):
+        """Compiles a source of the changed copy; whether it does."""
+        command = self.compile[source].replace(str(ROOT / self.house), str(folder / self.house))
+        command = re.sub(r" -o \S+", f" -o {shlex.quote(str(target))}", command)
+        return run(f"{command} {flags}", self.folder) == 0
 
 
-# The slow tests last: most changes are caught before.
-SLOW = "*LongTexts*:*AnyNumberOf*:*AnyLength*:*ANullInterface*:*InOnePass"
-STEPS = [
-    ("library-tests", f"--gtest_fail_fast --gtest_filter=-{SLOW}"),
-    ("RandomComparison", "5000"),
-    ("library-tests", f"--gtest_fail_fast --gtest_filter={SLOW}"),
-    ("proof-allocations", "--gtest_fail_fast"),
-    ("proof-threads", "--gtest_fail_fast"),
-]
+class Library(Build):
+    """Each change in a folder of its own, so that several can be tried at once."""
+
+    def verdict(self, mutant, text):
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            shutil.copytree(ROOT / "src", folder / "src")
+            (folder / "src" / mutant.file).write_text(mutant.applied(text), encoding="utf-8")
+            replaced = {}
+            for source in self.sources_of(mutant.file):
+                replaced[self.objects[source]] = f"{folder}/{source}.o"
+                if not self.compiled(source, folder, replaced[self.objects[source]]):
+                    return "invalid"
+            linked = set()
+            for test, options in self.steps:
+                if test not in linked:
+                    linked.add(test)
+                    command = self.link(test)
+                    for old, new in replaced.items():
+                        command = command.replace(old, new)
+                    if run(re.sub(r" -o \S+", f" -o {folder}/{test}", command), self.folder) != 0:
+                        return "invalid"
+                if run(f"{self.limit}exec {folder}/{test} {options}", self.folder,
+                       self.seconds[test, options]) != 0:
+                    return "caught"
+        return "survived"
 
 
-def verdict(builders, mutant, text):
-    """ "invalid", "caught", "survived" or "same"."""
-    found = "survived"
-    for builder, limit in zip(builders, (MEMORY, "")):
-        found = verdict_of(builder, limit, mutant, text)
-        if found != "survived":
-            return found
-    return "same" if is_same_code(builders[0], mutant, text) else "survived"
+class Kit(Build):
+    """One change at a time, in the place of what it changes: the tests start the kit's programs."""
+
+    def targets(self, file):
+        if file == "phone/main.cpp":
+            return ["communications-phone"]
+        if file == "service/main.cpp":
+            return ["communications-service-sim"]
+        if file.startswith("phone/"):
+            return ["CommunicationsPhone", "communications-phone", "kit-phone-tests"]
+        return ["CommunicationsServiceKit"]
+
+    def verdict(self, mutant, text):
+        target = self.folder / self.objects[mutant.file]
+        links = [self.link(name) for name in self.targets(mutant.file)]
+        folder = mutant.file.split("/", maxsplit=1)[0]
+        steps = sorted(self.steps, key=lambda step: folder not in step[0])
+        with tempfile.TemporaryDirectory() as name:
+            shutil.copytree(ROOT / "kit", pathlib.Path(name) / "kit")
+            (pathlib.Path(name) / "kit" / mutant.file).write_text(mutant.applied(text), "utf-8")
+            changed = f"{name}/changed.o"
+            if not self.compiled(mutant.file, pathlib.Path(name), changed):
+                return "invalid"
+            shutil.copy2(target, f"{name}/kept.o")
+            try:
+                shutil.copy2(changed, target)
+                if any(run(link, self.folder) != 0 for link in links):
+                    return "invalid"
+                for test, options in steps:
+                    if run(f"exec {self.program(test)} {options}", self.folder,
+                           self.seconds[test, options]) != 0:
+                        return "caught"
+                return "survived"
+            finally:
+                shutil.copy2(f"{name}/kept.o", target)
+                for link in links:
+                    run(link, self.folder)
 
 
-def is_same_code(builder, mutant, text):
+def is_same_code(build, mutant, text):
     """Whether the optimised objects are the same with and without the change."""
-    with tempfile.TemporaryDirectory() as folder:
-        copy = pathlib.Path(folder) / "src"
-        shutil.copytree(ROOT / "src", copy)
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        shutil.copytree(ROOT / build.house, folder / build.house)
         objects = []
-        for content in (text, text[:mutant.start] + mutant.new + text[mutant.end:]):
-            (copy / mutant.file).write_text(content, encoding="utf-8")
-            for source in builder.sources_of(mutant.file):
-                command = builder.compile[source].replace(str(ROOT / "src"), str(copy))
-                target = f"{folder}/{len(objects)}.o"
-                command = re.sub(r" -o \S+", f" -O2 -DNDEBUG -o {shlex.quote(target)}", command)
-                run(command, builder.build)
-                objects.append(pathlib.Path(target).read_bytes())
+        for content in (text, mutant.applied(text)):
+            (folder / build.house / mutant.file).write_text(content, encoding="utf-8")
+            for source in build.sources_of(mutant.file):
+                target = folder / f"{len(objects)}.o"
+                build.compiled(source, folder, target, "-O2 -DNDEBUG")
+                objects.append(target.read_bytes())
     half = len(objects) // 2
     return objects[:half] == objects[half:]
 
 
-def verdict_of(builder, limit, mutant, text):
-    with tempfile.TemporaryDirectory() as folder:
-        copy = pathlib.Path(folder) / "src"
-        shutil.copytree(ROOT / "src", copy)
-        changed = text[:mutant.start] + mutant.new + text[mutant.end:]
-        (copy / mutant.file).write_text(changed, encoding="utf-8")
-        replaced = {}
-        for source in builder.sources_of(mutant.file):
-            target = f"{folder}/{source}.o"
-            command = builder.compile[source].replace(str(ROOT / "src"), str(copy))
-            command = re.sub(r" -o \S+", f" -o {shlex.quote(target)}", command)
-            if run(command, builder.build) != 0:
-                return "invalid"
-            replaced[builder.objects[source]] = target
-        linked = {}
-        for test, options in STEPS:
-            if test not in linked:
-                linked[test] = f"{folder}/{test}"
-                command = builder.links[test]
-                for old, new in replaced.items():
-                    command = command.replace(old, new)
-                command = re.sub(r" -o \S+", f" -o {linked[test]}", command)
-                # Only the link itself: what stands behind it discovers the tests.
-                command = command.split(" && cd ")[0].removesuffix(" && :")
-                if run(command, builder.build) != 0:
-                    return "invalid"
-            command = f"{limit}exec {linked[test]} {options}"
-            if run(command, builder.build, builder.seconds[test, options]) != 0:
-                return "caught"
-    return "survived"
+def verdict(builds, mutant, text):
+    """ "invalid", "caught", "survived" or "same"."""
+    for build in builds:
+        found = build.verdict(mutant, text)
+        if found != "survived":
+            return found
+    return "same" if is_same_code(builds[0], mutant, text) else "survived"
 
 
 def listed_survivors():
     """Each survivor with its reason: a line of the list, and below it, indented, the reason."""
     known = {}
-    path = HERE / "survivors.txt"
-    if path.exists():
-        for line in path.read_text(encoding="utf-8").splitlines():
-            if line.startswith("    ") and known:
-                known[next(reversed(known))] += line.strip() + " "
-            elif line and not line.startswith("#"):
-                known[line] = ""
+    for line in (HERE / "survivors.txt").read_text("utf-8").splitlines():
+        if line.startswith("    ") and known:
+            known[next(reversed(known))] += line.strip() + " "
+        elif line and not line.startswith("#"):
+            known[line] = ""
     return known
 
 
 def main():
     parser = argparse.ArgumentParser(usage=__doc__.split("\n\n")[1].removeprefix("usage: "))
-    parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--kit", action="store_true", help="change the kit, not the library")
+    parser.add_argument("--minutes", type=float, help="begin no further change after that")
     parser.add_argument("--sample", type=int, help="only so many, chosen at random")
-    parser.add_argument("--file", help="only this file of src/")
+    parser.add_argument("--seed", default="1")
+    parser.add_argument("--file", default="", help="only files with this in their names")
     parser.add_argument("--list", action="store_true", help="print the changes and stop")
-    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("builds", type=pathlib.Path, nargs="+")
     options = parser.parse_args()
 
-    texts = {path.name: path.read_text(encoding="utf-8")
-             for path in sorted((ROOT / "src").iterdir()) if path.suffix in (".cpp", ".h")}
-    all_mutants = [mutant for name, text in texts.items() for mutant in mutants_of(name, text)
-                   if options.file in (None, name)]
-    random.Random(1).shuffle(all_mutants)
-    all_mutants = all_mutants[:options.sample]
+    house = "kit" if options.kit else "src"
+    # The kit's headers are in too many sources to be tried one by one.
+    texts = {str(path.relative_to(ROOT / house)): path.read_text("utf-8")
+             for path in sorted((ROOT / house).rglob("*"))
+             if (path.suffix == ".cpp" or (path.suffix == ".h" and not options.kit))
+             and path.name != "WireReference.cpp" and options.file in path.name}
+    mutants = [mutant for name, text in texts.items() for mutant in operators.mutants_of(name, text)]
+    random.Random(options.seed).shuffle(mutants)
+    mutants = mutants[:options.sample]
     if options.list:
-        print("\n".join(map(str, all_mutants)))
+        print("\n".join(map(str, mutants)))
         return 0
-    builders = [Builder(options.build.resolve()),
-                Builder(options.build.resolve() / "sanitized", SANITIZER)]
-    for builder, limit in zip(builders, (MEMORY, "")):
-        for test, filters in STEPS:
-            path = re.search(r" -o (\S+)", builder.links[test]).group(1)
-            begun = time.monotonic()
-            if run(f"{limit}exec {path} {filters}", builder.build) != 0:
-                sys.exit(f"mutate: {test} fails without any change")
-            builder.seconds[test, filters] = 10 + PATIENCE * (time.monotonic() - begun)
-
+    if options.kit:
+        builds = [Kit(options.builds[0], house, KIT_STEPS, "")]
+    else:
+        builds = [Library(folder, house, LIBRARY_STEPS, MEMORY if i == 0 else "")
+                  for i, folder in enumerate(options.builds)]
     start = time.monotonic()
-    counts = {"invalid": 0, "caught": 0, "survived": 0, "same": 0}
-    survivors = []
-    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        results = pool.map(lambda m: (m, verdict(builders, m, texts[m.file])), all_mutants)
-        for done, (mutant, found) in enumerate(results, 1):
-            counts[found] += 1
-            if found == "survived":
-                survivors.append(mutant)
-                print(f"survived: {mutant.file}:{mutant.line}: {mutant.context}", flush=True)
-            if done % 50 == 0:
-                print(f"{done} of {len(all_mutants)}: {counts['caught']} caught, "
-                      f"{counts['survived']} survived, {time.monotonic() - start:.0f} s", flush=True)
+    for build in builds:
+        build.measure()
 
     known = listed_survivors()
-    unknown = [mutant for mutant in survivors if str(mutant) not in known]
-    valid = counts["caught"] + counts["survived"]
-    rate = counts["caught"] / valid if valid else 0
-    print(f"{valid} changes, {counts['caught']} caught ({100 * rate:.1f} %), "
-          f"{counts['survived']} survived, {len(unknown)} of them not listed as harmless; "
-          f"{counts['invalid']} more did not compile, {counts['same']} more made no difference to "
-          f"the machine code; {time.monotonic() - start:.0f} s")
-    for mutant in unknown:
-        print(f"not listed: {mutant}")
-    return 0 if rate >= WANTED and not unknown else 1
+    counts = {"invalid": 0, "caught": 0, "survived": 0, "same": 0, "listed": 0, "late": 0}
+    unknown = []
+
+    def judged(mutant):
+        if options.minutes and time.monotonic() - start > 60 * options.minutes:
+            return mutant, "late"
+        found = verdict(builds, mutant, texts[mutant.file])
+        return mutant, "listed" if found == "survived" and str(mutant) in known else found
+
+    with concurrent.futures.ThreadPoolExecutor(1 if options.kit else os.cpu_count()) as pool:
+        for done, (mutant, found) in enumerate(pool.map(judged, mutants), 1):
+            counts[found] += 1
+            if found == "survived":
+                unknown.append(mutant)
+                print(f"survived: {mutant.file}:{mutant.line}: {mutant.context}", flush=True)
+            if done % 100 == 0 and found != "late":
+                print(f"{done} of {len(mutants)}: {counts}, {time.monotonic() - start:.0f} s", flush=True)
+
+    judged_ones = counts["caught"] + counts["survived"]
+    share = counts["caught"] / judged_ones if judged_ones else 0
+    print(f"{judged_ones} changes of {house}, {counts['caught']} caught ({100 * share:.1f} %); "
+          f"{counts['listed']} more listed as harmless, {counts['invalid']} did not compile, "
+          f"{counts['same']} made no difference to the machine code, {counts['late']} not tried; "
+          f"{time.monotonic() - start:.0f} s")
+    whole = counts["late"] == 0 and options.sample is None and not options.kit
+    return 0 if share >= WANTED[house] and not (whole and unknown) else 1
 
 
 if __name__ == "__main__":
