@@ -60,11 +60,12 @@ public:
         events_.clear();
     }
 
-    void run(const std::string& script)
+    /// `first` is the number of the script's first line, for what is said of the others.
+    void run(const std::string& script, int first = 1)
     {
         std::istringstream in(script);
         std::string line;
-        for (int number = 1; std::getline(in, line); ++number)
+        for (int number = first; std::getline(in, line); ++number)
         {
             line = trimmed(line);
             if (line.empty() || line[0] == '#')
