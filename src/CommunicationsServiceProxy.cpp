@@ -22,8 +22,12 @@ bool contains(const std::string& text, const char* word)
     return text.find(word) != std::string::npos;
 }
 
-/// What log readers on the phone know this library's lines by: component, file, level and line
-/// stay as they are, wherever the calls stand.
+// What log readers on the phone know this library's lines by: component, file, level and line stay as
+// they are, wherever the calls stand.
+constexpr int lineOfStart = 277;
+constexpr int lineOfException = 298;
+constexpr int lineOfEnd = 302;
+
 void log(int line, const char* message)
 {
     constexpr const char* component = "SIP Communications Service";
@@ -52,7 +56,7 @@ void CommunicationsServiceProxy::ask(const RequestText& request, std::string& re
 int CommunicationsServiceProxy::roundTrip(const RequestText& request)
 {
     std::string response;
-    requestChannel->sendRequest(request.str(), response);
+    ask(request, response);
     return getResult(response);
 }
 
@@ -169,7 +173,7 @@ int CommunicationsServiceProxy::refuseCall(const std::string& line, int callId,
 
 int CommunicationsServiceProxy::subscribe(Executable* subscriber)
 {
-    log(277, "subscribe start");
+    log(lineOfStart, "subscribe start");
     if (subscriber == nullptr)
         return sfiFailure;
     const std::string request = RequestText("Subscribe").str();
@@ -181,11 +185,11 @@ int CommunicationsServiceProxy::subscribe(Executable* subscriber)
     }
     catch (const MarloException& exception)
     {
-        log(298, "subscribe exception caught:");
+        log(lineOfException, "subscribe exception caught:");
         // A copy, not the object that was caught.
         throw MarloException(exception);
     }
-    log(302, "subscribe end");
+    log(lineOfEnd, "subscribe end");
     return getResult(response);
 }
 

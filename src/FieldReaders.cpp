@@ -228,21 +228,16 @@ int decimal(std::string_view text)
 
 int resultOf(std::string_view word)
 {
-    struct Word
-    {
-        std::string_view text;
-        sfiResult result;
-    };
-    static constexpr Word words[] = {
-        {"sfiSuccess", sfiSuccess},
-        {"sfiFailureCallBackInvalidState", sfiFailureCallBackInvalidState},
-        {"sfiFailureCallBackNoCallInfo", sfiFailureCallBackNoCallInfo},
-        {"sfiFailureCallBackToMany", sfiFailureCallBackToMany},
-        {"sfiFailureCallBackAllreadyExists", sfiFailureCallBackAllreadyExists},
-    };
-    for (const Word& known : words)
-        if (word == known.text)
-            return known.result;
+    if (word == "sfiSuccess")
+        return sfiSuccess;
+    if (word == "sfiFailureCallBackInvalidState")
+        return sfiFailureCallBackInvalidState;
+    if (word == "sfiFailureCallBackNoCallInfo")
+        return sfiFailureCallBackNoCallInfo;
+    if (word == "sfiFailureCallBackToMany")
+        return sfiFailureCallBackToMany;
+    if (word == "sfiFailureCallBackAllreadyExists")
+        return sfiFailureCallBackAllreadyExists;
     return sfiFailure;
 }
 

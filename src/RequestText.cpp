@@ -1,14 +1,14 @@
 #include "RequestText.h"
 
-#include <cassert>
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <iterator>
+#include <stdexcept>
 
 namespace
 {
 
-constexpr std::size_t longestShortValue = 64;
 constexpr std::size_t longestNumber = 11;  // -2147483648
 
 /// memcpy for what mostly is 8 to 32 bytes long: two copies of a fixed length, which may overlap,
@@ -38,6 +38,11 @@ RequestText::RequestText(std::string_view method) : at_(room_)
     closing("Method");
 }
 
+void RequestText::outgrown()
+{
+    throw std::length_error("request");
+}
+
 RequestText& RequestText::line(const std::string& value)
 {
     return text("Line", value);
@@ -50,14 +55,16 @@ RequestText& RequestText::callId(int value)
 
 void RequestText::put(std::string_view value)
 {
-    if (value.size() <= longestShortValue)
+    const std::size_t left = static_cast<std::size_t>(room_ + sizeof room_ - at_);
+    if (value.size() <= std::min(longestShortValue, left))
     {
         copy(at_, value.data(), value.size());
         at_ += value.size();
     }
     else if (cut_ == nullptr)
     {
-        assert(longCount_ < std::size(longValues_));
+        if (longCount_ == std::size(longValues_))
+            outgrown();
         longValues_[longCount_++] = {static_cast<std::size_t>(at_ - room_), value};
     }
 }
@@ -77,7 +84,6 @@ void RequestText::putOrCut(const char* value)
 
 std::string RequestText::str() const
 {
-    assert(at_ <= room_ + sizeof room_);
     const std::size_t end = static_cast<std::size_t>((cut_ != nullptr ? cut_ : at_) - room_);
     if (longCount_ == 0)
         return std::string(room_, end);

@@ -7,9 +7,10 @@
 
 /// Collects one request: the method, then the fields in the order of the calls.
 ///
-/// Elements are written at once, into a room on the stack that holds the longest request there is
-/// with short values; that takes 336 bytes. Of a long value only the place is kept, until str() puts
-/// the whole together: it must live, unchanged, until then. So the text is the only allocation here.
+/// Elements are written at once, into a room on the stack. Of a long value only the place is kept,
+/// until str() puts the whole together: it must live, unchanged, until then. So the text is the only
+/// allocation here. The longest request there is takes 336 bytes of the room; a longer one than the
+/// room holds, or one with more long values, ends in std::length_error.
 ///
 /// Tags are literals. They are written inline, so that the compiler knows their length; whatever
 /// has a length of its own is written by functions that exist once.
@@ -21,7 +22,7 @@ public:
     RequestText(const RequestText&) = delete;
     RequestText& operator=(const RequestText&) = delete;
 
-    RequestText& text(std::string_view tag, const std::string& value)
+    [[gnu::always_inline]] RequestText& text(std::string_view tag, const std::string& value)
     {
         opening(tag);
         put(value);
@@ -30,21 +31,21 @@ public:
 
     /// A null value cuts the request off behind the opening tag, on purpose: nothing that follows
     /// is written.
-    RequestText& text(std::string_view tag, const char* value)
+    [[gnu::always_inline]] RequestText& text(std::string_view tag, const char* value)
     {
         opening(tag);
         putOrCut(value);
         return closing(tag);
     }
 
-    RequestText& number(std::string_view tag, int value)
+    [[gnu::always_inline]] RequestText& number(std::string_view tag, int value)
     {
         opening(tag);
         put(value);
         return closing(tag);
     }
 
-    RequestText& flag(std::string_view tag, bool value)
+    [[gnu::always_inline]] RequestText& flag(std::string_view tag, bool value)
     {
         opening(tag);
         *at_++ = value ? '1' : '0';
@@ -65,8 +66,16 @@ public:
     std::string str() const;
 
 private:
+    static constexpr std::size_t longestShortValue = 64;
+    /// What stands around the two tags of an element, and between them.
+    static constexpr std::size_t around = std::string_view("<></>").size() + longestShortValue;
+
+    [[noreturn]] static void outgrown();
+
     [[gnu::always_inline]] void opening(std::string_view tag)
     {
+        if (room_ + sizeof room_ - at_ < static_cast<std::ptrdiff_t>(2 * tag.size() + around))
+            outgrown();
         char* const to = at_;
         to[0] = '<';
         tag.copy(to + 1, tag.size());

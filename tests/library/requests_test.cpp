@@ -1,6 +1,7 @@
 // Each operation: which channel operation it uses, the exact bytes, and what it makes of the answer.
 
 #include "CommunicationsServiceProxy.h"
+#include "RequestText.h"
 #include "tests/support/Requests.h"
 #include "tests/support/Tested.h"
 #include "tests/support/TracedFramework.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <stdexcept>
 
 using namespace std::string_literals;
 using support::Channel;
@@ -19,7 +21,7 @@ namespace
 
 const struct
 {
-    const char* answer;
+    std::string answer;
     int result;
 } resultWords[] = {
     {"sfiSuccess", 5},
@@ -32,6 +34,8 @@ const struct
     {"sfiSuccess ", 0},
     {" sfiSuccess", 0},
     {"sfiSuccessX", 0},
+    {"sfiSuccess\0"s, 0},
+    {"sfiSuccess\0x"s, 0},
     {"sfiSucces", 0},
     {"SFISUCCESS", 0},
     {"sfiFailureCallBackAlreadyExists", 0},
@@ -87,6 +91,76 @@ TEST_F(RequestTest, EachIsSentByteForByte)
         request.call(service);
         EXPECT_EQ(line(), asked(request));
     }
+}
+
+/// The same requests with more in their texts: zero bytes, and all the bytes that a text may have in
+/// the room for a request, or one more.
+TEST_F(RequestTest, NoTextIsCutOrTooLong)
+{
+    for (const std::string& more : {"\0z"s, std::string(56, 'x'), std::string(64, 'x'), "\0"s})
+        for (const Request& request : requests)
+        {
+            Texts asGiven = {more, more[0] == 'x' ? more : ""};
+            texts = &asGiven;
+            request.call(service);
+            texts = nullptr;
+            std::string expected = asked(request);
+            for (const std::string& given : asGiven.given)
+            {
+                const std::string before = ">" + given.substr(0, given.find(more)) + "</";
+                const std::size_t at = expected.find(before);
+                if (at != std::string::npos)
+                    expected.replace(at, before.size(), ">" + given + "</");
+            }
+            EXPECT_EQ(line(), expected);
+        }
+}
+
+/// The longest there is: its texts fill all that a short value may have.
+TEST_F(RequestTest, TheLongestHasRoom)
+{
+    for (const std::size_t length : {63U, 64U, 65U})
+    {
+        const std::string line(length, '1'), other(length, '2');
+        const std::string number = "-2147483648";
+        service.outgoingCallMake(line, INT_MIN, other.c_str(), true, false, true);
+        EXPECT_EQ(RequestTest::line(),
+                  "sendRequest <Method>OutgoingCallMakeRequest</Method><Line>" + line +
+                      "</Line><CallID>" + number + "</CallID><Destination>" + other +
+                      "</Destination><DSSDirectCall>1</DSSDirectCall><BridgeCall>0</BridgeCall>"
+                      "<CallCompletionCall>1</CallCompletionCall>");
+        service.setForwardingConfiguration(line, forwarding(INT_MIN), true, other, INT_MIN, false);
+        EXPECT_EQ(RequestTest::line(),
+                  "sendRequest <Method>setForwardingConfiguration</Method><Line>" + line +
+                      "</Line><fwType>" + number + "</fwType><status>1</status><uri>" + other +
+                      "</uri><cfnrRingCount>" + number +
+                      "</cfnrRingCount><forceTKVSUpdate>0</forceTKVSUpdate>");
+    }
+}
+
+/// One that would be longer is refused, in every build, and never written past its room.
+TEST(RequestTextTest, WhatHasNoRoomIsRefused)
+{
+    const std::string value(64, 'v');
+    std::string expected = "<Method>M</Method>";
+    RequestText request("M");
+    EXPECT_THROW(
+        for (;;) {
+            request.text("URI", value).flag("Flag", true).number("CallID", INT_MIN);
+            expected += "<URI>" + value + "</URI><Flag>1</Flag><CallID>-2147483648</CallID>";
+            ASSERT_EQ(request.str(), expected);
+            ASSERT_LT(expected.size(), 600u);
+        },
+        std::length_error);
+    EXPECT_GT(expected.size(), 336u);
+
+    RequestText flags("M");
+    EXPECT_THROW(for (int i = 0; i < 100; ++i) flags.flag("Flag", true), std::length_error);
+
+    const std::string longValue(65, 'v');
+    RequestText longOnes("M");
+    longOnes.text("A", longValue).text("B", longValue).text("C", longValue);
+    EXPECT_THROW(longOnes.payload(longValue), std::length_error);
 }
 
 TEST_F(RequestTest, EachAnswerBecomesTheResult)
@@ -168,6 +242,8 @@ TEST_F(RequestTest, LongTextsAreSentWhole)
             ASSERT_EQ(line(), "sendRequest <Method>SendCSTARequest</Method><Line>" + text +
                                   "</Line>" + rest)
                 << length;
+            service.systemStatus(nullptr, text.c_str());
+            ASSERT_EQ(line(), "sendRequest <Method>SystemStatus</Method><SystemStatus>");
             service.systemStatus(text.c_str(), nullptr);
             ASSERT_EQ(line(), "sendRequest <Method>SystemStatus</Method><SystemStatus>" + text +
                                   "</SystemStatus><SystemStatusInfo>")

@@ -4,6 +4,7 @@
 #include "CommunicationsServiceIfc.h"
 
 #include <climits>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,24 @@ inline CSTAEventCause cause(int number)
     return static_cast<CSTAEventCause>(number);
 }
 
+/// A test that asks for it sees the texts of a call, and what stands behind each of them.
+struct Texts
+{
+    std::string behindText;   ///< goes behind every std::string
+    std::string behindChars;  ///< and this behind every C string
+    std::deque<std::string> given = {};
+};
+inline Texts* texts = nullptr;
+
+inline std::string textOf(const char* value)
+{
+    return texts == nullptr ? value : texts->given.emplace_back(value + texts->behindText);
+}
+inline const char* charsOf(const char* value)
+{
+    return texts == nullptr ? value : texts->given.emplace_back(value + texts->behindChars).c_str();
+}
+
 /// How an answer becomes the operation's result.
 enum Awaiting
 {
@@ -76,87 +95,87 @@ inline const Request requests[] = {
      [](Service& s) { return s.deactivate(false); }},
     {coded, "<Method>CallClearRequest</Method><Line>1001</Line>"
      "<CallID>12</CallID><Cause>48</Cause>",
-     [](Service& s) { return s.callClear("1001", 12, CSTAEventCause::normalClearing); }},
+     [](Service& s) { return s.callClear(textOf("1001"), 12, CSTAEventCause::normalClearing); }},
     {coded, "<Method>OutgoingCallMakeRequest</Method><Line>1002</Line>"
      "<CallID>13</CallID><Destination>2002</Destination><DSSDirectCall>1</DSSDirectCall>"
      "<BridgeCall>0</BridgeCall><CallCompletionCall>0</CallCompletionCall>",
-     [](Service& s) { return s.outgoingCallMake("1002", 13, "2002", true, false, false); }},
+     [](Service& s) { return s.outgoingCallMake(textOf("1002"), 13, charsOf("2002"), true, false, false); }},
     {coded, "<Method>OutgoingCallMakeRequest</Method><Line>1002</Line>"
      "<CallID>13</CallID><Destination>2002</Destination><DSSDirectCall>0</DSSDirectCall>"
      "<BridgeCall>1</BridgeCall><CallCompletionCall>0</CallCompletionCall>",
-     [](Service& s) { return s.outgoingCallMake("1002", 13, "2002", false, true, false); }},
+     [](Service& s) { return s.outgoingCallMake(textOf("1002"), 13, charsOf("2002"), false, true, false); }},
     {coded, "<Method>OutgoingCallMakeRequest</Method><Line>1002</Line>"
      "<CallID>13</CallID><Destination>2002</Destination><DSSDirectCall>0</DSSDirectCall>"
      "<BridgeCall>0</BridgeCall><CallCompletionCall>1</CallCompletionCall>",
-     [](Service& s) { return s.outgoingCallMake("1002", 13, "2002", false, false, true); }},
+     [](Service& s) { return s.outgoingCallMake(textOf("1002"), 13, charsOf("2002"), false, false, true); }},
     {coded, "<Method>AcceptCall</Method><Line>1003</Line><CallID>14</CallID>"
      "<AutoAnswer>1</AutoAnswer>",
-     [](Service& s) { return s.acceptCall("1003", 14, true); }},
+     [](Service& s) { return s.acceptCall(textOf("1003"), 14, true); }},
     {coded, "<Method>AcceptCall</Method><Line>1003</Line><CallID>14</CallID>"
      "<AutoAnswer>0</AutoAnswer>",
-     [](Service& s) { return s.acceptCall("1003", 14, false); }},
+     [](Service& s) { return s.acceptCall(textOf("1003"), 14, false); }},
     {coded, "<Method>AnswerCall</Method><Line>1004</Line><CallID>15</CallID>",
-     [](Service& s) { return s.answerCall("1004", 15); }},
+     [](Service& s) { return s.answerCall(textOf("1004"), 15); }},
     {coded, "<Method>DeflectCall</Method><Line>1005</Line><CallID>16</CallID>"
      "<Destination>2005</Destination>",
-     [](Service& s) { return s.deflectCall("1005", 16, "2005"); }},
+     [](Service& s) { return s.deflectCall(textOf("1005"), 16, charsOf("2005")); }},
     {coded, "<Method>HoldCall</Method><Line>1006</Line><CallID>17</CallID>"
      "<HoldCallReason>3</HoldCallReason><Manual>1</Manual>",
-     [](Service& s) { return s.holdCall("1006", 17, feature(3), true); }},
+     [](Service& s) { return s.holdCall(textOf("1006"), 17, feature(3), true); }},
     {coded, "<Method>HoldCall</Method><Line>1006</Line><CallID>17</CallID>"
      "<HoldCallReason>4</HoldCallReason><Manual>0</Manual>",
-     [](Service& s) { return s.holdCall("1006", 17, feature(4), false); }},
+     [](Service& s) { return s.holdCall(textOf("1006"), 17, feature(4), false); }},
     {coded, "<Method>RetrieveCall</Method><Line>1007</Line><CallID>18</CallID>",
-     [](Service& s) { return s.retrieveCall("1007", 18); }},
+     [](Service& s) { return s.retrieveCall(textOf("1007"), 18); }},
     {coded, "<Method>AttendedTransfer</Method><Line>1008</Line>"
      "<activeCall>12</activeCall><heldCall>7</heldCall>",
-     [](Service& s) { return s.attendedTransferCall("1008", 12, 7); }},
+     [](Service& s) { return s.attendedTransferCall(textOf("1008"), 12, 7); }},
     {coded, "<Method>BlindTransfer</Method><Line>1009</Line><CallID>19</CallID>"
      "<Destination>2009</Destination>",
-     [](Service& s) { return s.blindTransferCall("1009", 19, "2009"); }},
+     [](Service& s) { return s.blindTransferCall(textOf("1009"), 19, charsOf("2009")); }},
     {coded, "<Method>SendCSTARequest</Method><Line>1010</Line>"
      "<?xml?>\n<MakeCall/> \0 "s,
-     [](Service& s) { return s.SendCSTARequest("1010", "<?xml?>\n<MakeCall/> \0 "s); }},
+     [](Service& s) { return s.SendCSTARequest(textOf("1010"), "<?xml?>\n<MakeCall/> \0 "s); }},
     {posted, "<Method>SendUACSTAServerMessage</Method><Line>1011</Line> <a>\0</a>"s,
      [](Service& s) {
-         std::string line = "1011", message = " <a>\0</a>"s;
+         std::string line = textOf("1011"), message = " <a>\0</a>"s;
          s.sendUACSTAServerMessage(line, message);
-         return line == "1011" && message == " <a>\0</a>"s ? nothing : 0;
+         return line == textOf("1011") && message == " <a>\0</a>"s ? nothing : 0;
      }},
     {posted, "<Method>InitializeOrFinalizeServerFeatures</Method><Line>1012</Line>"
      "<initialize>1</initialize>",
-     [](Service& s) { s.InitializeOrFinalizeServerFeatures("1012", true); return nothing; }},
+     [](Service& s) { s.InitializeOrFinalizeServerFeatures(textOf("1012"), true); return nothing; }},
     {posted, "<Method>InitializeOrFinalizeServerFeatures</Method><Line>1012</Line>"
      "<initialize>0</initialize>",
-     [](Service& s) { s.InitializeOrFinalizeServerFeatures("1012", false); return nothing; }},
+     [](Service& s) { s.InitializeOrFinalizeServerFeatures(textOf("1012"), false); return nothing; }},
     {coded, "<Method>ActivateCallbackRinging</Method><Line>1013</Line>"
      "<CallID>20</CallID>",
-     [](Service& s) { return s.activateCallbackRinging("1013", 20); }},
+     [](Service& s) { return s.activateCallbackRinging(textOf("1013"), 20); }},
     {coded, "<Method>ActivateCallbackBusy</Method><Line>1014</Line>"
      "<CallID>21</CallID>",
-     [](Service& s) { return s.activateCallbackBusy("1014", 21); }},
+     [](Service& s) { return s.activateCallbackBusy(textOf("1014"), 21); }},
     {coded, "<Method>CancelCallbacks</Method><Line>1015</Line><CallID>22</CallID>"
      "<URI>sip:2015</URI><CancelCallBackType>2</CancelCallBackType>"
      "<DisplayOutcomeCallUI>1</DisplayOutcomeCallUI>",
-     [](Service& s) { return s.cancelCallbacks("1015", 22, "sip:2015", cancelling(2), true); }},
+     [](Service& s) { return s.cancelCallbacks(textOf("1015"), 22, textOf("sip:2015"), cancelling(2), true); }},
     {coded, "<Method>CancelCallbacks</Method><Line>1015</Line><CallID>22</CallID>"
      "<URI>sip:2015</URI><CancelCallBackType>3</CancelCallBackType>"
      "<DisplayOutcomeCallUI>0</DisplayOutcomeCallUI>",
-     [](Service& s) { return s.cancelCallbacks("1015", 22, "sip:2015", cancelling(3), false); }},
+     [](Service& s) { return s.cancelCallbacks(textOf("1015"), 22, textOf("sip:2015"), cancelling(3), false); }},
     {coded, "<Method>Consult</Method><Line>1016</Line><CallID>23</CallID>"
      "<Destination>2016</Destination>",
-     [](Service& s) { return s.consultationCall("1016", 23, "2016"); }},
+     [](Service& s) { return s.consultationCall(textOf("1016"), 23, charsOf("2016")); }},
     {coded, "<Method>RefuseCall</Method><Line>1017</Line><CallID>24</CallID>"
      "<RefuseCallReason>6</RefuseCallReason>",
-     [](Service& s) { return s.refuseCall("1017", 24, refusal(6)); }},
+     [](Service& s) { return s.refuseCall(textOf("1017"), 24, refusal(6)); }},
     {coded, "<Method>DirectedPickupCall</Method><Line>1018</Line>"
      "<CallID>25</CallID><CallToBePickedUp>3018</CallToBePickedUp><BLFPickup>1</BLFPickup>",
-     [](Service& s) { return s.directedPickupCall("1018", 25, "3018", true); }},
+     [](Service& s) { return s.directedPickupCall(textOf("1018"), 25, textOf("3018"), true); }},
     {coded, "<Method>DirectedPickupCall</Method><Line>1018</Line>"
      "<CallID>25</CallID><CallToBePickedUp>3018</CallToBePickedUp><BLFPickup>0</BLFPickup>",
-     [](Service& s) { return s.directedPickupCall("1018", 25, "3018", false); }},
+     [](Service& s) { return s.directedPickupCall(textOf("1018"), 25, textOf("3018"), false); }},
     {coded, "<Method>GroupPickupCall</Method><Line>1019</Line><CallID>26</CallID>",
-     [](Service& s) { return s.groupPickupCall("1019", 26); }},
+     [](Service& s) { return s.groupPickupCall(textOf("1019"), 26); }},
     {coded, "<Method>SetServiceState</Method><state>sfiServiceInService</state>",
      [](Service& s) { return s.setServiceState(sfiServiceInService); }},
     {coded, "<Method>SetServiceState</Method>"
@@ -169,15 +188,15 @@ inline const Request requests[] = {
      [](Service& s) { sfiServiceState state; return s.getServiceState(state); }},
     {coded, "<Method>SetDoNotDisturb</Method><Line>1020</Line>"
      "<doNotDisturbOn>1</doNotDisturbOn>",
-     [](Service& s) { return s.setDoNotDisturb("1020", true); }},
+     [](Service& s) { return s.setDoNotDisturb(textOf("1020"), true); }},
     {coded, "<Method>SetDoNotDisturb</Method><Line>1020</Line>"
      "<doNotDisturbOn>0</doNotDisturbOn>",
-     [](Service& s) { return s.setDoNotDisturb("1020", false); }},
+     [](Service& s) { return s.setDoNotDisturb(textOf("1020"), false); }},
     {preset, "<Method>GetDoNotDisturb</Method><deviceID>1021</deviceID>",
-     [](Service& s) { bool on; return s.getDoNotDisturb("1021", on); }},
+     [](Service& s) { bool on; return s.getDoNotDisturb(textOf("1021"), on); }},
     {coded, "<Method>SetAgentState</Method><Line>1022</Line>"
      "<agentState>ready</agentState>",
-     [](Service& s) { return s.setAgentState("1022", "ready"); }},
+     [](Service& s) { return s.setAgentState(textOf("1022"), textOf("ready")); }},
     {coded, "<Method>SetMicrophoneMute</Method><Status>1</Status>",
      [](Service& s) { return s.setMicrophoneMute(true); }},
     {coded, "<Method>SetMicrophoneMute</Method><Status>0</Status>",
@@ -186,23 +205,23 @@ inline const Request requests[] = {
      [](Service& s) { bool muted; return s.getMicrophoneMute(muted); }},
     {coded, "<Method>SystemStatus</Method><SystemStatus>DEGRADED</SystemStatus>"
      "<SystemStatusInfo>backup</SystemStatusInfo>",
-     [](Service& s) { return s.systemStatus("DEGRADED", "backup"); }},
+     [](Service& s) { return s.systemStatus(charsOf("DEGRADED"), charsOf("backup")); }},
     {coded, "<Method>GenerateDigits</Method><Line>1023</Line>"
      "<activeCall>27</activeCall><digits>12#</digits>",
-     [](Service& s) { return s.generateDigits("1023", 27, "12#"); }},
+     [](Service& s) { return s.generateDigits(textOf("1023"), 27, charsOf("12#")); }},
     {read, "<Method>GetDevices</Method>",
      [](Service& s) { std::vector<std::string> devices; return s.getDevices(devices); }},
     {coded, "<Method>ConferenceCall</Method><Line>1024</Line>"
      "<activeCall>28</activeCall><heldCall>8</heldCall><feature>5</feature>",
-     [](Service& s) { return s.conferenceCall("1024", 28, 8, feature(5)); }},
+     [](Service& s) { return s.conferenceCall(textOf("1024"), 28, 8, feature(5)); }},
     {posted, "<Method>RemoveConfParticipant</Method><callID>itos(29)</callID>"
      "<remoteParticipant>2025</remoteParticipant><conferenceMemberId>6</conferenceMemberId>",
-     [](Service& s) { s.RemoveConfParticipant(29, "2025", "6"); return nothing; }},
+     [](Service& s) { s.RemoveConfParticipant(29, textOf("2025"), textOf("6")); return nothing; }},
     {read, "<Method>getManualHoldIndication</Method><Line>1026</Line>"
      "<CallID>30</CallID>",
-     [](Service& s) { return int{s.getManualHoldIndication("1026", 30)}; }},
+     [](Service& s) { return int{s.getManualHoldIndication(textOf("1026"), 30)}; }},
     {coded, "<Method>AlternateCalls</Method><Line>1027</Line>",
-     [](Service& s) { return s.alternateCalls("1027"); }},
+     [](Service& s) { return s.alternateCalls(textOf("1027")); }},
     {read, "<Method>GetMessageWaitingIndicator</Method>",
      [](Service& s) {
          int n;
@@ -216,30 +235,31 @@ inline const Request requests[] = {
      [](Service& s) { return s.setAssociatedCalls(false); }},
     {coded, "<Method>setLampMode</Method><Line>1028</Line><lampId>lamp3</lampId>"
      "<lampMode>2</lampMode>",
-     [](Service& s) { return s.setLampMode("1028", "lamp3", 2); }},
+     [](Service& s) { return s.setLampMode(textOf("1028"), textOf("lamp3"), 2); }},
     {coded, "<Method>makeSecurityChangeReinvite</Method><Line>1029</Line>"
      "<CallID>31</CallID><forceFlag>1</forceFlag>",
-     [](Service& s) { return s.makeSecurityChangeReinvite("1029", 31, true); }},
+     [](Service& s) { return s.makeSecurityChangeReinvite(textOf("1029"), 31, true); }},
     {coded, "<Method>makeSecurityChangeReinvite</Method><Line>1029</Line>"
      "<CallID>31</CallID><forceFlag>0</forceFlag>",
-     [](Service& s) { return s.makeSecurityChangeReinvite("1029", 31, false); }},
+     [](Service& s) { return s.makeSecurityChangeReinvite(textOf("1029"), 31, false); }},
     {posted, "<Method>setIsInServiceInitiatedState</Method><Line>1030</Line>"
      "<IsInServiceInitiatedState>TRUE</IsInServiceInitiatedState>",
-     [](Service& s) { s.setIsInServiceInitiatedState("1030", true); return nothing; }},
+     [](Service& s) { s.setIsInServiceInitiatedState(textOf("1030"), true); return nothing; }},
     {posted, "<Method>setIsInServiceInitiatedState</Method><Line>1030</Line>"
      "<IsInServiceInitiatedState>FALSE</IsInServiceInitiatedState>",
-     [](Service& s) { s.setIsInServiceInitiatedState("1030", false); return nothing; }},
+     [](Service& s) { s.setIsInServiceInitiatedState(textOf("1030"), false); return nothing; }},
     {coded, "<Method>setForwardingConfiguration</Method><Line>1031</Line>"
      "<fwType>7</fwType><status>1</status><uri>sip:2031</uri><cfnrRingCount>4</cfnrRingCount>"
      "<forceTKVSUpdate>0</forceTKVSUpdate>",
      [](Service& s) {
-         return s.setForwardingConfiguration("1031", forwarding(7), true, "sip:2031", 4, false);
+         return s.setForwardingConfiguration(textOf("1031"), forwarding(7), true, textOf("sip:2031"),
+                                             4, false);
      }},
     {coded, "<Method>setForwardingConfiguration</Method><Line>1031</Line>"
      "<fwType>8</fwType><status>0</status><uri></uri><cfnrRingCount>0</cfnrRingCount>"
      "<forceTKVSUpdate>1</forceTKVSUpdate>",
      [](Service& s) {
-         return s.setForwardingConfiguration("1031", forwarding(8), false, "", 0, true);
+         return s.setForwardingConfiguration(textOf("1031"), forwarding(8), false, textOf(""), 0, true);
      }},
     {read, "<Method>getForwardingConfiguration</Method><fwType>9</fwType>",
      [](Service& s) {
@@ -250,9 +270,9 @@ inline const Request requests[] = {
      }},
     {posted, "<Method>callbackDOFeatureCallID</Method><CallID>32 </CallID>"
      "<instanceId>itos(3)</instanceId>",
-     [](Service& s) { s.callbackDOFeatureCallID("32 ", 3); return nothing; }},
+     [](Service& s) { s.callbackDOFeatureCallID(textOf("32 "), 3); return nothing; }},
     {read, "<Method>isCallHoldPossible</Method><Line>1032</Line>",
-     [](Service& s) { return int{s.isCallHoldPossible("1032")}; }},
+     [](Service& s) { return int{s.isCallHoldPossible(textOf("1032"))}; }},
 
     // A null C string cuts the request off; an empty one does not.
     {coded, "<Method>OutgoingCallMakeRequest</Method><Line>1</Line>"
