@@ -1,18 +1,16 @@
-// Hostile sizes: how time and memory grow with the length of a text. Time is a figure, not a check;
-// memory is held against the copies that the calls themselves ask for.
+// Hostile sizes: memory is held against the copies that the calls themselves ask for.
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
 #include "tests/support/Channel.h"
+#include "tests/support/Events.h"
 #include "tests/support/Tested.h"
 #include "tests/support/WritingSubscriber.h"
 
 #include <malloc.h>
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <new>
 
 namespace
@@ -95,14 +93,11 @@ std::string repeated(const char* piece, std::size_t size)
     return all;
 }
 
-std::string method(const char* name)
-{
-    return "<Method>" + std::string(name) + "</Method>";
-}
+using samples::method;
 
-std::string element(const std::string& tag, const std::string& value)
+std::string element(const char* tag, const std::string& value)
 {
-    return "<" + tag + ">" + value + "</" + tag + ">";
+    return samples::element({samples::text, tag}, value);
 }
 
 void event(Bench& bench, const std::string& text)
@@ -149,13 +144,6 @@ void signalling(Bench& bench, const std::string& text)
     bench.proxy.processSignallingComponentEvent(text.data(), static_cast<int>(text.size()));
 }
 
-/// What the memory alone costs, to hold the others against.
-void copy(Bench&, const std::string& text)
-{
-    const std::string other = text;
-    asm volatile("" : : "g"(other.data()) : "memory");
-}
-
 struct Case
 {
     const char* name;
@@ -174,7 +162,6 @@ const std::string closings = "</LineID></URI></Name></FullPAI></AlertInformation
 // channel, and an item of one byte takes a whole string in a list that grows by doubling. A request is
 // written once, into one string; what the channel keeps of it counts too.
 const Case cases[] = {
-    {"one plain copy, for comparison", [](std::size_t n) { return repeated("x", n); }, copy, 1},
     {"event, one long text",
      [](std::size_t n) { return method("CallHeldEvent") + element("LineID", repeated("x", n)); },
      event, 2},
@@ -233,75 +220,13 @@ const Case cases[] = {
     {"request, signalling data", [](std::size_t n) { return std::string(n, '\0'); }, signalling, 2},
 };
 
-double seconds()
-{
-    timespec time;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
-/// Best of some calls, in seconds.
-double timed(Bench& bench, const Case& which, const std::string& text)
-{
-    double best = 1e9;
-    double spent = 0;
-    for (int i = 0; i < 3 || (spent < 0.02 && i < 10000); ++i)
-    {
-        const double start = seconds();
-        which.call(bench, text);
-        const double time = seconds() - start;
-        best = time < best ? time : best;
-        spent += time;
-    }
-    return best;
-}
-
-/// The slope of log(time) over log(size) from `smallest` on: 1 is linear.
-double exponent(const std::vector<double>& allSizes, const std::vector<double>& allTimes,
-                double smallest)
-{
-    std::vector<double> sizes;
-    std::vector<double> times;
-    for (std::size_t i = 0; i < allSizes.size(); ++i)
-        if (allSizes[i] >= smallest)
-        {
-            sizes.push_back(allSizes[i]);
-            times.push_back(allTimes[i]);
-        }
-
-    double x = 0, y = 0, xx = 0, xy = 0;
-    const double n = static_cast<double>(sizes.size());
-    for (std::size_t i = 0; i < sizes.size(); ++i)
-    {
-        const double a = std::log(sizes[i]);
-        const double b = std::log(times[i]);
-        x += a;
-        y += b;
-        xx += a * a;
-        xy += a * b;
-    }
-    return (n * xy - x * y) / (n * xx - x * x);
-}
-
 }  // namespace
 
-int main(int argc, char** argv)
+int main()
 {
-    const std::size_t largest = (argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 16384) * 1024;
     int failures = 0;
-    // Memory is kept, so that what is measured is not how the system hands out pages.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    std::printf("exponents from 16 KiB and from 1 MiB on; the rest at %zu KiB\n", largest / 1024);
-    std::printf("%-36s %12s %12s %10s %10s %10s\n", "case", "exp. 16 KiB", "exp. 1 MiB", "ns/byte",
-                "peak/size", "at most");
     for (const Case& which : cases)
-    {
-        std::vector<double> sizes;
-        std::vector<double> times;
-        double perByte = 0;
-        double copies = 0;
-        for (std::size_t size = 1024; size <= largest; size *= 4)
+        for (std::size_t size = 1024; size <= 1024 * 1024; size *= 4)
         {
             Bench bench;
             const std::string text = which.text(size);
@@ -311,22 +236,12 @@ int main(int argc, char** argv)
             peak = live;
             which.call(bench, text);
             const double needed = static_cast<double>(peak - before);
-            copies = needed / static_cast<double>(size);
-            if (needed > which.copies * static_cast<double>(size) + 4096)
-            {
-                ++failures;
-                std::printf("too much memory: %s, %zu bytes, needed %.0f\n", which.name, size,
-                            needed);
-            }
-            const double time = timed(bench, which, text);
-            perByte = 1e9 * time / static_cast<double>(size);
-            sizes.push_back(static_cast<double>(size));
-            times.push_back(time);
+            const bool tooMuch = needed > which.copies * static_cast<double>(size) + 4096;
+            failures += tooMuch ? 1 : 0;
+            if (tooMuch || size == 1024 * 1024)
+                std::printf("%-36s %8zu bytes take %10.0f, %.2f times as much; at most %.0f%s\n",
+                            which.name, size, needed, needed / static_cast<double>(size),
+                            which.copies, tooMuch ? ": too much" : "");
         }
-        // Copies leave one cache after the other as they grow; from 1 MiB on they are in none.
-        std::printf("%-36s %12.2f %12.2f %10.3f %10.2f %10.0f\n", which.name,
-                    exponent(sizes, times, 16384), exponent(sizes, times, 1048576), perByte, copies,
-                    which.copies);
-    }
     return failures == 0 ? 0 : 1;
 }
