@@ -2,12 +2,12 @@
 
 #include "kit/language/Wording.h"
 #include "kit/language/Words.h"
+#include "kit/phone/Installed.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace kit::phone
 {
@@ -23,28 +23,16 @@ bool isFile(const std::string& path)
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Where the scripts lie that are installed with the program, "" when they are not.
-std::string installedScript(const std::string& name)
-{
-    char program[4096];
-    const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
-    if (length <= 0 || name.find('/') != std::string::npos)
-        return "";
-    std::string path(program, static_cast<std::size_t>(length));
-    path.erase(path.rfind('/'));
-    path += "/../share/communications-service/scripts/" + name;
-    return isFile(path) ? path : "";
-}
-
 }  // namespace
 
 Script readScript(const std::string& path)
 {
-    const std::string installed = isFile(path) ? "" : installedScript(path);
-    std::ifstream in(installed.empty() ? path : installed, std::ios::binary);
+    const std::string own =
+        isFile(path) || path.find('/') != std::string::npos ? "" : installed("scripts/" + path);
+    std::ifstream in(own.empty() ? path : own, std::ios::binary);
     const std::string what = "cannot read the script " + shown(path, 200) + ": ";
     struct stat status = {};
-    if (in && installed.empty() && stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+    if (in && own.empty() && stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         throw Mistake(what + "it is a directory");
     if (!in)
         throw Mistake(what + std::strerror(errno));

@@ -4,6 +4,7 @@
 #include "kit/language/Wording.h"
 #include "kit/phone/Interruptions.h"
 #include "kit/phone/LineEditor.h"
+#include "kit/phone/NewApplication.h"
 #include "kit/phone/TraceView.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
@@ -32,6 +33,7 @@ struct Options
     std::string ladderFrom;
     std::string page;
     std::string other;
+    std::string newApplication;
     std::string line;
     std::string call;
     std::vector<std::string> methods;
@@ -112,6 +114,9 @@ void declare(CLI::App& app, Options& options)
                    "Write the trace, of what is done here or of --ladder-from, as a page "
                    "for a browser")
         ->type_name("FILE");
+    app.add_option("--new-application", options.newApplication,
+                   "Put a small application with a test into this new folder, and exit")
+        ->type_name("DIR");
     app.add_option("--width", options.width, "Columns of a call flow; else the terminal's, or 80")
         ->type_name("COLUMNS")
         ->check(CLI::Range(TextLadder::narrowest, std::size_t(1000)));
@@ -309,6 +314,11 @@ int run(int argc, char** argv)
     }
     try
     {
+        if (!options.newApplication.empty())
+        {
+            std::cout << makeApplication(options.newApplication) << '\n';
+            return static_cast<int>(Verdict::met);
+        }
         return options.ladderFrom.empty() ? Program(options).run() : view(options);
     }
     catch (const Unreachable& error)

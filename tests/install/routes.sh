@@ -158,6 +158,17 @@ add_subdirectory | fetch_content)
 kit)
     STANDARD=17 build kit -DCMAKE_PREFIX_PATH="$moved"
     ;;
+new-application)
+    # The application that the console phone begins, with nothing changed.
+    rm -rf "$WORK/begun"
+    "$moved/bin/communications-phone" --new-application "$WORK/begun" >"$WORK/begun.log"
+    cd "$WORK/begun"
+    {
+        CXXFLAGS=$flags "$CMAKE" -B build -DCMAKE_PREFIX_PATH="$moved" &&
+            "$CMAKE" --build build && ctest --test-dir build --output-on-failure
+    } >log 2>&1 || { cat log && fail "it does not build or pass"; }
+    grep -q '100% tests passed, 0 tests failed out of 2' log || { cat log && fail "no tests"; }
+    ;;
 quick-start)
     # The quick start as its page tells it: the program that it shows, in a folder of its own.
     rm -rf "$WORK/quick-start" && cp -r "$here/outside/quick-start" "$WORK/"

@@ -292,6 +292,41 @@ TEST(PhoneProgram, WatchesATraceAsItGrows)
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
+TEST(PhoneProgram, BeginsAnApplication)
+{
+    // That it builds and passes is tested where it is installed.
+    const Folder folder;
+    const std::string path = folder.file("Busy-Lamp_2");
+    const Ended ended = phone(folder, "--new-application " + path + "/");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_NE(ended.out.find("  ctest --test-dir " + path), std::string::npos) << ended.out;
+    EXPECT_NE(folder.read("Busy-Lamp_2/CMakeLists.txt").find("\nproject(Busy-Lamp_2 LANGUAGES"),
+              std::string::npos);
+    for (const char* file :
+         {"CMakeLists.txt", "Application.h", "Application.cpp", "main.cpp", "Application_test.cpp"})
+    {
+        const std::string text = folder.read(std::string("Busy-Lamp_2/") + file);
+        EXPECT_FALSE(text.empty()) << file;
+        EXPECT_EQ(text.find("new-application"), std::string::npos) << file;
+    }
+    const struct
+    {
+        std::string folder;
+        std::string error;
+    } rows[] = {
+        {path, path + " is there already"},
+        {folder.file("8"),
+         "an application cannot be called 8: letters, digits, - and _, the first one a letter"},
+        {folder.file("in") + "/x", "cannot make " + folder.file("in") + "/x: Not a directory"},
+    };
+    for (const auto& row : rows)
+    {
+        const Ended refused = phone(folder, "--new-application " + row.folder);
+        EXPECT_EQ(refused.status, 2);
+        EXPECT_EQ(refused.errors, "communications-phone: " + row.error + "\n");
+    }
+}
+
 TEST(PhoneProgram, AMarkBeforeTheFirstLineOfAScriptIsNoWord)
 {
     const Folder folder;
