@@ -1,38 +1,24 @@
 #include "kit/binding/Subscriber.h"
 
-#include <stdexcept>
 #include <utility>
 
 namespace kit
 {
 
-namespace
+bool ReceivedEvent::has(const std::string& argument) const
 {
-
-std::size_t indexOf(const Event& event, const std::string& name)
-{
-    std::size_t index = 0;
-    for (const Field& field : event.arguments)
-    {
-        if (name == field.argument || (*field.tag != '\0' && name == field.tag))
-            break;
-        ++index;
-    }
-    return index;
+    return placeOf(event->arguments, argument) < values.size();
 }
-
-}  // namespace
 
 std::string ReceivedEvent::value(const std::string& argument) const
 {
-    const std::size_t index = indexOf(*event, argument);
-    return index < values.size() ? values[index] : std::string();
+    return values[checkedPlaceOf(event->method, event->arguments, argument)];
 }
 
 std::string ReceivedEvent::text(const std::string& argument) const
 {
-    const std::size_t index = indexOf(*event, argument);
-    return index < values.size() ? toPeople(event->arguments[index], values[index]) : std::string();
+    const std::size_t place = checkedPlaceOf(event->method, event->arguments, argument);
+    return toPeople(event->arguments[place], values[place]);
 }
 
 std::string ReceivedEvent::inWords() const
@@ -46,23 +32,6 @@ std::string ReceivedEvent::inWords() const
         words += std::string(" ") + field.argument + "=" + (plain ? value : "\"" + value + "\"");
     }
     return words;
-}
-
-std::string ExpectedEvent::difference(const ReceivedEvent& received) const
-{
-    const Event* const expected = findEvent(method);
-    if (expected == nullptr)
-        throw std::invalid_argument("there is no event " + method);
-    eventText(*expected, values);  // throws for what the event cannot have
-    if (received.event != expected)
-        return "it is " + received.method();
-    for (const auto& [name, value] : values)
-    {
-        const std::size_t index = indexOf(*expected, name);
-        if (toWire(expected->arguments[index], value) != received.values[index])
-            return name + " is " + received.text(name);
-    }
-    return std::string();
 }
 
 void EventEar::receive(const char* callback, std::vector<std::string> values)

@@ -22,7 +22,10 @@ struct ReceivedEvent
 
     std::string method() const { return event->method; }
 
-    /// The value of an argument, "" for a name that the event does not have.
+    bool has(const std::string& argument) const;
+
+    /// The value of an argument, by its name or its tag. Throws std::invalid_argument for a name
+    /// that the event does not have, with the one that was probably meant.
     std::string value(const std::string& argument) const;
 
     /// The same for people: numbers by name, flags as true and false.
@@ -30,17 +33,6 @@ struct ReceivedEvent
 
     /// "CallHeldEvent lineId=1001 callId=7".
     std::string inWords() const;
-};
-
-/// What a received event should be: its method name and some values, as people give them.
-struct ExpectedEvent
-{
-    std::string method;
-    Values values;
-
-    /// How `received` differs: "" when it does not, else for people, "callState is held". Throws
-    /// std::invalid_argument for a name or value that the event cannot have.
-    std::string difference(const ReceivedEvent& received) const;
 };
 
 /// Turns the arguments of any callback into the values of its event.

@@ -68,6 +68,10 @@ public:
     virtual Delivery control(const std::string& command, ControlAnswer& answer,
                              std::chrono::milliseconds timeout) = 0;
 
+    /// Whether time passes while an answer is awaited. A service in this process answers at once or
+    /// never.
+    virtual bool takesTime() const = 0;
+
     /// For messages to people: "the service in this process", "the service at /run/x.sock".
     virtual std::string description() const = 0;
 };

@@ -93,9 +93,6 @@ public:
     Core& operator=(const Core&) = delete;
 
     CommunicationsServiceIfc& service() { return *service_; }
-    Proxy& proxy() { return *proxy_; }
-    Invoker& invoker() { return *invoker_; }
-    const Library& library() const { return library_; }
 
     std::shared_ptr<Connection> connection() const
     {
@@ -126,6 +123,9 @@ public:
 
     std::string channelOf(Executable& subscriber)
     {
+        if (dynamic_cast<CommunicationsServiceEventIfc*>(&subscriber) == nullptr)
+            throw ChannelException("a subscriber has to be both, an Executable and a "
+                                   "CommunicationsServiceEventIfc: this one is an Executable only");
         const std::lock_guard<std::mutex> lock(inbox_->mutex);
         for (const auto& [channel, known] : subscribers_)
             if (known == &subscriber)
@@ -164,7 +164,9 @@ public:
         std::unique_lock<std::mutex> lock(inbox_->mutex);
         if (deliverer_ == std::this_thread::get_id())
             return 0;
-        inbox_->changed.wait_for(lock, wait, [&] { return !inbox_->waiting.empty(); });
+        // A wait that is over before it begins still costs a timer.
+        if (wait.count() > 0)
+            inbox_->changed.wait_for(lock, wait, [&] { return !inbox_->waiting.empty(); });
         std::size_t delivered = 0;
         while (!inbox_->waiting.empty())
         {
@@ -211,7 +213,7 @@ private:
                 waiting.push_back({channel, event, false});
                 // In here, so that it sees them in their order and none behind the framework's end.
                 tell(observer, {Passage::What::arrival,
-                                Sending::nothing,
+                                Sending::request,
                                 0,
                                 channel,
                                 event,
@@ -391,19 +393,12 @@ private:
     void deliver(Executable& subscriber, const Arrived& event)
     {
         observe({Passage::What::event,
-                 Sending::nothing,
+                 Sending::request,
                  0,
                  event.channel,
                  event.text,
                  Delivery::done,
                  {}});
-        // The library would call through a null pointer.
-        if (dynamic_cast<CommunicationsServiceEventIfc*>(&subscriber) == nullptr)
-        {
-            report("the subscriber of " + event.channel +
-                   " does not implement CommunicationsServiceEventIfc");
-            return;
-        }
         try
         {
             invoker_->handleMessage(&subscriber, event.text.c_str(),
@@ -458,21 +453,6 @@ Framework::~Framework() = default;
 CommunicationsServiceIfc& Framework::service()
 {
     return core_->service();
-}
-
-Proxy& Framework::proxy()
-{
-    return core_->proxy();
-}
-
-Invoker& Framework::invoker()
-{
-    return core_->invoker();
-}
-
-const Library& Framework::library() const
-{
-    return core_->library();
 }
 
 std::shared_ptr<Connection> Framework::connection() const

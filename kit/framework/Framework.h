@@ -4,8 +4,6 @@
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceIfc.h"
 #include "framework/Executable.h"
-#include "framework/Invoker.h"
-#include "framework/Proxy.h"
 #include "kit/framework/Connection.h"
 #include "kit/framework/Library.h"
 #include "kit/protocol/Protocol.h"
@@ -32,7 +30,7 @@ struct Passage
     };
 
     What what;
-    Sending sending;       ///< how it was sent; `nothing` for an event and its arrival
+    Sending sending;       ///< how a request or a message is sent; nothing else looks at it
     std::uint64_t number;  ///< counts requests; an answer has that of its request
     std::string channel;   ///< of an event or a subscription: the subscriber's
     std::string text;      ///< as it travels
@@ -50,7 +48,7 @@ struct Passage
 /// inside a callback work; the events that they cause come after it.
 ///
 /// Ownership: the framework owns the connection, the proxy and the invoker. Subscribers stay the
-/// application's: remove() each before it is destroyed, or destroy the framework first. init() and
+/// application's: remove() each before it is destroyed, or let a Subscription do so. init() and
 /// shutdown() are not called on them.
 ///
 /// Failures: a service that does not answer in time, or is gone, leaves the response empty, so that
@@ -100,11 +98,8 @@ public:
     Framework(const Framework&) = delete;
     Framework& operator=(const Framework&) = delete;
 
-    /// The library's own objects.
+    /// The library's operations.
     CommunicationsServiceIfc& service();
-    Proxy& proxy();
-    Invoker& invoker();
-    const Library& library() const;
 
     /// The connection in use, for control(); valid for as long as the pointer is held.
     std::shared_ptr<Connection> connection() const;
@@ -113,7 +108,9 @@ public:
     /// one are dropped and its subscriptions are gone: subscribe again.
     void reconnect(std::unique_ptr<Connection> connection);
 
-    /// Name of a subscriber's channel; a new one gets a name. This is what the library is told.
+    /// Name of a subscriber's channel; a new one gets a name. This is what the library is told. A
+    /// subscriber that is no CommunicationsServiceEventIfc as well is refused by MarloException, here
+    /// and when it subscribes: the library would call through a null pointer at its first event.
     std::string channelOf(Executable& subscriber);
 
     /// Lets an event come in as if the service had sent it.

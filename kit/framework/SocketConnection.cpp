@@ -391,6 +391,11 @@ Delivery SocketConnection::control(const std::string& command, ControlAnswer& an
     return delivery;
 }
 
+bool SocketConnection::takesTime() const
+{
+    return true;
+}
+
 std::string SocketConnection::description() const
 {
     return "the service at " + core_->path;

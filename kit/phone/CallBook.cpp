@@ -84,7 +84,7 @@ void CallBook::setLines(const std::vector<std::string>& lines)
 void CallBook::take(const ReceivedEvent& event)
 {
     const std::string method = event.event->method;
-    const int id = number(event.value("callId"));
+    const int id = event.has("callId") ? number(event.value("callId")) : 0;
     if (method == "CallStateChangeEvent")
     {
         const int state = number(event.value("callState"));
@@ -183,7 +183,7 @@ CallBook::Call& CallBook::call(int id, const ReceivedEvent& event)
     }
     if (!event.value("lineId").empty())
         found->line = event.value("lineId");
-    if (!event.value("uri").empty())
+    if (event.has("uri") && !event.value("uri").empty())
         found->farEnd = event.value("uri");
     return *found;
 }

@@ -33,14 +33,12 @@ const Event& eventNamed(const Word& word)
 
 std::size_t argumentNamed(const Event& event, const Word& word)
 {
+    const std::size_t place = placeOf(event.arguments, word.name);
+    if (place < event.arguments.size())
+        return place;
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < event.arguments.size(); ++i)
-    {
-        if (word.name == event.arguments[i].argument ||
-            (*event.arguments[i].tag != '\0' && word.name == event.arguments[i].tag))
-            return i;
-        names.push_back(event.arguments[i].argument);
-    }
+    for (const Field& field : event.arguments)
+        names.push_back(field.argument);
     const std::string near = nearest(word.name, names);
     std::string all;
     for (const std::string& name : names)
@@ -51,32 +49,34 @@ std::size_t argumentNamed(const Event& event, const Word& word)
                   word.column);
 }
 
+std::string inWords(const Field& field, const std::string& value)
+{
+    return std::string(field.argument) + "=" + shown(toPeople(field, value), 200);
+}
+
 }  // namespace
 
 Expectation Expectation::parse(const std::vector<Word>& words)
 {
-    Expectation expectation;
     auto word = words.begin();
-    if (word != words.end() && word->name.empty() && word->text == "no")
-    {
-        expectation.none = true;
+    const bool none = word != words.end() && word->name.empty() && word->text == "no";
+    if (none)
         ++word;
-    }
     if (word == words.end() || !word->name.empty())
         throw Mistake("expect needs an event: expect [no] EVENT [field=value ...] [within TIME] "
                       "[as NAME]",
                       word == words.end() ? 0 : word->column);
-    expectation.event = &eventNamed(*word++);
+    Expectation expectation{none, ExpectedEvent(eventNamed(*word++)), std::chrono::seconds(1), ""};
     while (word != words.end())
     {
         const Word& current = *word++;
         if (!current.name.empty())
         {
-            const std::size_t argument = argumentNamed(*expectation.event, current);
-            const Field& field = expectation.event->arguments[argument];
+            const std::size_t argument = argumentNamed(*expectation.event.event, current);
+            const Field& field = expectation.event.event->arguments[argument];
             const bool pattern = isText(field.kind) && !current.quoted &&
                                  current.text.find('*') != std::string::npos;
-            expectation.wanted.push_back({argument, readValue(field, current), pattern});
+            expectation.event.wanted.push_back({argument, readValue(field, current), pattern});
             continue;
         }
         const bool keyword = current.text == "within" || current.text == "as";
@@ -96,77 +96,39 @@ Expectation Expectation::parse(const std::vector<Word>& words)
     return expectation;
 }
 
-bool Expectation::matches(const ReceivedEvent& received) const
-{
-    return received.event == event && differences(received).empty();
-}
-
-std::vector<std::size_t> Expectation::differences(const ReceivedEvent& received) const
-{
-    std::vector<std::size_t> different;
-    for (std::size_t i = 0; i < wanted.size(); ++i)
-    {
-        const std::string& value = received.values[wanted[i].argument];
-        if (wanted[i].pattern ? !matchesPattern(wanted[i].value, value) : value != wanted[i].value)
-            different.push_back(i);
-    }
-    return different;
-}
-
-std::string Expectation::inWords(std::size_t argument, const std::string& value) const
-{
-    const Field& field = event->arguments[argument];
-    return std::string(field.argument) + "=" + shown(toPeople(field, value), 200);
-}
-
 std::string Expectation::description() const
 {
-    std::string text = event->method;
-    for (const Wanted& want : wanted)
-        text += " " + inWords(want.argument, want.value);
+    std::string text = event.event->method;
+    for (const ExpectedEvent::Wanted& want : event.wanted)
+        text += " " + inWords(event.event->arguments[want.argument], want.value);
     return text;
 }
 
 std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& events,
                                               std::size_t begin) const
 {
-    const ReceivedEvent* nearestEvent = nullptr;
-    std::vector<std::size_t> fewest;
-    std::string others;
-    for (std::size_t i = begin; i < events.size(); ++i)
-    {
-        if (events[i].event != event)
-        {
-            const std::string method = events[i].method();
-            if (others.find(method) == std::string::npos)
-                others += (others.empty() ? "" : ", ") + method;
-            continue;
-        }
-        const std::vector<std::size_t> different = differences(events[i]);
-        // Of two that are equally near the later one is more likely to be meant.
-        if (nearestEvent == nullptr || different.size() <= fewest.size())
-        {
-            nearestEvent = &events[i];
-            fewest = different;
-        }
-    }
+    const auto first = events.begin() + static_cast<std::ptrdiff_t>(begin);
     std::vector<std::string> lines;
-    if (nearestEvent != nullptr)
+    if (const ReceivedEvent* const nearest = event.nearest(first, events.end()))
     {
-        lines.push_back("nearest: " + eventLabel(*nearestEvent));
-        for (const std::size_t i : fewest)
-            lines.push_back(
-                "differs: " + inWords(wanted[i].argument, wanted[i].value) + " was awaited, " +
-                inWords(wanted[i].argument, nearestEvent->values[wanted[i].argument]) + " came");
+        lines.push_back("nearest: " + eventLabel(*nearest));
+        for (const std::size_t i : event.differences(*nearest))
+        {
+            const ExpectedEvent::Wanted& want = event.wanted[i];
+            const Field& field = event.event->arguments[want.argument];
+            lines.push_back("differs: " + inWords(field, want.value) + " was awaited, " +
+                            inWords(field, nearest->values[want.argument]) + " came");
+        }
         return lines;
     }
-    for (std::size_t i = begin; i-- > 0;)
-        if (matches(events[i]))
-        {
-            lines.push_back("nearest: such an event came earlier, before the one that was expected "
-                            "last");
-            break;
-        }
+    if (std::any_of(events.begin(), first,
+                    [this](const ReceivedEvent& earlier) { return event.matches(earlier); }))
+        lines.push_back(
+            "nearest: such an event came earlier, before the one that was expected last");
+    std::string others;
+    for (auto other = first; other != events.end(); ++other)
+        if (others.find(other->method()) == std::string::npos)
+            others += (others.empty() ? "" : ", ") + other->method();
     lines.push_back(others.empty() ? "no event came" : "events that came: " + others);
     return lines;
 }
@@ -174,39 +136,9 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
 std::string capturedBy(const ReceivedEvent& received)
 {
     for (const char* argument : {"callId", "newCallId", "currentCallId"})
-        if (!received.value(argument).empty())
+        if (received.has(argument) && !received.value(argument).empty())
             return argument;
     return "";
-}
-
-bool matchesPattern(const std::string& pattern, const std::string& text)
-{
-    // Where the last "*" stood, and how much of the text it stands for so far.
-    std::size_t star = std::string::npos;
-    std::size_t resume = 0;
-    std::size_t p = 0;
-    std::size_t t = 0;
-    while (t < text.size())
-        if (p < pattern.size() && pattern[p] == '*')
-        {
-            star = p++;
-            resume = t;
-        }
-        else if (p < pattern.size() && pattern[p] == text[t])
-        {
-            ++p;
-            ++t;
-        }
-        else if (star != std::string::npos)
-        {
-            p = star + 1;
-            t = ++resume;
-        }
-        else
-            return false;
-    while (p < pattern.size() && pattern[p] == '*')
-        ++p;
-    return p == pattern.size();
 }
 
 std::vector<std::string> eventNames()

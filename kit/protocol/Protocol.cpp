@@ -145,10 +145,34 @@ std::string numbersText(const Field& field, const std::string& value)
 
 }  // namespace
 
+std::size_t placeOf(const std::vector<Field>& fields, const std::string& name)
+{
+    const auto found =
+        std::find_if(fields.begin(), fields.end(),
+                     [&](const Field& field) {
+                         return name == field.argument || (*field.tag != '\0' && name == field.tag);
+                     });
+    return static_cast<std::size_t>(found - fields.begin());
+}
+
+std::size_t checkedPlaceOf(const std::string& message, const std::vector<Field>& fields,
+                           const std::string& name)
+{
+    const std::size_t place = placeOf(fields, name);
+    if (place < fields.size())
+        return place;
+    std::vector<std::string> names;
+    for (const Field& field : fields)
+        names.push_back(field.argument);
+    const std::string near = nearest(name, names);
+    throw std::invalid_argument("unknown field " + name + " in " + message +
+                                (near.empty() ? "" : ", did you mean " + near + "?"));
+}
+
 const std::string* valueFor(const Field& field, const Values& values)
 {
     for (const auto& [name, value] : values)
-        if (name == field.argument || (*field.tag != '\0' && name == field.tag))
+        if (placeOf({field}, name) == 0)
             return &value;
     return nullptr;
 }
@@ -156,20 +180,7 @@ const std::string* valueFor(const Field& field, const Values& values)
 void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values)
 {
     for (const auto& entry : values)
-    {
-        const std::string& name = entry.first;
-        const bool known = std::any_of(fields.begin(), fields.end(),
-                                       [&](const Field& field)
-                                       { return name == field.argument || name == field.tag; });
-        if (known)
-            continue;
-        std::vector<std::string> names;
-        for (const Field& field : fields)
-            names.push_back(field.argument);
-        const std::string near = nearest(name, names);
-        throw std::invalid_argument("unknown field " + name + " in " + message +
-                                    (near.empty() ? "" : ", did you mean " + near + "?"));
-    }
+        checkedPlaceOf(message, fields, entry.first);
 }
 
 const Operation* findOperation(const std::string& name)

@@ -149,6 +149,13 @@ std::string requestText(const Operation& operation, const Values& values,
 /// probably meant; `message` is what the text calls the message.
 void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values);
 
+/// Place of the field with this argument or tag; the number of fields when there is none.
+std::size_t placeOf(const std::vector<Field>& fields, const std::string& name);
+
+/// The same, but throws std::invalid_argument as checkNames does.
+std::size_t checkedPlaceOf(const std::string& message, const std::vector<Field>& fields,
+                           const std::string& name);
+
 /// The value given for a field by its argument's name or its tag; null when there is none.
 const std::string* valueFor(const Field& field, const Values& values);
 

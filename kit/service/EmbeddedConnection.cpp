@@ -150,6 +150,11 @@ Delivery EmbeddedConnection::control(const std::string& command, ControlAnswer& 
     return Delivery::done;
 }
 
+bool EmbeddedConnection::takesTime() const
+{
+    return false;
+}
+
 std::string EmbeddedConnection::description() const
 {
     return "the service in this process";

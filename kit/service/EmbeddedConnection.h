@@ -38,6 +38,7 @@ public:
     Delivery post(const std::string& message) override;
     Delivery control(const std::string& command, ControlAnswer& answer,
                      std::chrono::milliseconds timeout) override;
+    bool takesTime() const override;
     std::string description() const override;
 
 private:

@@ -1,5 +1,6 @@
 #include "kit/testing/EventRecorder.h"
 
+#include "kit/language/Durations.h"
 #include "kit/testing/Names.h"
 
 #include <algorithm>
@@ -11,24 +12,26 @@ namespace kit
 namespace
 {
 
-std::string inWords(const ExpectedEvent& expected)
+std::string inWords(const std::string& method, const Values& values)
 {
-    std::string words = expected.method;
-    for (const auto& [name, value] : expected.values)
+    std::string words = method;
+    for (const auto& [name, value] : values)
         words += " " + name + "=" + value;
     return words;
 }
 
-/// Values that differ; more than any number of them for another event.
-std::size_t distance(const ExpectedEvent& expected, const ReceivedEvent& received)
+/// "callState is held, reason is busy"
+std::string difference(const ExpectedEvent& expected, const ReceivedEvent& received)
 {
-    if (received.method() != expected.method)
-        return expected.values.size() + 1;
-    return static_cast<std::size_t>(std::count_if(
-        expected.values.begin(), expected.values.end(),
-        [&](const std::pair<std::string, std::string>& value) {
-            return !ExpectedEvent{expected.method, {value}}.difference(received).empty();
-        }));
+    if (received.event != expected.event)
+        return "it is " + received.method();
+    std::string text;
+    for (const std::size_t i : expected.differences(received))
+    {
+        const char* const name = expected.event->arguments[expected.wanted[i].argument].argument;
+        text += (text.empty() ? "" : ", ") + std::string(name) + " is " + received.text(name);
+    }
+    return text;
 }
 
 }  // namespace
@@ -36,19 +39,19 @@ std::size_t distance(const ExpectedEvent& expected, const ReceivedEvent& receive
 EventRecorder::Found EventRecorder::waitFor(const std::string& method, const Values& values,
                                             std::chrono::milliseconds timeout)
 {
-    eventText(checkEvent(method), values);  // throws for what the event cannot have
-    const ExpectedEvent expected = {method, values};
+    const ExpectedEvent expected(checkEvent(method), values);
     Found found;
     std::unique_lock<std::mutex> lock(mutex_);
     if (!arrived_.wait_for(lock, timeout, [&] { return take(expected, found); }))
-        found.problem = problem(expected, timeout);
+        found.problem = "no " + inWords(method, values) + " within " + durationText(timeout) +
+                        nearest(expected);
     return found;
 }
 
 bool EventRecorder::take(const ExpectedEvent& expected, Found& found)
 {
     for (Entry& entry : entries_)
-        if (!entry.used && expected.difference(entry.event).empty())
+        if (!entry.used && expected.matches(entry.event))
         {
             entry.used = true;
             found.met = true;
@@ -58,20 +61,18 @@ bool EventRecorder::take(const ExpectedEvent& expected, Found& found)
     return false;
 }
 
-std::string EventRecorder::problem(const ExpectedEvent& expected,
-                                   std::chrono::milliseconds timeout) const
+std::string EventRecorder::nearest(const ExpectedEvent& expected) const
 {
-    std::string text =
-        "no " + inWords(expected) + " within " + std::to_string(timeout.count()) + " ms";
-    const Entry* nearest = nullptr;
+    std::vector<ReceivedEvent> unused;
     for (const Entry& entry : entries_)
-        if (!entry.used && (nearest == nullptr ||
-                            distance(expected, entry.event) <= distance(expected, nearest->event)))
-            nearest = &entry;
+        if (!entry.used)
+            unused.push_back(entry.event);
+    if (unused.empty())
+        return "; nothing else came";
+    const ReceivedEvent* nearest = expected.nearest(unused.begin(), unused.end());
     if (nearest == nullptr)
-        return text + "; nothing else came";
-    return text + "; nearest: " + nearest->event.inWords() + " (" +
-           expected.difference(nearest->event) + ")";
+        nearest = &unused.back();
+    return "; nearest: " + nearest->inWords() + " (" + difference(expected, *nearest) + ")";
 }
 
 std::vector<ReceivedEvent> EventRecorder::events() const

@@ -1,7 +1,7 @@
 #ifndef KIT_TESTING_EVENT_RECORDER_H
 #define KIT_TESTING_EVENT_RECORDER_H
 
-#include "kit/binding/Subscriber.h"
+#include "kit/binding/ExpectedEvent.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -64,7 +64,7 @@ private:
     };
 
     bool take(const ExpectedEvent& expected, Found& found);
-    std::string problem(const ExpectedEvent& expected, std::chrono::milliseconds timeout) const;
+    std::string nearest(const ExpectedEvent& expected) const;
 
     mutable std::mutex mutex_;
     std::condition_variable arrived_;

@@ -26,6 +26,8 @@ using Exchange = std::function<Delivery(std::string& answer)>;
 class FaultConnection::Faults
 {
 public:
+    explicit Faults(bool takesTime) : takesTime_(takesTime) {}
+
     struct Entry
     {
         Fault fault;
@@ -76,9 +78,44 @@ public:
         return *found;
     }
 
+    /// The service goes, and stays gone.
+    void go()
+    {
+        Connection::GoneSink sink;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            if (gone_)
+                return;
+            gone_ = true;
+            sink = goneSink_;
+        }
+        if (sink)
+            sink();
+    }
+
+    bool gone() const
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return gone_;
+    }
+
+    void setGoneSink(Connection::GoneSink sink)
+    {
+        bool already = false;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            already = gone_;
+            goneSink_ = sink;
+        }
+        if (already && sink)
+            sink();
+    }
+
     /// False when the faults were cleared since the entry was taken.
     bool wait(const Entry& entry, std::chrono::milliseconds time)
     {
+        if (!takesTime_)
+            return true;
         std::unique_lock<std::mutex> lock(mutex_);
         return !changed_.wait_for(lock, time, [&] { return cleared_ != entry.cleared; });
     }
@@ -86,13 +123,18 @@ public:
     Delivery exchange(const std::string& request, std::string& answer,
                       std::chrono::milliseconds timeout, const Exchange& send)
     {
+        if (gone())
+            return Delivery::gone;
         const std::optional<Entry> entry = take(parse(request).method, false);
         if (!entry)
             return send(answer);
         if (entry->fault == Fault::exception)
             throw ChannelException("the channel failed on command");
         if (entry->fault == Fault::gone)
+        {
+            go();
             return Delivery::gone;
+        }
         if (entry->fault == Fault::failure)
         {
             answer = "sfiFailure";
@@ -107,16 +149,37 @@ public:
         return spoil(*entry, real, answer, timeout);
     }
 
+    Delivery post(const std::string& method, const std::function<Delivery()>& send)
+    {
+        if (gone())
+            return Delivery::gone;
+        const std::optional<Entry> entry = take(method, false);
+        if (entry && entry->fault == Fault::exception)
+            throw ChannelException("the channel failed on command");
+        if (entry && entry->fault == Fault::gone)
+        {
+            go();
+            return Delivery::gone;
+        }
+        if (entry && entry->fault == Fault::duplicate)
+            send();
+        return send();
+    }
+
     /// What becomes of an event: nothing, itself once or twice, or something else.
     std::vector<std::string> events(const std::string& event)
     {
+        if (gone())
+            return {};
         const std::optional<Entry> entry = take(parse(event).method, true);
         if (!entry)
             return {event};
         switch (entry->fault)
         {
         case Fault::noAnswer:
+            return {};
         case Fault::gone:
+            go();
             return {};
         case Fault::empty:
             return {""};
@@ -169,27 +232,13 @@ private:
     std::vector<Entry> entries_;
     int happened_ = 0;
     int cleared_ = 0;
+    const bool takesTime_;
+    bool gone_ = false;
+    Connection::GoneSink goneSink_;
 };
 
-const std::vector<std::string>& faultNames()
-{
-    static const std::vector<std::string> names = {"delay",     "noAnswer",  "failure",
-                                                   "empty",     "garbage",   "truncated",
-                                                   "duplicate", "exception", "gone"};
-    return names;
-}
-
-bool faultOf(const std::string& name, Fault& fault)
-{
-    const auto found = std::find(faultNames().begin(), faultNames().end(), name);
-    if (found == faultNames().end())
-        return false;
-    fault = static_cast<Fault>(found - faultNames().begin());
-    return true;
-}
-
 FaultConnection::FaultConnection(std::unique_ptr<Connection> connection)
-    : faults_(std::make_shared<Faults>()), connection_(std::move(connection))
+    : faults_(std::make_shared<Faults>(connection->takesTime())), connection_(std::move(connection))
 {
 }
 
@@ -226,12 +275,14 @@ void FaultConnection::setEventSink(EventSink sink)
 
 void FaultConnection::setGoneSink(GoneSink sink)
 {
-    connection_->setGoneSink(std::move(sink));
+    faults_->setGoneSink(std::move(sink));
+    connection_->setGoneSink([faults = faults_] { faults->go(); });
 }
 
 std::string FaultConnection::whyGone() const
 {
-    return connection_->whyGone();
+    const std::string why = connection_->whyGone();
+    return why.empty() && faults_->gone() ? "on command" : why;
 }
 
 void FaultConnection::setComplaintSink(ComplaintSink sink)
@@ -259,20 +310,18 @@ Delivery FaultConnection::subscribe(const std::string& request, std::string& ans
 
 Delivery FaultConnection::post(const std::string& message)
 {
-    const std::optional<Faults::Entry> entry = faults_->take(parse(message).method, false);
-    if (entry && entry->fault == Fault::exception)
-        throw ChannelException("the channel failed on command");
-    if (entry && entry->fault == Fault::gone)
-        return Delivery::gone;
-    if (entry && entry->fault == Fault::duplicate)
-        connection_->post(message);
-    return connection_->post(message);
+    return faults_->post(parse(message).method, [&] { return connection_->post(message); });
 }
 
 Delivery FaultConnection::control(const std::string& command, ControlAnswer& answer,
                                   std::chrono::milliseconds timeout)
 {
     return connection_->control(command, answer, timeout);
+}
+
+bool FaultConnection::takesTime() const
+{
+    return connection_->takesTime();
 }
 
 std::string FaultConnection::description() const

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace kit
 {
@@ -14,26 +13,23 @@ namespace kit
 /// What goes wrong. Requests reach the service as they should unless said otherwise.
 enum class Fault
 {
-    delay,      ///< the answer comes late; too late if the time-out is over before
-    noAnswer,   ///< the answer never comes: the caller waits for its whole time-out
-    failure,    ///< the request is not sent on; the answer is "sfiFailure"
-    empty,      ///< the answer, or the event, is ""
-    garbage,    ///< the answer, or the event, is no message at all
+    delay,     ///< the answer comes late; too late if the time-out is over before
+    noAnswer,  ///< the answer never comes: the caller waits for its whole time-out. An event is lost
+    failure,   ///< the request is not sent on; the answer is "sfiFailure"
+    empty,     ///< the answer, or the event, is ""
+    garbage,   ///< the answer, or the event, is no message at all
     truncated,  ///< only the first half of the answer, or of the event, comes
     duplicate,  ///< the service gets the request twice; an event comes twice
     exception,  ///< not sent on; the channel throws a MarloException
-    gone        ///< not sent on; the service is gone. An event is lost
+    gone        ///< not sent on, nor is an event: from then on the service is gone
 };
-
-/// "delay", "noAnswer" and so on, in the order above.
-const std::vector<std::string>& faultNames();
-
-/// False for a name that is none.
-bool faultOf(const std::string& name, Fault& fault);
 
 /// A connection that fails on command and otherwise passes everything on:
 ///
 ///     faults.inject(kit::Fault::failure, "AnswerCall", 2);  // twice, then it succeeds
+///
+/// Over a service in this process nothing waits: a time-out is told at once. Once gone, the service
+/// stays gone, and whoever listens for that is told.
 ///
 /// Faults may be set at any time and from any thread. They apply in the order in which they were
 /// set, one to a message; a one-way message knows `duplicate`, `exception` and `gone` only.
@@ -52,7 +48,7 @@ public:
     void inject(Fault fault, const std::string& method, int times = -1,
                 std::chrono::milliseconds delay = std::chrono::milliseconds(0));
 
-    /// From now on nothing goes wrong; who still waits for an answer is told at once that it timed
+    /// From now on nothing goes wrong, but what is gone stays gone; who still waits for an answer is told at once that it timed
     /// out.
     void clear();
 
@@ -70,6 +66,7 @@ public:
     Delivery post(const std::string& message) override;
     Delivery control(const std::string& command, ControlAnswer& answer,
                      std::chrono::milliseconds timeout) override;
+    bool takesTime() const override;
     std::string description() const override;
 
 private:

@@ -85,10 +85,16 @@ private:
     CommunicationsServiceIfc& service_;
 };
 
-std::string RecordingChannel::Record::field(const std::string& tag) const
+std::string RecordingChannel::Record::field(const std::string& name) const
 {
+    const Operation& operation = method.empty() ? operations().front() : checkRequest(method);
+    const Field& field = operation.arguments[checkedPlaceOf(method, operation.arguments, name)];
     const Message message = parse(text);
-    const std::string* const value = message.find(tag);
+    if (field.kind == Kind::payload)
+        return message.payload;
+    if (field.kind == Kind::raw)
+        return text.substr(text.find(':') + 1);
+    const std::string* const value = message.find(field.tag);
     return value != nullptr ? *value : std::string();
 }
 

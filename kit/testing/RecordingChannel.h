@@ -34,8 +34,9 @@ public:
         std::string channel;  ///< of a subscription
         int timeout;          ///< where the library gives one, else 0
 
-        /// Value of a field, "" when absent.
-        std::string field(const std::string& tag) const;
+        /// Value of a field, by its tag or its argument; "" where it was cut off. Throws
+        /// std::invalid_argument for a name that the request does not have.
+        std::string field(const std::string& name) const;
     };
 
     using Answerer = std::function<std::string(const Record& request)>;

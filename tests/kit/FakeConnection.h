@@ -22,6 +22,7 @@ struct FakeService
     std::string whyGone;
     Delivery delivery = Delivery::done;
     std::string answer = "sfiSuccess";
+    bool takesTime = true;
     std::vector<std::string> received;
     std::vector<std::chrono::milliseconds> timeouts;
     std::string channel;  ///< of the last subscription
@@ -81,6 +82,8 @@ public:
         answer = {true, command};
         return Delivery::done;
     }
+
+    bool takesTime() const override { return service_.takesTime; }
 
     std::string description() const override { return "the fake service"; }
 

@@ -8,6 +8,7 @@
 #include "framework/Serializer.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Log.h"
+#include "kit/framework/Subscription.h"
 #include "kit/testing/EventRecorder.h"
 
 #include <condition_variable>
@@ -15,6 +16,7 @@
 #include <gmock/gmock.h>
 #include <mutex>
 #include <set>
+#include <sys/resource.h>
 #include <thread>
 
 namespace
@@ -24,6 +26,7 @@ using kit::Delivery;
 using kit::EventRecorder;
 using kit::Framework;
 using kit::Passage;
+using kit::Subscription;
 using kit::test::complaintOf;
 using kit::test::FakeConnection;
 using kit::test::FakeService;
@@ -237,7 +240,22 @@ TEST_F(FrameworkTest, ACallbackThatThrowsIsReportedAndTheNextEventComes)
                                         "the callback of CallHeldEvent threw"));
 }
 
-TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsReported)
+/// What the MarloException says that the action throws.
+template <typename Action>
+std::string thrownBy(Action action)
+{
+    try
+    {
+        action();
+    }
+    catch (const MarloException& exception)
+    {
+        return kit::textOf(exception);
+    }
+    return "nothing";
+}
+
+TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsRefused)
 {
     struct Plain : Executable
     {
@@ -245,11 +263,64 @@ TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsReported)
         void shutdown() override {}
     } plain;
     const std::unique_ptr<Framework> framework = makePumped();
-    framework->service().subscribe(&plain);
-    service_.sendHeld(1);
-    framework->pump();
-    EXPECT_THAT(problems(), ElementsAre(HasSubstr("does not implement "
-                                                  "CommunicationsServiceEventIfc")));
+    EXPECT_EQ(thrownBy([&] { framework->service().subscribe(&plain); }),
+              "a subscriber has to be both, an Executable and a CommunicationsServiceEventIfc: "
+              "this one is an Executable only");
+    EXPECT_TRUE(service_.received.empty());
+    EXPECT_FALSE(framework->remove(plain));
+}
+
+TEST_F(FrameworkTest, ASubscriptionEndsWithItsScope)
+{
+    const std::unique_ptr<Framework> framework = makePumped();
+    const auto left = [&]
+    {
+        EventRecorder short_;
+        const Subscription subscription(*framework, short_);
+        service_.sendHeld(1);
+        framework->pump();
+        EXPECT_EQ(short_.count("CallHeldEvent"), 1u);
+        service_.sendHeld(2);
+        throw std::runtime_error("as an assertion that fails");
+    };
+    EXPECT_THROW(left(), std::runtime_error);
+    EXPECT_EQ(framework->pump(), 0u);
+
+    framework->reconnect(std::make_unique<FakeConnection>(service_));
+    EventRecorder again;
+    const Subscription subscription(*framework, again);
+    service_.channel.clear();
+    subscription.renew();
+    service_.sendHeld(3);
+    EXPECT_EQ(framework->pump(), 1u);
+    EXPECT_EQ(again.count("CallHeldEvent"), 1u);
+}
+
+TEST_F(FrameworkTest, ASubscriptionThatIsRefusedLeavesNothing)
+{
+    const std::unique_ptr<Framework> framework = makePumped();
+    service_.answer = "sfiFailure";
+    EXPECT_EQ(thrownBy([&] { Subscription(*framework, recorder_); }),
+              "Subscribe was refused: sfiFailure");
+    service_.delivery = Delivery::gone;
+    EXPECT_THROW(Subscription(*framework, recorder_), MarloException);
+    EXPECT_FALSE(framework->remove(recorder_));
+}
+
+TEST_F(FrameworkTest, LookingForEventsDoesNotWait)
+{
+    const std::unique_ptr<Framework> framework = makePumped();
+    const auto voluntary = []
+    {
+        rusage usage = {};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_nvcsw;
+    };
+    const long before = voluntary();
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(framework->pump(), 0u);
+    // A wait without a time gives the processor away each time.
+    EXPECT_LT(voluntary() - before, 500);
 }
 
 /// Lets a callback be held where it is.

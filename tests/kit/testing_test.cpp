@@ -4,6 +4,7 @@
 #include "kit/framework/Exception.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
+#include "kit/service/EmbeddedConnection.h"
 #include "kit/testing/EventInjector.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/FaultConnection.h"
@@ -79,7 +80,7 @@ TEST(RecordingChannelTest, RecordsWhatIsSent)
     ASSERT_EQ(answered.size(), 2u);
     EXPECT_EQ(answered[1].text, "<Method>AnswerCall</Method><Line>1002</Line><CallID>8</CallID>");
     EXPECT_EQ(answered[1].field("Line"), "1002");
-    EXPECT_EQ(answered[1].field("line"), "");
+    EXPECT_EQ(answered[1].field("callId"), "8");
     EXPECT_EQ(channel.requests()[1].sending, kit::Sending::oneWay);
     channel.forget();
     EXPECT_TRUE(channel.requests().empty());
@@ -92,6 +93,13 @@ TEST(RecordingChannelTest, AMisspeltNameIsNotTaken)
               "there is no request answercall, did you mean AnswerCall?");
     EXPECT_EQ(complaintOf<std::invalid_argument>([&] { channel.requests("Bananas"); }),
               "there is no request Bananas");
+    channel.service().answerCall("1001", 7);
+    channel.service().SendCSTARequest("1001", "<a>1</a>");
+    channel.service().processSignallingComponentEvent("x:y", 3);
+    EXPECT_EQ(complaintOf<std::invalid_argument>([&] { channel.requests()[0].field("calID"); }),
+              "unknown field calID in AnswerCall, did you mean callId?");
+    EXPECT_EQ(channel.requests()[1].field("cstaRequest"), "<a>1</a>");
+    EXPECT_EQ(channel.requests()[2].field("data"), "x:y");
 }
 
 TEST(EventInjectorTest, SendsFieldsAndTextsOfAnyKind)
@@ -170,12 +178,12 @@ TEST(EventRecorderTest, TellsTheNearestEventAndWhatDiffers)
     kit::EventInjector injector(events);
     const kit::Values wanted = {{"lineId", "1001"}, {"feature", "hold"}};
     EXPECT_EQ(events.waitFor("FeatureSuccessEvent", wanted, milliseconds(0)).problem,
-              "no FeatureSuccessEvent lineId=1001 feature=hold within 0 ms; nothing else came");
+              "no FeatureSuccessEvent lineId=1001 feature=hold within 0 s; nothing else came");
     injector.inject("FeatureSuccessEvent", {{"lineId", "1001"}, {"feature", "retrieve"}});
     injector.inject("FeatureSuccessEvent", {{"lineId", "1002"}, {"feature", "retrieve"}});
     injector.inject("CallHeldEvent", {{"lineId", "1001"}});
     EXPECT_EQ(events.waitFor("FeatureSuccessEvent", wanted, milliseconds(0)).problem,
-              "no FeatureSuccessEvent lineId=1001 feature=hold within 0 ms; nearest: "
+              "no FeatureSuccessEvent lineId=1001 feature=hold within 0 s; nearest: "
               "FeatureSuccessEvent lineId=1001 callId=0 feature=retrieve (feature is retrieve)");
     EXPECT_THAT(events.waitFor("AgentStateEvent", {}, milliseconds(0)).problem,
                 HasSubstr("(it is CallHeldEvent)"));
@@ -202,6 +210,20 @@ TEST(ReceivedEventTest, PrintsNamesForNumbers)
               "callIdsRecorded=7,8 callLineURIsRecorded=\"\"");
     EXPECT_EQ(events.events()[1].inWords(),
               "AgentStateEvent deviceId=\"the desk\" agentState=\"\"");
+}
+
+TEST(ReceivedEventTest, RefusesAMisspeltName)
+{
+    kit::EventRecorder events;
+    kit::EventInjector injector(events);
+    injector.inject("CallHeldEvent", {{"callId", "7"}});
+    const kit::ReceivedEvent held = events.events().front();
+    EXPECT_EQ(held.value("CallID"), "7");
+    EXPECT_TRUE(held.has("callId"));
+    EXPECT_FALSE(held.has("callState"));
+    for (const auto read : {&kit::ReceivedEvent::value, &kit::ReceivedEvent::text})
+        EXPECT_EQ(complaintOf<std::invalid_argument>([&] { (held.*read)("calId"); }),
+                  "unknown field calId in CallHeldEvent, did you mean callId?");
 }
 
 TEST(MocksTest, RequestsSucceedUnlessToldOtherwise)
@@ -274,11 +296,10 @@ TEST_F(FaultTest, EachFaultSpoilsARequest)
         {Fault::empty, "", 1},
         {Fault::truncated, "sfiSu", 1},
         {Fault::duplicate, "sfiSuccess", 2},
-        {Fault::gone, "gone, untouched", 0},
     };
     for (const Case& c : cases)
     {
-        SCOPED_TRACE(kit::faultNames()[static_cast<std::size_t>(c.fault)]);
+        SCOPED_TRACE(c.outcome);
         service_.received.clear();
         connection_.inject(c.fault, "AnswerCall", 1);
         EXPECT_EQ(ask(), c.outcome);
@@ -289,7 +310,45 @@ TEST_F(FaultTest, EachFaultSpoilsARequest)
     EXPECT_THAT(ask(), HasSubstr("garbage"));
     connection_.inject(Fault::exception, "", 1);
     EXPECT_THROW(ask(), MarloException);
-    EXPECT_EQ(connection_.happened(), 8);
+    EXPECT_EQ(connection_.happened(), 7);
+}
+
+TEST_F(FaultTest, GoneStaysGoneAndIsToldOnce)
+{
+    int told = 0;
+    connection_.setGoneSink([&] { ++told; });
+    connection_.inject(Fault::gone, "AnswerCall", 1);
+    EXPECT_EQ(ask(), "gone, untouched");
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(connection_.whyGone(), "on command");
+    connection_.clear();
+    EXPECT_EQ(ask(), "gone, untouched");
+    EXPECT_EQ(connection_.post("SigEvent:x"), Delivery::gone);
+    service_.sink("channel", "<Method>DevicesChangedEvent</Method>");
+    service_.goneSink();
+    EXPECT_TRUE(events_.empty());
+    EXPECT_TRUE(service_.received.empty());
+    EXPECT_EQ(told, 1);
+    connection_.setGoneSink([&] { told += 10; });
+    EXPECT_EQ(told, 11) << "who asks later is told at once";
+}
+
+TEST_F(FaultTest, OverAServiceInThisProcessNothingWaits)
+{
+    service_.takesTime = false;
+    kit::FaultConnection connection(std::make_unique<FakeConnection>(service_));
+    std::string answer = "untouched";
+    connection.inject(Fault::noAnswer, "Activate", 1);
+    connection.inject(Fault::delay, "Activate", 1, seconds(3600));
+    connection.inject(Fault::delay, "Activate", 1, seconds(3599));
+    const std::string request = "<Method>Activate</Method>";
+    EXPECT_EQ(connection.request(request, answer, seconds(3600)), Delivery::timedOut);
+    EXPECT_EQ(connection.request(request, answer, seconds(3600)), Delivery::timedOut);
+    EXPECT_EQ(answer, "untouched");
+    EXPECT_EQ(connection.request(request, answer, seconds(3600)), Delivery::done);
+    EXPECT_EQ(answer, "sfiSuccess");
+    EXPECT_FALSE(connection.takesTime());
+    EXPECT_FALSE(kit::EmbeddedConnection().takesTime());
 }
 
 TEST_F(FaultTest, ALateAnswerIsLate)
@@ -328,7 +387,7 @@ TEST_F(FaultTest, EventsAreSpoiltToo)
 {
     const std::string event = "<Method>DevicesChangedEvent</Method>";
     const std::pair<Fault, std::vector<std::string>> cases[] = {
-        {Fault::gone, {}},
+        {Fault::noAnswer, {}},
         {Fault::empty, {""}},
         {Fault::truncated, {"<Method>DevicesCha"}},
         {Fault::duplicate, {event, event}},
@@ -341,6 +400,10 @@ TEST_F(FaultTest, EventsAreSpoiltToo)
         EXPECT_EQ(events_, expected);
         events_.clear();
     }
+    connection_.inject(Fault::gone, "DevicesChangedEvent", 1);
+    service_.sink("channel", event);
+    service_.sink("channel", event);
+    EXPECT_TRUE(events_.empty());
     EXPECT_EQ(complaintOf<std::invalid_argument>(
                   [&] { connection_.inject(Fault::empty, "DeviceChangedRequest"); }),
               "there is no request DeviceChangedRequest");
@@ -349,6 +412,8 @@ TEST_F(FaultTest, EventsAreSpoiltToo)
 TEST_F(FaultTest, OneWayMessages)
 {
     const std::string message = "<Method>setIsInServiceInitiatedState</Method>";
+    connection_.inject(Fault::exception, "", 1);
+    EXPECT_THROW(connection_.post("SigEvent:x"), MarloException);
     for (const auto& [fault, reached] :
          {std::pair(Fault::duplicate, 2U), std::pair(Fault::gone, 0U)})
     {
@@ -357,20 +422,6 @@ TEST_F(FaultTest, OneWayMessages)
         EXPECT_EQ(connection_.post(message), reached != 0 ? Delivery::done : Delivery::gone);
         EXPECT_EQ(service_.received.size(), reached);
     }
-    connection_.inject(Fault::exception, "", 1);
-    EXPECT_THROW(connection_.post("SigEvent:x"), MarloException);
-}
-
-TEST(FaultNames, EachHasItsOwn)
-{
-    Fault fault = Fault::delay;
-    for (std::size_t i = 0; i < kit::faultNames().size(); ++i)
-    {
-        EXPECT_TRUE(kit::faultOf(kit::faultNames()[i], fault));
-        EXPECT_EQ(static_cast<std::size_t>(fault), i);
-    }
-    EXPECT_EQ(fault, Fault::gone);
-    EXPECT_FALSE(kit::faultOf("Gone", fault));
 }
 
 /// A program that takes the place of the service, written as a shell script.
