@@ -12,13 +12,13 @@ namespace
 {
 
 /// A service that keeps silent costs no time here: nobody could answer meanwhile.
-Delivery deliveryOf(SimulatedService::Reply reply)
+Delivery deliveryOf(Service::Reply reply)
 {
     switch (reply)
     {
-    case SimulatedService::Reply::silent:
+    case Service::Reply::silent:
         return Delivery::timedOut;
-    case SimulatedService::Reply::gone:
+    case Service::Reply::gone:
         return Delivery::gone;
     default:
         return Delivery::done;
@@ -88,6 +88,12 @@ EmbeddedConnection::EmbeddedConnection() : EmbeddedConnection(std::make_shared<S
 }
 
 EmbeddedConnection::EmbeddedConnection(std::shared_ptr<SimulatedService> service)
+    : EmbeddedConnection(std::shared_ptr<Service>(service))
+{
+    simulated_ = std::move(service);
+}
+
+EmbeddedConnection::EmbeddedConnection(std::shared_ptr<Service> service)
     : service_(std::move(service)),
       sinks_(std::make_shared<Sinks>()),
       client_(service_->connect(
@@ -126,13 +132,18 @@ void EmbeddedConnection::setComplaintSink(ComplaintSink sink)
 Delivery EmbeddedConnection::request(const std::string& request, std::string& answer,
                                      std::chrono::milliseconds)
 {
-    return deliveryOf(service_->exchange(client_, request, answer));
+    const Delivery delivery = deliveryOf(service_->exchange(client_, request, answer));
+    service_->followAnswer();
+    return delivery;
 }
 
 Delivery EmbeddedConnection::subscribe(const std::string& request, std::string& answer,
                                        const std::string& channelName, std::chrono::milliseconds)
 {
-    return deliveryOf(service_->exchangeSubscription(client_, request, answer, channelName));
+    const Delivery delivery =
+        deliveryOf(service_->exchangeSubscription(client_, request, answer, channelName));
+    service_->followAnswer();
+    return delivery;
 }
 
 Delivery EmbeddedConnection::post(const std::string& message)

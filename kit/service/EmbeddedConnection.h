@@ -8,6 +8,7 @@
 namespace kit
 {
 
+class Service;
 class SimulatedService;
 
 /// A connection to a simulated service in this process. Several may share one service, as several
@@ -19,10 +20,14 @@ public:
     /// With a service of its own.
     EmbeddedConnection();
     explicit EmbeddedConnection(std::shared_ptr<SimulatedService> service);
+
+    /// To a service of another kind.
+    explicit EmbeddedConnection(std::shared_ptr<Service> service);
     ~EmbeddedConnection() override;
 
-    /// For further connections to the same service, and to let its time pass.
-    const std::shared_ptr<SimulatedService>& service() const { return service_; }
+    /// For further connections to the same simulated service, and to let its time pass; null for a
+    /// service of another kind.
+    const std::shared_ptr<SimulatedService>& service() const { return simulated_; }
 
     EmbeddedConnection(const EmbeddedConnection&) = delete;
     EmbeddedConnection& operator=(const EmbeddedConnection&) = delete;
@@ -42,7 +47,8 @@ public:
     std::string description() const override;
 
 private:
-    std::shared_ptr<SimulatedService> service_;
+    std::shared_ptr<SimulatedService> simulated_;
+    std::shared_ptr<Service> service_;
     class Sinks;
 
     std::shared_ptr<Sinks> sinks_;

@@ -1,7 +1,7 @@
 #include "kit/service/SocketServer.h"
 
 #include "kit/protocol/Frame.h"
-#include "kit/service/SimulatedService.h"
+#include "kit/service/Service.h"
 
 #include <array>
 #include <asio.hpp>
@@ -96,7 +96,7 @@ int listenAt(const std::string& path)
 class SocketServer::Core
 {
 public:
-    Core(SimulatedService& simulated, const std::string& socketPath, Options chosen)
+    Core(Service& simulated, const std::string& socketPath, Options chosen)
         : service(simulated),
           path(socketPath),
           options(std::move(chosen)),
@@ -117,7 +117,7 @@ public:
 
     void start();
 
-    SimulatedService& service;
+    Service& service;
     asio::io_context io;
 
 private:
@@ -127,7 +127,7 @@ private:
         explicit Session(Socket connected) : socket(std::move(connected)) {}
 
         Socket socket;
-        SimulatedService::ClientId client = 0;
+        Service::ClientId client = 0;
         FrameReader reader;
         std::array<char, 65536> incoming;
         std::vector<std::string> sending;
@@ -168,7 +168,7 @@ private:
     asio::signal_set signals;
     std::chrono::steady_clock::time_point ticked;
     double owed = 0;  ///< simulated time that is not a whole millisecond yet
-    std::map<SimulatedService::ClientId, SessionPointer> sessions;
+    std::map<Service::ClientId, SessionPointer> sessions;
 };
 
 SocketServer::Core::~Core()
@@ -298,7 +298,7 @@ void SocketServer::Core::read(const SessionPointer& session)
 void SocketServer::Core::take(Session& session, const Frame& frame)
 {
     Frame answer{Frame::answer, frame.id, "", ""};
-    SimulatedService::Reply reply = SimulatedService::Reply::answered;
+    Service::Reply reply = Service::Reply::answered;
     if (options.journal && frame.type != Frame::control)
         options.journal(frame.text);
     switch (frame.type)
@@ -325,8 +325,9 @@ void SocketServer::Core::take(Session& session, const Frame& frame)
                          ", which is for applications");
     }
     const auto self = sessions.find(session.client);
-    if (reply == SimulatedService::Reply::answered && self != sessions.end())
+    if (reply == Service::Reply::answered && self != sessions.end())
         send(self->second, answer);
+    service.followAnswer();
 }
 
 /// From any thread.
@@ -427,12 +428,12 @@ void SocketServer::Core::leave(const SessionPointer& session, const std::string&
     write(session);
 }
 
-SocketServer::SocketServer(SimulatedService& service, const std::string& path)
+SocketServer::SocketServer(Service& service, const std::string& path)
     : SocketServer(service, path, Options())
 {
 }
 
-SocketServer::SocketServer(SimulatedService& service, const std::string& path, Options options)
+SocketServer::SocketServer(Service& service, const std::string& path, Options options)
     : core_(std::make_unique<Core>(service, path, std::move(options)))
 {
     core_->start();

@@ -9,7 +9,7 @@
 namespace kit
 {
 
-class SimulatedService;
+class Service;
 
 /// The service cannot be offered there. The text is one line for people.
 class ListenError : public std::runtime_error
@@ -18,7 +18,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Offers a simulated service to other processes on a Unix socket.
+/// Offers a service to other processes on a Unix socket.
 ///
 /// Threads: all work is done inside run(), on the thread that calls it; stop() may be called from
 /// any. The service may be used directly meanwhile.
@@ -44,8 +44,8 @@ public:
     };
 
     /// Listens. Throws ListenError.
-    SocketServer(SimulatedService& service, const std::string& path, Options options);
-    SocketServer(SimulatedService& service, const std::string& path);
+    SocketServer(Service& service, const std::string& path, Options options);
+    SocketServer(Service& service, const std::string& path);
     ~SocketServer();
 
     SocketServer(const SocketServer&) = delete;

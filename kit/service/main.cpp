@@ -1,5 +1,6 @@
 // communications-service-sim: the simulated service as a process of its own.
 
+#include "kit/service/Replay.h"
 #include "kit/service/SimulatedService.h"
 #include "kit/service/SocketServer.h"
 
@@ -11,6 +12,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <iostream>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -21,6 +24,7 @@ namespace
 constexpr const char* program = "communications-service-sim";
 constexpr int cannotListen = 1;
 constexpr int wrongUsage = 2;
+constexpr int hasDiffered = 3;
 
 /// A file that lines are added to, each in one piece; nothing of it waits in this process.
 class LineFile
@@ -74,6 +78,7 @@ int main(int argc, char** argv)
     std::string socketPath;
     std::string logPath = "-";
     std::string journalPath;
+    std::string replayPath;
     std::vector<std::string> lines = {"1001", "1002", "1003"};
     bool realtime = false;
     double speed = 0;
@@ -81,9 +86,15 @@ int main(int argc, char** argv)
     CLI::App app("A simulated communications service for applications, on a Unix socket.", program);
     app.set_version_flag("--version", std::string(program) + " " COMMUNICATIONS_SERVICE_VERSION);
     app.add_option("--socket", socketPath, "Where to listen")->required()->type_name("PATH");
-    app.add_option("--lines", lines, "Lines of the phone, with commas (default 1001,1002,1003)")
-        ->delimiter(',')
-        ->type_name("LINE,...");
+    auto* const linesOption =
+        app.add_option("--lines", lines, "Lines of the phone, with commas (default 1001,1002,1003)")
+            ->delimiter(',')
+            ->type_name("LINE,...");
+    app.add_option("--replay", replayPath,
+                   "Plays the service that was recorded in a trace: as fast as it goes, or with "
+                   "--realtime or --speed as it was")
+        ->type_name("TRACE")
+        ->excludes(linesOption);
     app.add_option("--log", logPath, "Where complaints go, - is standard error (default -)")
         ->type_name("FILE");
     app.add_option("--journal", journalPath, "Adds each request, as a line, before it is done")
@@ -95,7 +106,8 @@ int main(int argc, char** argv)
         ->check(CLI::Range(0.001, 1000000.0))
         ->excludes(realtimeFlag);
     app.footer("Prints \"ready PATH\" once it listens; SIGINT and SIGTERM end it.\n"
-               "Exit status: 0 ended, 1 cannot listen or write, 2 wrong usage.");
+               "Exit status: 0 ended, 1 cannot listen or write, 2 wrong usage, 3 the application\n"
+               "asked otherwise than recorded.");
     try
     {
         app.parse(argc, argv);
@@ -123,9 +135,27 @@ int main(int argc, char** argv)
                         cannotListen);
     std::signal(SIGPIPE, SIG_IGN);
 
-    kit::SimulatedService service(lines);
     const auto toLog = [&log](const std::string& line) { log.write(line); };
-    service.setLog(toLog);
+    std::unique_ptr<kit::SimulatedService> simulated;
+    std::unique_ptr<kit::Replay> replay;
+    if (replayPath.empty())
+    {
+        simulated = std::make_unique<kit::SimulatedService>(lines);
+        simulated->setLog(toLog);
+    }
+    else
+        try
+        {
+            replay = std::make_unique<kit::Replay>(replayPath, realtime || speed > 0
+                                                                   ? kit::Replay::Pace::recorded
+                                                                   : kit::Replay::Pace::fast);
+            replay->setLog(toLog);
+        }
+        catch (const std::runtime_error& error)
+        {
+            return complain(error.what(), cannotListen);
+        }
+    kit::Service& service = replay != nullptr ? static_cast<kit::Service&>(*replay) : *simulated;
     kit::SocketServer::Options options;
     options.speed = realtime ? 1 : speed;
     options.log = toLog;
@@ -142,5 +172,5 @@ int main(int argc, char** argv)
     {
         return complain(error.what(), cannotListen);
     }
-    return 0;
+    return replay != nullptr && !replay->difference().empty() ? hasDiffered : 0;
 }
