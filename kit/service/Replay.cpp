@@ -62,6 +62,13 @@ std::vector<std::string> differencesOf(const std::string& there, const std::stri
     return all;
 }
 
+const char* nameOf(Sending sending)
+{
+    return sending == Sending::oneWay      ? "a message without an answer"
+           : sending == Sending::subscribe ? "a subscription"
+                                           : "a request";
+}
+
 std::string joined(const std::vector<std::string>& texts)
 {
     std::string all;
@@ -177,7 +184,7 @@ std::size_t Replay::take(Sending sending, const std::string& text)
     if (step == none)
     {
         const std::size_t expected = nextRequest();
-        differ(text, expected, false);
+        differ(sending, text, expected);
         // Perhaps something was left out; or it is what was expected with another value in it.
         for (std::size_t i = at_; i < steps_.size() && step == none; ++i)
             if (awaits(steps_[i]) && steps_[i].record.kind == RecordKind::request &&
@@ -238,10 +245,11 @@ void Replay::deliver(const TraceRecord& event)
             send(subscription);
 }
 
-void Replay::differ(const std::string& text, std::size_t expected, bool isControl)
+void Replay::differ(Sending sending, const std::string& text, std::size_t expected)
 {
     if (++differences_ > 1)
         return;
+    const bool isControl = sending == Sending::nothing;
     const char* const what = isControl ? "command" : "request";
     std::string told;
     if (expected == none)
@@ -251,26 +259,33 @@ void Replay::differ(const std::string& text, std::size_t expected, bool isContro
                " differs\n  recorded: " + inWords(steps_[expected].record.text) + "\n";
     told += "  came:     " + inWords(text);
     std::size_t nearest = none;
-    std::size_t least = none;
+    std::vector<std::string> differences;
+    const std::string method = parse(text).method;
     for (std::size_t i = at_; i < steps_.size() && !isControl; ++i)
-        if (awaits(steps_[i]) && parse(steps_[i].record.text).method == parse(text).method)
+    {
+        const TraceRecord& record = steps_[i].record;
+        if (!awaits(steps_[i]) ||
+            (record.text != text && (method.empty() || parse(record.text).method != method)))
+            continue;
+        std::vector<std::string> here = differencesOf(record.text, text);
+        if (nearest == none || here.size() < differences.size())
         {
-            const std::size_t count = differencesOf(steps_[i].record.text, text).size();
-            if (count < least)
-            {
-                nearest = i;
-                least = count;
-            }
+            nearest = i;
+            differences = std::move(here);
         }
+    }
     if (nearest != none)
     {
-        const std::vector<std::string> differences =
-            differencesOf(steps_[nearest].record.text, text);
-        told +=
-            "\n  nearest:  " +
-            (nearest == expected ? "that"
-                                 : place(nearest) + ": " + inWords(steps_[nearest].record.text)) +
-            (differences.empty() ? ", which was to come later" : ", where " + joined(differences));
+        const TraceRecord& record = steps_[nearest].record;
+        told += "\n  nearest:  " +
+                (nearest == expected ? "that" : place(nearest) + ": " + inWords(record.text));
+        if (!differences.empty())
+            told += ", where " + joined(differences);
+        else if (wayOf(record.sending) != sending)
+            told += std::string(", which was ") + nameOf(record.sending) + " and is " +
+                    nameOf(sending) + " here";
+        else
+            told += ", which was to come later";
     }
     std::uint64_t dropped = 0;
     for (std::size_t i = 0; i < std::min(expected, steps_.size()); ++i)
@@ -431,9 +446,8 @@ ControlAnswer Replay::control(const std::string& command)
         }
     }
     else if (hasControls_)
-        differ(command,
-               awaited == steps_.end() ? none : static_cast<std::size_t>(awaited - steps_.begin()),
-               true);
+        differ(Sending::nothing, command,
+               awaited == steps_.end() ? none : static_cast<std::size_t>(awaited - steps_.begin()));
     play(steps_.size(), false);
     return {true, ""};
 }

@@ -102,7 +102,7 @@ private:
     std::string lines() const;
     void play(std::size_t end, bool atOnce);
     void deliver(const TraceRecord& event);
-    void differ(const std::string& text, std::size_t expected, bool isControl);
+    void differ(Sending sending, const std::string& text, std::size_t expected);
     std::size_t nextRequest() const;
     std::string place(std::size_t step) const;
 
