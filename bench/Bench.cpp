@@ -8,6 +8,7 @@
 communications::Callbacks<Touch> subscriber;
 Response response;
 Seen* Touch::seen = nullptr;
+bool measuresGrowth = true;
 
 namespace
 {
@@ -71,23 +72,21 @@ CommunicationsServiceEventIfc& callbacks(Executable* executable)
 
 bool allAgree()
 {
-    std::map<std::string, std::string> told;
+    std::map<std::string, Seen> seen;
     for (const Entry& entry : entries())
-        if (entry.name == caseOf(entry) + "/reference")
-            told[caseOf(entry)] = once(entry).told;
+        seen[entry.name] = once(entry);
 
-    bool agree = !told.empty();
+    bool agree = !seen.empty();
     for (const Entry& entry : entries())
-        if (const auto right = told.find(caseOf(entry)); right != told.end())
+        if (const auto right = seen.find(caseOf(entry) + "/reference"); right != seen.end())
         {
-            const Seen seen = once(entry);
-            agree = same(entry, "tells", seen.told, right->second) && agree;
+            const Seen& own = seen[entry.name];
+            agree = same(entry, "tells", own.told, right->second.told) && agree;
             if (const auto request = requests.find(caseOf(entry)); request != requests.end())
-                agree =
-                    same(entry, "asks",
-                         entry.values == nullptr ? seen.asked : sorted(entry.values(seen.asked)),
-                         expected(request->second, entry.values)) &&
-                    agree;
+                agree = same(entry, "asks",
+                             entry.values == nullptr ? own.asked : sorted(entry.values(own.asked)),
+                             expected(request->second, entry.values)) &&
+                        agree;
         }
     return agree;
 }

@@ -26,6 +26,9 @@ struct Entry
 
 std::vector<Entry>& entries();
 
+/// Whether the texts that grow take part: they are large, and only their times are asked for.
+extern bool measuresGrowth;
+
 /// Runs each entry once and holds what it asks and what it tells against the reference implementation.
 /// Returns whether all agree; says what does not.
 bool allAgree();

@@ -46,21 +46,13 @@ void addRequest(const std::string& name, const std::string& answer,
     add(name, [channel, operations = connect(*channel), ask] { ask(*operations); });
 }
 
-std::string deviceList(std::size_t count)
+std::string deviceList(std::size_t count, const std::string& domain = "")
 {
     std::string text;
     for (std::size_t i = 0; i < count; ++i)
-        text += "<" + devices[i % devices.size()] + ">";
+        text += "<" + devices[i % devices.size()] + domain + ">";
     return text;
 }
-
-/// Texts of about `size` bytes that are long, or made to cost much: name, event or answer, text.
-struct Growing
-{
-    const char* name;
-    bool isAnswer;
-    std::string (*text)(std::size_t size);
-};
 
 std::string repeated(const std::string& piece, std::size_t size)
 {
@@ -69,6 +61,22 @@ std::string repeated(const std::string& piece, std::size_t size)
         text += piece;
     return text;
 }
+
+std::string head(const Message& message)
+{
+    return Message{message.method, {}, ""}.text();
+}
+
+/// Texts of about `size` bytes that are long, or made to cost much: name, event or answer, text.
+struct Growing
+{
+    std::string name;
+    bool isAnswer;
+    std::string (*text)(std::size_t size);
+};
+
+/// What the others are given as well.
+const std::string unknownInFront = "growth.unknownInFront";
 
 const Growing growing[] = {
     {"growth.document", false,
@@ -79,13 +87,16 @@ const Growing growing[] = {
                 repeated("<user entity=\"sip:1002@example.com\"><state>on</state></user>", size) +
                 "</XMLContent>";
      }},
+    {unknownInFront, false,
+     [](std::size_t size) { return callState.withUnknownInFront(size).text(); }},
+    {"growth.unknownBehind", false,
+     [](std::size_t size) { return callState.withUnknownBehind(size).text(); }},
     {"growth.brackets", false,
-     [](std::size_t size)
-     { return "<Method>CallStateChangeEvent</Method>" + repeated("<", size); }},
+     [](std::size_t size) { return head(callState) + repeated("<", size); }},
+    {"growth.beginnings", false,
+     [](std::size_t size) { return head(callState) + repeated("<CallI", size); }},
     {"growth.openTags", false,
-     [](std::size_t size) {
-         return "<Method>CallStateChangeEvent</Method>" + repeated("<ILLocalLevel>1<LineID>", size);
-     }},
+     [](std::size_t size) { return head(callState) + repeated("<ILLocalLevel>1<LineID>", size); }},
     {"growth.openItems", true, [](std::size_t size) { return repeated("<", size); }},
     {"growth.items", true, [](std::size_t size) { return deviceList(size / 14); }},
 };
@@ -133,10 +144,16 @@ void addRequests(const std::string& who,
         const int result = to.getDevices(items);
         got(result, items);
     };
-    addRequest<Operations>("getDevices.12/" + who, deviceList(devices.size()), connect, getDevices);
-    for (const Growing& row : growing)
-        if (row.isAnswer && who != "reference")
-            for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
+    for (const std::size_t items : {0, 12, 1000})
+    {
+        const std::string name = "getDevices." + std::to_string(items);
+        addRequest<Operations>(name + "/" + who, deviceList(items), connect, getDevices);
+        addRequest<Operations>(name + ".long/" + who, deviceList(items, "@pbx.example.com"),
+                               connect, getDevices);
+    }
+    if (who != "reference" && measuresGrowth)
+        for (const Growing& row : growing)
+            for (std::size_t size = smallest; row.isAnswer && size <= largest; size *= 4)
                 addRequest<Operations>(row.name + ("." + std::to_string(size)) + "/" + who,
                                        row.text(size), connect, getDevices);
 }
@@ -151,20 +168,40 @@ void addEvent(const std::string& name, const std::shared_ptr<Invoker>& invoker,
         });
 }
 
+/// Different messages in turn, so that nothing can be learnt by heart.
+void addEvents(const std::string& name, const std::shared_ptr<Invoker>& invoker,
+               const std::vector<Message>& messages)
+{
+    std::vector<std::string> texts;
+    for (const Message& message : messages)
+        texts.push_back(message.text());
+    add(name,
+        [invoker, texts, turn = std::make_shared<std::size_t>(0)]
+        {
+            const std::string& text = texts[(*turn)++ % texts.size()];
+            invoker->handleMessage(&subscriber, text.c_str(), static_cast<int>(text.size()),
+                                   &response);
+        });
+}
+
 void addEvents(const std::string& who, const std::shared_ptr<Invoker>& invoker)
 {
     addEvent("DevicesChangedEvent/" + who, invoker, devicesChanged.text());
     addEvent("CallHeldEvent/" + who, invoker, callHeld.text());
     addEvent("CallStateChangeEvent.18/" + who, invoker, callState.text());
+    addEvents("CallStateChangeEvent.18.different/" + who, invoker, callState.varied(256));
+    addEvent("CallStateChangeEvent.3of18/" + who, invoker, callState.first(3).text());
+    addEvent("CallStateChangeEvent.18.swapped/" + who, invoker, callState.swapped(6, 7).text());
     addEvent("CallStateChangeEvent.18.reverse/" + who, invoker, callState.reversed().text());
     addEvent("IncomingCallEvent.17/" + who, invoker, incomingCall.text());
     addEvent("b2buaCSTAResponse.2KiB/" + who, invoker, cstaResponse.text());
     addEvent("securityStatusChanged/" + who, invoker, securityStatus.text());
-    for (const Growing& row : growing)
-        if (!row.isAnswer && who != "reference")
-            for (std::size_t size = 1024; size <= 16 * 1024 * 1024; size *= 4)
-                addEvent(row.name + ("." + std::to_string(size)) + "/" + who, invoker,
-                         row.text(size));
+    if (measuresGrowth)
+        for (const Growing& row : growing)
+            for (std::size_t size = smallest; !row.isAnswer && size <= largest; size *= 4)
+                if (who != "reference" || row.name == unknownInFront)
+                    addEvent(row.name + ("." + std::to_string(size)) + "/" + who, invoker,
+                             row.text(size));
 }
 
 }  // namespace

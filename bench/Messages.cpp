@@ -1,6 +1,7 @@
 #include "bench/Messages.h"
 
 #include <algorithm>
+#include <random>
 
 namespace
 {
@@ -14,6 +15,15 @@ std::string document()
                 "</callID><deviceID>sip:1002@pbx.example.com</deviceID>"
                 "<localConnectionState>connected</localConnectionState>";
     return text + "</SnapshotDeviceResponse>";
+}
+
+std::vector<Message::Field> unknown(std::size_t size)
+{
+    std::vector<Message::Field> fields;
+    for (std::size_t i = 0; i * 40 < size; ++i)
+        fields.push_back(
+            {"Extension" + std::to_string(i % 100), "value" + std::to_string(i % 1000), false});
+    return fields;
 }
 
 }  // namespace
@@ -142,4 +152,50 @@ Message Message::reversed() const
     Message message = *this;
     std::reverse(message.fields.begin(), message.fields.end());
     return message;
+}
+
+Message Message::swapped(std::size_t one, std::size_t other) const
+{
+    Message message = *this;
+    std::swap(message.fields[one], message.fields[other]);
+    return message;
+}
+
+Message Message::first(std::size_t count) const
+{
+    Message message = *this;
+    message.fields.resize(count);
+    return message;
+}
+
+Message Message::withUnknownInFront(std::size_t size) const
+{
+    Message message = *this;
+    message.fields = unknown(size);
+    message.fields.insert(message.fields.end(), fields.begin(), fields.end());
+    return message;
+}
+
+Message Message::withUnknownBehind(std::size_t size) const
+{
+    Message message = *this;
+    for (const Field& field : unknown(size))
+        message.fields.push_back(field);
+    return message;
+}
+
+std::vector<Message> Message::varied(std::size_t count) const
+{
+    std::mt19937 random(1);
+    std::vector<Message> messages;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        messages.push_back(*this);
+        for (Field& field : messages.back().fields)
+            if (field.isNumber)
+                field.value = std::to_string(random() % (random() % 2 == 0 ? 10 : 10000));
+            else
+                field.value.insert(0, random() % 12, 'x');
+    }
+    return messages;
 }

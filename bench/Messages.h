@@ -28,7 +28,20 @@ struct Message
 
     std::string text() const;
     Message reversed() const;
+    Message swapped(std::size_t one, std::size_t other) const;
+    Message first(std::size_t count) const;
+
+    /// With some `size` bytes of fields that nobody knows.
+    Message withUnknownInFront(std::size_t size) const;
+    Message withUnknownBehind(std::size_t size) const;
+
+    /// So many of the kind, with values of other lengths.
+    std::vector<Message> varied(std::size_t count) const;
 };
+
+/// How large texts are measured, each time four times as large.
+constexpr std::size_t smallest = 1024;
+constexpr std::size_t largest = 16 * 1024 * 1024;
 
 /// The request of each case that has one.
 extern const std::map<std::string, Message> requests;

@@ -102,4 +102,7 @@ void addPugixml()
     peer.addRequests();
     peer.addEvents();
     peer.addCallState("CallStateChangeEvent.18.reverse", callState.reversed());
+    for (std::size_t size = smallest; measuresGrowth && size <= largest; size *= 4)
+        peer.addCallState("growth.unknownInFront." + std::to_string(size),
+                          callState.withUnknownInFront(size));
 }

@@ -4,8 +4,8 @@
 #include "CommunicationsServiceIfc.h"
 #include "framework/Invoker.h"
 #include "framework/Proxy.h"
-#include "tests/support/Framework.h"
-#include "tests/support/Recorder.h"
+#include "tests/support/Channel.h"
+#include "tests/support/WritingSubscriber.h"
 
 #include <dlfcn.h>
 
@@ -64,7 +64,7 @@ int main(int argc, char** argv)
     channel.answer = "sfiSuccess";
     proxy->initProxy(channel);
     auto& service = dynamic_cast<CommunicationsServiceIfc&>(*proxy);
-    Recorder subscriber;
+    WritingSubscriber subscriber;
     subscriber.writes = false;
     const std::string line = "1001";
     measure("answerCall", [&] { service.answerCall(line, 12); });

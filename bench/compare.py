@@ -49,14 +49,15 @@ def main():
         program = tree / "bench/bench"
         what = f"^({arguments.cases}).*/(before|after)$"
         table = measure.times(program, arguments.repetitions, what, libraries)
-        counts = measure.instructions(program, libraries)
+        counts = measure.costs(program, libraries)
 
     print(f"{'':34}{'before':>10}{'after':>10}{'ratio':>8}{'instructions':>16}{'allocations':>14}")
     for case, row in sorted(table.items()):
         (b, _, b_allocations), (a, _, a_allocations) = row["before"], row["after"]
-        count = counts.get(case, {"before": "", "after": ""})
-        print(f"{case:34}{b:8.0f}ns{a:8.0f}ns{a / b:8.2f}"
-              f"{count['before']:>8} {count['after']:>7}{b_allocations:>9} {a_allocations:>4}")
+        before, after = (counts[case][who][0] if case in counts else ""
+                         for who in ("before", "after"))
+        print(f"{case:34}{b:8.0f}ns{a:8.0f}ns{a / b:8.2f}{before:>8} {after:>7}"
+              f"{b_allocations:>9} {a_allocations:>4}")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""What run.py and compare.py share: running the benchmark program and reading what it says."""
+"""What run.py, compare.py and costs.py share: running the benchmark program and reading what it says."""
 
 import collections
 import json
@@ -58,19 +58,21 @@ def times(program, repetitions, what, arguments=()):
     return table
 
 
-def instructions(program, arguments=()):
-    """{case: {who: instructions of one call}}, counted by callgrind."""
+def costs(program, arguments=()):
+    """{case: {who: (instructions, allocations)}} of one call, counted by callgrind."""
     calls = 20  # as in the program
     table = collections.defaultdict(dict)
     with tempfile.TemporaryDirectory() as folder:
-        command("valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/profile",
-                program, *arguments, "--instructions",
-                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        said = command("valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/profile",
+                       program, *arguments, "--instructions",
+                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+        allocations = dict(line.split() for line in said.splitlines())
         for name in os.listdir(folder):
             with open(os.path.join(folder, name), encoding="utf-8") as profile:
                 text = profile.read()
             trigger = re.search(r"^desc: Trigger: Client Request: (.*)/(.*)$", text, re.M)
             total = re.search(r"^(?:summary|totals): (\d+)", text, re.M)
             if trigger and total:
-                table[trigger[1]][trigger[2]] = round(int(total[1]) / calls)
+                case, who = trigger[1], trigger[2]
+                table[case][who] = (round(int(total[1]) / calls), int(allocations[f"{case}/{who}"]))
     return table

@@ -53,7 +53,7 @@ def ratios(table, cast):
 def counts(table, instructions):
     for case in ORDER:
         row = table[case]
-        yield [case] + [f"{instructions[case][name]} / {row[name][2]}" if name in row else ""
+        yield [case] + [f"{instructions[case][name][0]} / {row[name][2]}" if name in row else ""
                         for name in ("floor", *WHO)]
 
 
@@ -133,7 +133,7 @@ def main():
     table = measure.times(program, arguments.repetitions, "-^growth")
     cast = table.pop("crossCast")["floor"][0]
     table["CallStateChangeEvent.18.reverse"]["floor"] = table["CallStateChangeEvent.18"]["floor"]
-    instructions = measure.instructions(program)
+    instructions = measure.costs(program)
     instructions["CallStateChangeEvent.18.reverse"]["floor"] = (
         instructions["CallStateChangeEvent.18"]["floor"])
     growing = measure.times(program, arguments.growth_repetitions, "^growth")
