@@ -65,14 +65,6 @@ bool isNull(const Field& field, const Word& word)
     return field.kind == Kind::cString && !word.quoted && word.text == "null";
 }
 
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
-
 std::vector<std::string> argumentNames(const Operation& operation)
 {
     std::vector<std::string> names;
@@ -101,10 +93,8 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             ++i;
         if (i == arguments.size())
         {
-            const std::vector<std::string> names = argumentNames(operation);
-            const std::string near = nearest(word.name, names);
             throw Mistake(std::string(operation.name) + " has no argument " + word.name +
-                              (near.empty() ? "" : ", did you mean " + near + "?") + " (" +
+                              didYouMean(word.name, argumentNames(operation)) + " (" +
                               usageOf(operation) + ")",
                           word.column);
         }
@@ -259,10 +249,8 @@ std::string readValue(const Field& field, const Word& word)
         int number = 0;
         if (numberOf(field.names, word.text, number))
             return nameOf(field.names, number);
-        const std::string near = nearest(word.text, namesFor(field));
-        throw Mistake(std::string(field.argument) + " is one of " + joined(namesFor(field)) +
-                          ", not " + shown(word.text, 40) +
-                          (near.empty() ? "" : "; did you mean " + near + "?"),
+        throw Mistake(std::string(field.argument) + " is one of " + listed(namesFor(field)) +
+                          ", not " + shown(word.text, 40) + didYouMean(word.text, namesFor(field)),
                       word.column);
     }
     try
@@ -273,7 +261,7 @@ std::string readValue(const Field& field, const Word& word)
     {
         const std::vector<std::string> names = namesFor(field);
         const bool few = isNumber(field.kind) && !names.empty() && names.size() < 20;
-        throw Mistake(printable(error.what(), 200) + (few ? " (" + joined(names) + ")" : ""),
+        throw Mistake(printable(error.what(), 200) + (few ? " (" + listed(names) + ")" : ""),
                       word.column);
     }
 }

@@ -1,6 +1,7 @@
 #include "kit/phone/Commands.h"
 
 #include "kit/language/Durations.h"
+#include "kit/language/Switches.h"
 #include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Help.h"
@@ -42,11 +43,7 @@ Word onlyWord(const Statement& statement, const std::string& what)
 bool onOff(const Statement& statement)
 {
     const Word word = onlyWord(statement, "on or off");
-    if (word.text != "on" && word.text != "off")
-        throw Mistake(statement.command.text + " is switched on or off, not " +
-                          shown(word.text, 40),
-                      word.column);
-    return word.text == "on";
+    return parseSwitch(word);
 }
 
 void nothingBehind(const Statement& statement)
@@ -80,11 +77,10 @@ std::string eventFrom(const Statement& statement, const Variables& variables)
     const Event* const event = findEvent(words[0].text);
     if (event == nullptr)
     {
-        const std::string near = nearest(words[0].text, eventNames());
         throw Mistake("there is no event " + shown(words[0].text, 40) +
-                          (near.empty() ? "; \"help events\" lists them, and a raw text begins "
-                                          "with < or a quote"
-                                        : ", did you mean " + near + "?"),
+                          didYouMean(words[0].text, eventNames(),
+                                     "; \"help events\" lists them, and a raw text begins with < "
+                                     "or a quote"),
                       words[0].column);
     }
     fillIn(words, variables);

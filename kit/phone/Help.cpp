@@ -27,14 +27,6 @@ std::string twoColumns(const std::string& first, const std::string& second)
            " " + second + "\n";
 }
 
-std::string joined(const std::vector<std::string>& words, const char* separator)
-{
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : separator) + word;
-    return text;
-}
-
 /// Words side by side, in lines of some 90 characters.
 std::string paragraph(const std::vector<std::string>& words)
 {
@@ -176,7 +168,7 @@ std::string helpOnOperation(const Operation& operation)
         if (operation.name == std::string(shortWord.operation))
             words.push_back(wordUsage(shortWord));
     if (!words.empty())
-        text += "\n  short:  " + joined(words, ", ");
+        text += "\n  short:  " + listed(words);
     return text;
 }
 
@@ -237,10 +229,8 @@ std::string helpOn(const std::string& topic)
     std::vector<std::string> topics = commandWords();
     for (const std::string& name : eventNames())
         topics.push_back(name);
-    const std::string near = nearest(topic, topics);
-    throw Mistake(
-        "there is no help on " + shown(topic, 40) +
-        (near.empty() ? "; \"help\" alone lists everything" : ", did you mean " + near + "?"));
+    throw Mistake("there is no help on " + shown(topic, 40) +
+                  didYouMean(topic, topics, "; \"help\" alone lists everything"));
 }
 
 }  // namespace kit::phone

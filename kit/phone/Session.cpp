@@ -38,9 +38,8 @@ const Operation& resolve(const Statement& statement, std::vector<Word>& words)
     const ShortWord* const shortWord = findShortWord(word, static_cast<std::size_t>(positionals));
     if (shortWord == nullptr)
     {
-        const std::string near = nearest(word, commandWords());
         throw Mistake("there is no command " + shown(word, 40) +
-                          (near.empty() ? " (\"help\" lists all)" : ", did you mean " + near + "?"),
+                          didYouMean(word, commandWords(), " (\"help\" lists all)"),
                       statement.command.column);
     }
     words = expand(*shortWord, words);

@@ -140,8 +140,8 @@ std::string describe(const CLI::App& app, const CLI::ParseError& error)
     for (const CLI::Option* option : app.get_options())
         for (const std::string& name : option->get_lnames())
             names.push_back("--" + name);
-    const std::string near = nearest(left.front().substr(0, left.front().find('=')), names);
-    return text + (near.empty() ? "; --help lists them" : ", did you mean " + near + "?");
+    return text +
+           didYouMean(left.front().substr(0, left.front().find('=')), names, "; --help lists them");
 }
 
 std::size_t widthFor(const Options& options)

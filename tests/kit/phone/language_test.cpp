@@ -339,7 +339,7 @@ TEST(Arguments, MistakesSayWhatIsWrongAndWhere)
                                                 "names, not \"bussy\"; did you mean busy?"},
         {"setServiceState sfiServiceInServise",
          "17: state is one of sfiServiceInService, sfiServiceOutOfService, "
-         "sfiServiceDoNotDisturb, not sfiServiceInServise; did you mean sfiServiceInService?"},
+         "sfiServiceDoNotDisturb, not sfiServiceInServise, did you mean sfiServiceInService?"},
         {"subscribe subscriber=me", "11: subscribe has no argument subscriber"},
         {"dial 2001 now", "11: dial takes no more than destination; what is now?"},
         {"swap 1", "6: swap takes no words; what is 1?"},

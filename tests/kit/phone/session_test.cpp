@@ -90,7 +90,7 @@ TEST_F(Phone, JudgesEachLine)
         {"! sim show nothing", Verdict::met, ""},
         {"holdd", Verdict::mistake, "s:3:1: there is no command holdd, did you mean hold?\n"},
         {"! holdd", Verdict::mistake, "s:3:3: there is no command holdd, did you mean hold?\n"},
-        {"wire maybe", Verdict::mistake, "s:3:6: wire is switched on or off, not maybe\n"},
+        {"wire maybe", Verdict::mistake, "s:3:6: \"maybe\" is no switch; on and off are\n"},
         {"wait 1x", Verdict::mistake,
          "s:3:6: 1x is no time; write it as 250ms, 1.5s, 2min or 1h\n"},
         {"lines now", Verdict::mistake, "s:3:7: lines stands alone; what is now?\n"},
