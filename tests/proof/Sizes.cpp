@@ -158,45 +158,45 @@ const std::string openings = "<LineID><URI><Name><FullPAI><AlertInformation_Aler
 const std::string closings = "</LineID></URI></Name></FullPAI></AlertInformation_AlertURI>"
                              "</AlertInformation_InfoParam></DiversionURI></DiversionName>";
 
-// An event is copied once, and each text that is found in it once more. An answer is copied by the
+// Of an event each text that is found in it is copied, and nothing else. An answer is copied by the
 // channel, and an item of one byte takes a whole string in a list that grows by doubling. A request is
 // written once, into one string; what the channel keeps of it counts too.
 const Case cases[] = {
     {"event, one long text",
      [](std::size_t n) { return method("CallHeldEvent") + element("LineID", repeated("x", n)); },
-     event, 2},
+     event, 1},
     {"event, all texts the same long text",
      [](std::size_t n)
      { return method("IncomingCallEvent") + openings + repeated("x", n) + closings; },
-     event, 9},
+     event, 8},
     {"event, no end tags",
      [](std::size_t n) { return method("IncomingCallEvent") + repeated("<LineID><CallID>", n); },
-     event, 1},
+     event, 0},
     {"event, only end tags",
      [](std::size_t n) { return method("IncomingCallEvent") + repeated("</LineID></CallID>", n); },
-     event, 1},
+     event, 0},
     {"event, unknown tags",
      [](std::size_t n)
      { return method("IncomingCallEvent") + repeated("<a></a>", n) + element("LineID", "1"); },
-     event, 1},
+     event, 0},
     {"event, tags that nearly match",
      [](std::size_t n)
      { return method("IncomingCallEvent") + repeated("<LineID</LineID<CallI>", n); },
-     event, 1},
+     event, 0},
     {"event, nested brackets",
      [](std::size_t n)
      { return method("IncomingCallEvent") + repeated("<", n / 2) + repeated(">", n / 2); },
-     event, 1},
+     event, 0},
     {"event, long texts of the record",
      [](std::size_t n)
      {
          return method("CallStateChangeEvent") + element("GPUCLG", repeated("1", n / 2)) +
                 element("GPUCLDName", repeated("2", n / 2));
      },
-     event, 2},
+     event, 1},
     {"event, long name",
      [](std::size_t n) { return element("Method", repeated("CallStateChangeEvent", n)); }, event,
-     1},
+     0},
     {"event, long payload",
      [](std::size_t n)
      { return method("b2buaCSTAResponse") + element("success", "1") + repeated("<x/>", n); },
