@@ -25,6 +25,11 @@ bool isFile(const std::string& path)
 
 }  // namespace
 
+std::string withoutMark(const std::string& line)
+{
+    return line.compare(0, 3, "\xef\xbb\xbf") == 0 ? line.substr(3) : line;
+}
+
 Script readScript(const std::string& path)
 {
     const std::string own =
@@ -45,10 +50,7 @@ Script readScript(const std::string& path)
         size += line.size() + 1;
         if (size > longestScript)
             throw Mistake(what + "it is longer than 4 MiB");
-        // Some editors put this mark before UTF-8.
-        if (script.lines.empty() && line.compare(0, 3, "\xef\xbb\xbf") == 0)
-            line.erase(0, 3);
-        script.lines.push_back(line);
+        script.lines.push_back(script.lines.empty() ? withoutMark(line) : line);
     }
     if (in.bad())
         throw Mistake(what + std::strerror(errno));

@@ -17,6 +17,9 @@ struct Script
 /// Reads a file, or one of the scripts that are installed with the phone. Raises Mistake.
 Script readScript(const std::string& path);
 
+/// A first line without the mark that some editors put before UTF-8.
+std::string withoutMark(const std::string& line);
+
 }  // namespace kit::phone
 
 #endif

@@ -220,7 +220,7 @@ Verdict Session::runLines(std::istream& in, const std::string& name)
     std::string line;
     for (int number = 1; !ended_ && std::getline(in, line); ++number)
     {
-        const Verdict verdict = execute(line, {name, number});
+        const Verdict verdict = execute(number == 1 ? withoutMark(line) : line, {name, number});
         if (verdict == Verdict::interrupted)
             return verdict;
         if (first == Verdict::met)

@@ -334,6 +334,7 @@ TEST(PhoneProgram, AMarkBeforeTheFirstLineOfAScriptIsNoWord)
         phone(folder, "--script " + folder.write("s", "\xef\xbb\xbfsay one\nsay two\n"));
     EXPECT_EQ(ended.errors, "");
     EXPECT_EQ(ended.out, "one\ntwo\n");
+    EXPECT_EQ(phone(folder, "", "\xef\xbb\xbfsay one\n").out, "one\n");
 }
 
 TEST(PhoneProgram, TheTourCanBeTaken)
