@@ -5,9 +5,12 @@
 #include "kit/phone/Installed.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <vector>
 
 namespace kit::phone
 {
@@ -40,14 +43,15 @@ void copy(const fs::path& from, const fs::path& to, const std::string& name)
     std::ofstream out(to, std::ios::binary);
     out << text;
     if (!in || !out.flush())
-        throw Mistake("cannot write " + to.string());
+        throw Mistake("cannot write " + shown(to.string(), 200) + ": " + std::strerror(errno));
 }
 
 }  // namespace
 
 std::string makeApplication(const std::string& folder)
 {
-    const fs::path to = fs::path(folder).lexically_normal();
+    std::error_code error;
+    const fs::path to = fs::absolute(folder, error).lexically_normal();
     const std::string name = (to.has_filename() ? to : to.parent_path()).filename().string();
     if (!isName(name))
         throw Mistake("an application cannot be called " + shown(name, 60) +
@@ -56,20 +60,34 @@ std::string makeApplication(const std::string& folder)
     if (from.empty())
         throw Mistake("there is nothing to begin an application with: the folder " +
                       std::string(nameInTemplate) + " is not installed with this program");
-    std::error_code error;
     if (fs::exists(to, error) && !fs::is_empty(to, error))
         throw Mistake(shown(folder, 200) + " is there already");
-    if (!fs::create_directories(to, error) && error)
+    const bool isNew = fs::create_directories(to, error);
+    if (error)
         throw Mistake("cannot make " + shown(folder, 200) + ": " + error.message());
     std::vector<std::string> files;
-    for (const fs::directory_entry& entry : fs::directory_iterator(from))
+    try
     {
-        copy(entry.path(), to / entry.path().filename(), name);
-        files.push_back(entry.path().filename().string());
+        for (const fs::directory_entry& entry : fs::directory_iterator(from))
+        {
+            files.push_back(entry.path().filename().string());
+            copy(entry.path(), to / files.back(), name);
+        }
+    }
+    catch (const std::exception&)
+    {
+        // Whole or not at all.
+        for (const std::string& file : files)
+            fs::remove(to / file, error);
+        if (isNew)
+            fs::remove(to, error);
+        throw;
     }
     std::sort(files.begin(), files.end());
     const fs::path prefix = (from / "../../..").lexically_normal().parent_path();
-    const bool found = prefix == "/usr" || prefix == "/usr/local";
+    // In the build tree there is nothing that CMake could find.
+    const bool found =
+        prefix == "/usr" || prefix == "/usr/local" || !fs::exists(prefix / "include");
     const std::string path = quote(folder);
     return path + ": " + listed(files, "and") + "\nBuild it, test it, and go on from there:\n" +
            "  cmake -S " + path + " -B " + path + "/build" +

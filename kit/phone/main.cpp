@@ -314,8 +314,11 @@ int run(int argc, char** argv)
     }
     try
     {
-        if (!options.newApplication.empty())
+        if (app.count("--new-application") > 0)
         {
+            for (const CLI::Option* option : app.get_options())
+                if (option->count() > 0 && !option->check_lname("new-application"))
+                    throw std::runtime_error("--new-application goes with no other option");
             std::cout << makeApplication(options.newApplication) << '\n';
             return static_cast<int>(Verdict::met);
         }

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
@@ -315,6 +316,10 @@ TEST(PhoneProgram, BeginsAnApplication)
         std::string error;
     } rows[] = {
         {path, path + " is there already"},
+        {folder.file("."), folder.file(".") + " is there already"},
+        {"''",
+         "an application cannot be called \"\": letters, digits, - and _, the first one a letter"},
+        {folder.file("x") + " --echo", "--new-application goes with no other option"},
         {folder.file("8"),
          "an application cannot be called 8: letters, digits, - and _, the first one a letter"},
         {folder.file("in") + "/x", "cannot make " + folder.file("in") + "/x: Not a directory"},
@@ -325,6 +330,14 @@ TEST(PhoneProgram, BeginsAnApplication)
         EXPECT_EQ(refused.status, 2);
         EXPECT_EQ(refused.errors, "communications-phone: " + row.error + "\n");
     }
+
+    // No file may have more than 512 bytes.
+    const std::string half = folder.file("half");
+    (void)std::system(("trap '' XFSZ; ulimit -f 1; " PHONE_PROGRAM " --new-application " + half +
+                       " 2>" + folder.file("err"))
+                          .c_str());
+    EXPECT_EQ(folder.read("err").rfind(": File too large\n"), folder.read("err").size() - 17);
+    EXPECT_FALSE(std::filesystem::exists(half)) << "half of it is left";
 }
 
 TEST(PhoneProgram, AMarkBeforeTheFirstLineOfAScriptIsNoWord)
