@@ -234,6 +234,20 @@ class PageTest(unittest.TestCase):
         self.browser.click("#all")
         self.assertEqual(self.rows(), everything)
 
+    def test_calls_that_the_list_does_not_offer_are_picked_out_all_the_same(self):
+        held = [event(call, message("CallHeldEvent", ("LineID", "1001"), ("CallID", call))) for call in range(1, 3003)]
+        self.open(held + held)
+        offered = "document.querySelectorAll('#call option').length"
+        self.assertEqual(self.browser.evaluate(offered), 3001)  # "all" is one of them
+        for call in (3001, 3002, 3001):
+            self.browser.press("End")
+            self.browser.evaluate(f"choose({call} - 1)")
+            self.browser.click("aside .links button:last-child")
+            self.assertEqual(self.rows(), [call - 1, call + 3001])
+            self.assertEqual(self.browser.evaluate("document.querySelector('#call').selectedOptions[0].text"), f"{call} (2)")
+            self.choose("#call", "")
+        self.assertEqual(self.browser.evaluate(offered), 3003)
+
     def test_six_far_ends_have_columns(self):
         for count, names in [(6, ["2000", "2001", "2002", "2003", "2004", "2005"]),
                              (7, ["2000", "2001", "2002", "2004", "2006", "others"])]:

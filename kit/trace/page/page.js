@@ -132,17 +132,24 @@ function count(valuesOf) {
   return counts;
 }
 
+function option(value, text) {
+  const element = make("option", "", text);
+  element.value = value;
+  return element;
+}
+
 function fill(id, counts, sorted) {
   const values = [...counts.keys()];
   if (sorted) values.sort();
-  const option = (value, text) => {
-    const element = make("option", "", text);
-    element.value = value;
-    return element;
-  };
-  byId(id).replaceChildren(option("", "all"), ...values.slice(0, mostChoices)
-    .map((value) => option(value, `${value || "(none)"} (${counts.get(value)})`)));
+  const choice = (value) => option(value, `${value || "(none)"} (${counts.get(value)})`);
+  byId(id).replaceChildren(option("", "all"), ...values.slice(0, mostChoices).map(choice));
   byId(id).disabled = values.length === 0;
+  // A value that the list had no room for has its place once it is asked for.
+  byId(id).pick = (value) => {
+    byId(id).value = value;
+    if (byId(id).selectedIndex < 0) byId(id).append(choice(value));
+    byId(id).value = value;
+  };
 }
 
 // Picks out what is shown, and finds in it.
@@ -358,7 +365,7 @@ function describe() {
     links.append(button(record.answer ? `answer after ${span(pair.t - record.t)}: ${pair.l}`
                                       : `to ${pair.l}, sent ${span(record.t - pair.t)} before`, () => goTo(pair)));
   const pick = (id, what, value) => links.append(button(`only ${what} ${value}`, () => {
-    byId(id).value = value;
+    byId(id).pick(value);
     pickOut();
     choose(record.i);
   }));
