@@ -53,11 +53,16 @@ void CommunicationsServiceProxy::ask(const RequestText& request, std::string& re
     requestChannel->sendRequest(request.str(), response);
 }
 
+void CommunicationsServiceProxy::ask(const char* request, std::string& response)
+{
+    requestChannel->sendRequest(request, response);
+}
+
 int CommunicationsServiceProxy::roundTrip(const RequestText& request)
 {
     std::string response;
     ask(request, response);
-    return getResult(response);
+    return resultOf(response);
 }
 
 void CommunicationsServiceProxy::processSignallingComponentEvent(const char* data, int length)
@@ -76,8 +81,8 @@ void CommunicationsServiceProxy::processSignallingComponentEvent(const char* dat
 int CommunicationsServiceProxy::activate()
 {
     std::string response;
-    requestChannel->sendRequestTimed(RequestText("Activate").str(), response, timeout);
-    return getResult(response);
+    requestChannel->sendRequestTimed("<Method>Activate</Method>", response, timeout);
+    return resultOf(response);
 }
 
 int CommunicationsServiceProxy::deactivate(bool allowAutoActivate)
@@ -176,7 +181,7 @@ int CommunicationsServiceProxy::subscribe(Executable* subscriber)
     log(lineOfStart, "subscribe start");
     if (subscriber == nullptr)
         return sfiFailure;
-    const std::string request = RequestText("Subscribe").str();
+    const std::string request = "<Method>Subscribe</Method>";
     std::string response;
     const std::string channelName = requestChannel->context->findChannel(subscriber);
     try
@@ -190,7 +195,7 @@ int CommunicationsServiceProxy::subscribe(Executable* subscriber)
         throw MarloException(exception);
     }
     log(lineOfEnd, "subscribe end");
-    return getResult(response);
+    return resultOf(response);
 }
 
 int CommunicationsServiceProxy::SendCSTARequest(const std::string& line,
@@ -250,7 +255,7 @@ int CommunicationsServiceProxy::cancelCallbacks(const std::string& line, int cal
 int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
 {
     std::string response;
-    ask(RequestText("GetDevices"), response);
+    ask("<Method>GetDevices</Method>", response);
     if (response == "sfiFailure")
         return sfiFailure;
     // An item reaches from each "<" to the next ">", also past another "<", on purpose.
@@ -274,7 +279,7 @@ int CommunicationsServiceProxy::setServiceState(sfiServiceState state)
 int CommunicationsServiceProxy::getServiceState(sfiServiceState& state)
 {
     std::string response = "false";
-    ask(RequestText("GetServiceState"), response);
+    ask("<Method>GetServiceState</Method>", response);
     if (contains(response, "sfiFailure"))
         return sfiFailure;
     for (const sfiServiceState known :
@@ -311,7 +316,7 @@ int CommunicationsServiceProxy::setMicrophoneMute(bool status)
 int CommunicationsServiceProxy::getMicrophoneMute(bool& muted)
 {
     std::string response;
-    ask(RequestText("GetMicrophoneMute"), response);
+    ask("<Method>GetMicrophoneMute</Method>", response);
     if (contains(response, "sfiFailure"))
         return sfiFailure;
     muted = contains(response, "true");
@@ -379,7 +384,7 @@ int CommunicationsServiceProxy::getMessageWaitingIndicator(
     std::string& voiceMailNumber)
 {
     std::string response;
-    ask(RequestText("GetMessageWaitingIndicator"), response);
+    ask("<Method>GetMessageWaitingIndicator</Method>", response);
     AnswerFields answer;
     const std::string_view& result = answer.view("func_return_val");
     // Here an absent number is 0, on purpose: these are texts, converted afterwards.

@@ -100,6 +100,9 @@ private:
     /// Sends the request and leaves the answer in `response`, which goes to the channel as it is.
     void ask(const RequestText& request, std::string& response);
 
+    /// The same for a request without fields.
+    void ask(const char* request, std::string& response);
+
     /// Sends the request and returns the result code of the answer.
     int roundTrip(const RequestText& request);
 
