@@ -127,9 +127,12 @@ if(TARGET CommunicationsServiceKit)
     COMPONENT Kit
     FILES_MATCHING
     PATTERN "*.h"
-    PATTERN "Frame.h" EXCLUDE)
+    PATTERN "Frame.h" EXCLUDE
+    PATTERN "page" EXCLUDE)
   install(
     FILES ${PROJECT_SOURCE_DIR}/kit/service/EmbeddedConnection.h
+          ${PROJECT_SOURCE_DIR}/kit/service/Replay.h
+          ${PROJECT_SOURCE_DIR}/kit/service/Service.h
           ${PROJECT_SOURCE_DIR}/kit/service/SimulatedService.h
     DESTINATION ${include_dir}/kit/service
     COMPONENT Kit)
