@@ -122,6 +122,11 @@ pages)
         [ -e "$target" ] || [ -e "$(dirname "$page")/$target" ] ||
             { echo "$page names $target, which is not installed" && wrong=1; }
     done < <(grep -roP --include='*.md' '(?<=<!-- from )[^ ]+|(?<=\]\()(?![a-z]+:|#)[^)#]+' . | LC_ALL=C sort -u)
+    # So are the headers that they name.
+    while read -r header; do
+        [ -z "$WITH_KIT" ] || [ -e "$moved/$INCLUDEDIR/communications-service/$header" ] ||
+            { echo "$header is named, but not installed" && wrong=1; }
+    done < <(grep -rhoP --include='*.md' '\b(application|framework|kit/\w+)/\w+\.h\b' . | sort -u)
     [ -n "$(find . -name '*.md')" ] && [ $wrong = 0 ] || fail "the pages above are at fault"
     [ -z "$(find . -type d -empty)" ] || fail "empty: $(find . -type d -empty)"
     ;;
@@ -165,7 +170,7 @@ new-application)
     "$moved/bin/communications-phone" --new-application test >said
     sed -n 's/^  //p' said >commands
     CXXFLAGS=$flags sh -e commands >log 2>&1 || { cat log && fail "it does not build or pass"; }
-    [ -x test/build/bin/test ] || fail "the program has another name"
+    [ -x test/build/test-desk ] || fail "the program has another name"
     grep -q '100% tests passed, 0 tests failed out of 2' log || { cat log && fail "no tests"; }
     ;;
 quick-start)

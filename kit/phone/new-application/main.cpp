@@ -1,7 +1,7 @@
 // Runs the application at a desk, over the service that listens at a socket, until the input ends:
 //
 //     communications-service-sim --socket service --realtime &
-//     new-application service
+//     build/new-application-desk service
 #include "Application.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
