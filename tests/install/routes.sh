@@ -94,6 +94,7 @@ components)
     ;;
 find_package)
     build find_package -DCMAKE_PREFIX_PATH="$moved"
+    build headers -DCMAKE_PREFIX_PATH="$moved"
     ;;
 no-kit)
     rm -rf "$WORK/no-kit" && mkdir "$WORK/no-kit"

@@ -18,13 +18,13 @@ Hooks hooks;
 
 using support::hooks;
 
-COMMUNICATIONS_SERVICE_VISIBLE int loggingOnAppOxa(const char* component, int level)
+int loggingOnAppOxa(const char* component, int level)
 {
     return hooks.isLogging != nullptr ? hooks.isLogging(component, level) : 1;
 }
 
-COMMUNICATIONS_SERVICE_VISIBLE void logAppOxa(const char* component, const char* sourceFile,
-                                              int level, int line, const char* message)
+void logAppOxa(const char* component, const char* sourceFile, int level, int line,
+               const char* message)
 {
     if (hooks.log != nullptr)
         hooks.log(component, sourceFile, level, line, message);
