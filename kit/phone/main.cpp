@@ -10,8 +10,7 @@
 #include "kit/service/SimulatedService.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -239,8 +238,6 @@ public:
                                     ? session_->runLines(std::cin, "stdin")
                                     : session_->runScript(options_.script);
         const bool traced = session_->finish();
-        if (!std::cout)
-            throw Unwritten("what was to be printed could not be written");
         return static_cast<int>(traced || verdict != Verdict::met ? verdict : Verdict::unwritten);
     }
 
@@ -312,33 +309,25 @@ int run(int argc, char** argv)
         std::cerr << "communications-phone: " << describe(app, error) << '\n';
         return static_cast<int>(Verdict::mistake);
     }
-    try
+    int status = static_cast<int>(Verdict::met);
+    if (app.count("--new-application") > 0)
     {
-        if (app.count("--new-application") > 0)
-        {
-            for (const CLI::Option* option : app.get_options())
-                if (option->count() > 0 && !option->check_lname("new-application"))
-                    throw std::runtime_error("--new-application goes with no other option");
-            std::cout << makeApplication(options.newApplication) << '\n';
-            return static_cast<int>(Verdict::met);
-        }
-        return options.ladderFrom.empty() ? Program(options).run() : view(options);
+        for (const CLI::Option* option : app.get_options())
+            if (option->count() > 0 && !option->check_lname("new-application"))
+                throw std::runtime_error("--new-application goes with no other option");
+        std::cout << makeApplication(options.newApplication) << '\n';
     }
-    catch (const Unreachable& error)
-    {
-        std::cerr << "communications-phone: " << error.what() << '\n';
-        return static_cast<int>(Verdict::unreachable);
-    }
-    catch (const Unwritten& error)
-    {
-        std::cerr << "communications-phone: " << error.what() << '\n';
-        return static_cast<int>(Verdict::unwritten);
-    }
-    catch (const std::exception& error)
-    {
-        std::cerr << "communications-phone: " << error.what() << '\n';
-        return static_cast<int>(Verdict::mistake);
-    }
+    else
+        status = options.ladderFrom.empty() ? Program(options).run() : view(options);
+    if (!std::cout.flush())
+        throw Unwritten("what was to be printed could not be written");
+    return status;
+}
+
+int complain(const std::exception& error, Verdict verdict)
+{
+    std::fprintf(stderr, "communications-phone: %s\n", error.what());
+    return static_cast<int>(verdict);
 }
 
 }  // namespace
@@ -347,5 +336,21 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    return kit::phone::run(argc, argv);
+    using namespace kit::phone;
+    try
+    {
+        return run(argc, argv);
+    }
+    catch (const Unreachable& error)
+    {
+        return complain(error, Verdict::unreachable);
+    }
+    catch (const Unwritten& error)
+    {
+        return complain(error, Verdict::unwritten);
+    }
+    catch (const std::exception& error)
+    {
+        return complain(error, Verdict::mistake);
+    }
 }

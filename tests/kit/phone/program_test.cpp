@@ -126,6 +126,9 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
         {"--trace /nowhere/t --script " + met, 2,
          "communications-phone: cannot write /nowhere/t: No such file or directory\n"},
         {"--version", 0, ""},
+        {"--ladder-from " + folder.write("t", R"({"time":1,"kind":"event","text":"x"})") +
+             " --html /nowhere/p",
+         2, "communications-phone: cannot write /nowhere/p: No such file or directory\n"},
     };
     for (const auto& row : rows)
     {
@@ -134,6 +137,21 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
         EXPECT_EQ(ended.errors, row.error) << row.options;
         EXPECT_EQ(ended.out.find("before"), std::string::npos) << "carried out before it was read";
         EXPECT_EQ(ended.out.find("\033"), std::string::npos) << "colours go to terminals only";
+    }
+}
+
+TEST(PhoneProgram, NoticesThatNobodySeesWhatItPrints)
+{
+    const Folder folder;
+    const std::string trace = folder.write("t", "{\"time\":1,\"kind\":\"event\",\"text\":\"x\"}\n");
+    for (const std::string& options : {"--ladder-from " + trace, "--script " + everything})
+    {
+        const int status = std::system(
+            (std::string(PHONE_PROGRAM) + " " + options + " >/dev/full 2>" + folder.file("err"))
+                .c_str());
+        EXPECT_EQ(WEXITSTATUS(status), 4) << options;
+        EXPECT_EQ(folder.read("err"),
+                  "communications-phone: what was to be printed could not be written\n");
     }
 }
 
