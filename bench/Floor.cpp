@@ -97,18 +97,22 @@ void addFloor()
                    const std::string number = from.value(answer, 9);
                    got(5, 1, 3U, 12U, 1U, 2U, 4, 5, 1, number);
                });
-    std::string list;
-    for (const std::string& device : devices)
-        list += "<" + device + ">";
-    addRequest("getDevices.12", list,
-               [](const std::string& answer)
-               {
-                   std::vector<std::string> items;
-                   items.reserve(12);
-                   for (std::size_t i = 0; i < 12; ++i)
-                       items.emplace_back(answer, 1 + i * 14, 12);
-                   got(5, items);
-               });
+    for (const std::size_t count : {0, 12, 1000})
+        for (const bool isLong : {false, true})
+        {
+            const std::string domain = isLong ? deviceDomain : "";
+            const std::size_t length = devices[0].size() + domain.size();
+            addRequest("getDevices." + std::to_string(count) + (isLong ? ".long" : ""),
+                       deviceList(count, domain),
+                       [count, length](const std::string& answer)
+                       {
+                           std::vector<std::string> items;
+                           items.reserve(count);
+                           for (std::size_t i = 0; i < count; ++i)
+                               items.emplace_back(answer, 1 + i * (length + 2), length);
+                           got(5, items);
+                       });
+        }
 
     using Ifc = CommunicationsServiceEventIfc;
     add("crossCast/floor", [] { benchmark::DoNotOptimize(&callbacks(&subscriber)); });
@@ -134,6 +138,15 @@ void addFloor()
                                            from.value(text, 6), from.value(text, 7),
                                            reinterpret_cast<CallPartyInfo*>(record), 2, 0,
                                            from.value(text, 14), true, 3, 4);
+                 std::free(record);
+             });
+    addEvent("CallStateChangeEvent.3of18", callState.first(3),
+             [](Ifc& to, const Located& from, std::string& text)
+             {
+                 CallPartyInfo* const record =
+                     static_cast<CallPartyInfo*>(std::calloc(1, sizeof(CallPartyInfo)));
+                 to.onCallStateChangeEvent(from.value(text, 0), 4711, 6, -1, -1, "", "", "", record,
+                                           -1, -1, "", true, -1, -1);
                  std::free(record);
              });
     addEvent("IncomingCallEvent.17", incomingCall,

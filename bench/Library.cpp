@@ -46,14 +46,6 @@ void addRequest(const std::string& name, const std::string& answer,
     add(name, [channel, operations = connect(*channel), ask] { ask(*operations); });
 }
 
-std::string deviceList(std::size_t count, const std::string& domain = "")
-{
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i)
-        text += "<" + devices[i % devices.size()] + domain + ">";
-    return text;
-}
-
 std::string repeated(const std::string& piece, std::size_t size)
 {
     std::string text;
@@ -148,8 +140,8 @@ void addRequests(const std::string& who,
     {
         const std::string name = "getDevices." + std::to_string(items);
         addRequest<Operations>(name + "/" + who, deviceList(items), connect, getDevices);
-        addRequest<Operations>(name + ".long/" + who, deviceList(items, "@pbx.example.com"),
-                               connect, getDevices);
+        addRequest<Operations>(name + ".long/" + who, deviceList(items, deviceDomain), connect,
+                               getDevices);
     }
     if (who != "reference" && measuresGrowth)
         for (const Growing& row : growing)

@@ -55,7 +55,12 @@ const std::map<std::string, Message> requests = {
     {"SendCSTARequest.2KiB", {"SendCSTARequest", {{"Line", line, false}}, payload}},
     {"getForwardingConfiguration", {"getForwardingConfiguration", {{"fwType", "1", true}}, ""}},
     {"getMessageWaitingIndicator", {"GetMessageWaitingIndicator", {}, ""}},
-    {"getDevices.12", {"GetDevices", {}, ""}}};
+    {"getDevices.0", {"GetDevices", {}, ""}},
+    {"getDevices.0.long", {"GetDevices", {}, ""}},
+    {"getDevices.12", {"GetDevices", {}, ""}},
+    {"getDevices.12.long", {"GetDevices", {}, ""}},
+    {"getDevices.1000", {"GetDevices", {}, ""}},
+    {"getDevices.1000.long", {"GetDevices", {}, ""}}};
 
 const Message forwardingAnswer = {"",
                                   {{"sfiResult", "sfiSuccess", false},
@@ -138,6 +143,14 @@ const Message securityStatus = {"securityStatusChanged",
                                  {"CallIDsRecorded", "4711,4712,", false},
                                  {"CallLineURIsRecorded", "498970001001,498970001002,", false}},
                                 ""};
+
+std::string deviceList(std::size_t count, const std::string& domain)
+{
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+        text += "<" + devices[i % devices.size()] + domain + ">";
+    return text;
+}
 
 std::string Message::text() const
 {

@@ -49,6 +49,8 @@ extern const std::map<std::string, Message> requests;
 extern const Message forwardingAnswer;
 extern const Message messageWaitingAnswer;
 extern const std::vector<std::string> devices;
+constexpr const char* deviceDomain = "@pbx.example.com";  ///< makes long items of them
+std::string deviceList(std::size_t count, const std::string& domain = "");
 extern const Message devicesChanged;
 extern const Message callHeld;
 extern const Message callState;

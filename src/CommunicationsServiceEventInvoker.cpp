@@ -306,18 +306,45 @@ void incomingAssociatedCallEvent(Ifc* subscriber, const EventMessage& message)
     subscriber->onIncomingAssociatedCallEvent(lineId, currentCallId, newCallId);
 }
 
-// These two give the text itself away: it has to be one that may be changed.
+/// What stands behind the first `tail` (nine characters). Without one the not-found position wraps
+/// round in 32 bits and the first eight characters are missing, on purpose.
+std::string_view behind(std::string_view text, std::string_view tail)
+{
+    const std::uint32_t length = static_cast<std::uint32_t>(text.find(tail)) + 9U;
+    return text.substr(std::min<std::size_t>(length, text.size()));
+}
+
+// The callback is given a text of its own: what is left of the message, which the text may be itself.
+
+void b2buaCSTAResponse(Ifc* subscriber, const EventMessage& message, std::string& text)
+{
+    EventFields event;
+    const std::string& lineURI = event.text("lineURI");
+    const bool& success = event.flag("success");
+    event.read(message);
+    text = behind(message.text, "/success>");
+    subscriber->onB2buaCSTAResponse(lineURI, success, text);
+}
 
 void b2buaCSTAResponse(Ifc* subscriber, const EventMessage& message)
 {
-    std::string text(message.text);
-    CommunicationsServiceEventInvoker::b2buaCSTAResponse(subscriber, text);
+    std::string text;
+    b2buaCSTAResponse(subscriber, message, text);
+}
+
+void b2buaCSTAEventOrRequest(Ifc* subscriber, const EventMessage& message, std::string& text)
+{
+    EventFields event;
+    const std::string& lineURI = event.text("lineURI");
+    event.read(message);
+    text = behind(message.text, "/lineURI>");
+    subscriber->onB2buaCSTAEventOrRequest(lineURI, text);
 }
 
 void b2buaCSTAEventOrRequest(Ifc* subscriber, const EventMessage& message)
 {
-    std::string text(message.text);
-    CommunicationsServiceEventInvoker::b2buaCSTAEventOrRequest(subscriber, text);
+    std::string text;
+    b2buaCSTAEventOrRequest(subscriber, message, text);
 }
 
 void conferenceStatusEvent(Ifc* subscriber, const EventMessage& message)
@@ -482,14 +509,6 @@ const Row* rowOf(std::string_view method)
     return nullptr;
 }
 
-/// Removes everything up to and including the first `tail` (nine characters), in place. Without one
-/// the not-found position wraps round in 32 bits and eight characters go, on purpose.
-void cutBehind(std::string& text, const char* tail)
-{
-    const std::uint32_t length = static_cast<std::uint32_t>(text.find(tail)) + 9U;
-    text.erase(0, length);
-}
-
 }  // namespace
 
 CommunicationsServiceEventInvoker::~CommunicationsServiceEventInvoker() = default;
@@ -513,23 +532,16 @@ void CommunicationsServiceEventInvoker::handleMessage(Executable* subscriber, co
         response->messageHandled();
 }
 
+// The handlers by name, for whoever has the text of a certain event.
+
 void CommunicationsServiceEventInvoker::b2buaCSTAResponse(Ifc* subscriber, std::string& text)
 {
-    EventFields event;
-    const std::string& lineURI = event.text("lineURI");
-    const bool& success = event.flag("success");
-    event.read(EventMessage(text));
-    cutBehind(text, "/success>");
-    subscriber->onB2buaCSTAResponse(lineURI, success, text);
+    ::b2buaCSTAResponse(subscriber, EventMessage(text), text);
 }
 
 void CommunicationsServiceEventInvoker::b2buaCSTAEventOrRequest(Ifc* subscriber, std::string& text)
 {
-    EventFields event;
-    const std::string& lineURI = event.text("lineURI");
-    event.read(EventMessage(text));
-    cutBehind(text, "/lineURI>");
-    subscriber->onB2buaCSTAEventOrRequest(lineURI, text);
+    ::b2buaCSTAEventOrRequest(subscriber, EventMessage(text), text);
 }
 
 void CommunicationsServiceEventInvoker::incomingAssociatedCallEvent(Ifc* subscriber,
@@ -538,7 +550,6 @@ void CommunicationsServiceEventInvoker::incomingAssociatedCallEvent(Ifc* subscri
     ::incomingAssociatedCallEvent(subscriber, EventMessage(text));
 }
 
-// The other handlers by name, for whoever has a text of a certain event.
 #define NAMED_HANDLER(name)                                                                        \
     void CommunicationsServiceEventInvoker::name(Ifc* subscriber, std::string& text)               \
     {                                                                                              \

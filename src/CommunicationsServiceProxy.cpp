@@ -53,9 +53,9 @@ void CommunicationsServiceProxy::ask(const RequestText& request, std::string& re
     requestChannel->sendRequest(request.str(), response);
 }
 
-void CommunicationsServiceProxy::ask(const char* request, std::string& response)
+void CommunicationsServiceProxy::ask(std::string_view request, std::string& response)
 {
-    requestChannel->sendRequest(request, response);
+    requestChannel->sendRequest(std::string(request), response);
 }
 
 int CommunicationsServiceProxy::roundTrip(const RequestText& request)
@@ -259,9 +259,11 @@ int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
     if (response == "sfiFailure")
         return sfiFailure;
     // An item reaches from each "<" to the next ">", also past another "<", on purpose.
-    const std::size_t last = response.rfind('>');
     std::size_t open = response.find('<');
-    if (last == std::string::npos || open > last)
+    if (open == std::string::npos)
+        return sfiSuccess;
+    const std::size_t last = response.rfind('>');
+    if (last == std::string::npos || last < open)
         return sfiSuccess;
     // Room for all if they are as long as the first; not for very many, since they may not be.
     const std::size_t likely = (last + 1 - open) / (response.find('>', open) + 1 - open);

@@ -5,6 +5,8 @@
 #include "framework/Proxy.h"
 #include "framework/ProxyRequest.h"
 
+#include <string_view>
+
 class RequestText;
 
 /// The request side: writes each operation as a request text, hands it to the framework's channel
@@ -101,7 +103,7 @@ private:
     void ask(const RequestText& request, std::string& response);
 
     /// The same for a request without fields.
-    void ask(const char* request, std::string& response);
+    void ask(std::string_view request, std::string& response);
 
     /// Sends the request and returns the result code of the answer.
     int roundTrip(const RequestText& request);
