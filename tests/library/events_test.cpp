@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <typeinfo>
 
 using namespace std::string_literals;
 using support::Lines;
@@ -300,6 +301,7 @@ TEST_F(EventTest, ANullTextIsRefusedBeforeAnythingElse)
     catch (const std::logic_error& error)
     {
         EXPECT_STREQ(error.what(), "basic_string::_M_construct null not valid");
+        EXPECT_EQ(typeid(error), typeid(std::logic_error)) << "and no kind of it";
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(support::takeTrace(), Lines());

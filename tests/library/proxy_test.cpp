@@ -8,6 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
+#include <new>
+#include <type_traits>
 
 using support::Exception;
 using support::Lines;
@@ -166,9 +169,63 @@ TEST(Defaults, DoNothing)
     TestedEventInvoker invoker;
     Invoker& base = invoker;
     base.initInvoker(&context);
-    support::Channel channel;
-    EXPECT_EQ(channel.context, nullptr);
     EXPECT_EQ(support::takeTrace(), Lines());
+}
+
+/// Makes an object where there was something else before.
+template <typename Object>
+struct InUsedMemory
+{
+    InUsedMemory()
+    {
+        std::memset(memory, 0xAA, sizeof memory);
+        object = new (memory) Object;
+    }
+    ~InUsedMemory() { object->~Object(); }
+
+    alignas(Object) unsigned char memory[sizeof(Object)];
+    Object* object;
+};
+
+TEST(Defaults, NothingPointsAnywhereAtFirst)
+{
+    InUsedMemory<support::Channel> channel;
+    EXPECT_EQ(channel.object->context, nullptr);
+    // The channel's pointer is all that the proxy keeps, behind its two tables.
+    InUsedMemory<CommunicationsServiceProxy> proxy;
+    ASSERT_EQ(sizeof(CommunicationsServiceProxy), 3 * sizeof(void*));
+    void* kept;
+    std::memcpy(&kept, proxy.memory + 2 * sizeof(void*), sizeof kept);
+    EXPECT_EQ(kept, nullptr);
+}
+
+// Applications do not delete what they are given.
+static_assert(!std::is_destructible<CommunicationsServiceIfc>::value, "");
+static_assert(!std::is_destructible<CommunicationsServiceEventIfc>::value, "");
+static_assert(!std::has_virtual_destructor<CommunicationsServiceIfc>::value, "");
+static_assert(!std::has_virtual_destructor<CommunicationsServiceEventIfc>::value, "");
+
+/// White space, signs and digits are what they are in the C locale; all other bytes end a number.
+TEST(Readers, EachByteInFrontOfANumber)
+{
+    const support::ForeignLocale foreign;
+    for (int byte = 0; byte < 256; ++byte)
+    {
+        const char c = static_cast<char>(byte);
+        long expected = 0;
+        if (std::strchr(" \t\n\v\f\r+", c) != nullptr && c != '\0')
+            expected = 7;
+        else if (c == '-')
+            expected = -7;
+        else if (c >= '0' && c <= '9')
+            expected = 10 * (c - '0') + 7;
+        const std::string message = std::string("<b>") + c + "7</b>";
+        EXPECT_EQ(CommunicationsServiceProxy::getParamAsLong("<b>", message, "</b>"), expected)
+            << byte;
+        EXPECT_EQ(CommunicationsServiceEventInvoker::getParamAsLong("<b>", message, "</b>"),
+                  expected)
+            << byte;
+    }
 }
 
 TEST(Readers, OfAnswersAndEventsDifferInHowTheyFindTheEnd)
