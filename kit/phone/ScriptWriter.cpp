@@ -72,10 +72,17 @@ int ScriptWriter::begin(Time now, const std::string& line, const Variables& vari
             if (at + mark.size() == line_.size() || !isNameCharacter(line_[at + mark.size()]))
                 line_.replace(at, mark.size(), instead);
     }
+    started_ = now;
     const Time quiet = (now - last_) / 100 * 100;
-    if (!calls_.empty() && quiet >= std::chrono::seconds(1))
+    if (calls_.empty())
+    {
+        last_ = now;
+    }
+    else if (quiet >= std::chrono::seconds(1))
+    {
         text_ += "wait " + typed(quiet) + "\n";
-    last_ = now;
+        last_ += quiet;
+    }
     return number_;
 }
 
@@ -83,14 +90,17 @@ void ScriptWriter::end(int line, Time now, Verdict verdict, const Values& return
 {
     if (line != number_ || !open_)
         return;
-    finish(verdict, returned);
-    last_ = now;
+    // What is left of the time before it, and that of a line which is not written, counts later.
+    if (finish(verdict, returned))
+        last_ = last_ < started_ ? last_ + (now - started_) : now;
 }
 
-void ScriptWriter::finish(Verdict verdict, const Values& returned)
+bool ScriptWriter::finish(Verdict verdict, const Values& returned)
 {
     open_ = false;
-    if (!line_.empty() && verdict != Verdict::mistake && verdict != Verdict::interrupted)
+    const bool written =
+        !line_.empty() && verdict != Verdict::mistake && verdict != Verdict::interrupted;
+    if (written)
     {
         // Met with "!" in front is failed, and the other way round.
         const bool failed = (verdict != Verdict::met) != mustFail_;
@@ -105,6 +115,7 @@ void ScriptWriter::finish(Verdict verdict, const Values& returned)
     }
     text_ += std::exchange(events_, {});
     write();
+    return written;
 }
 
 void ScriptWriter::add(Time now, const ReceivedEvent& received)

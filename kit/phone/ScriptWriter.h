@@ -44,7 +44,8 @@ public:
     std::string takeProblem() { return std::exchange(problem_, {}); }
 
 private:
-    void finish(Verdict verdict, const Values& returned);
+    /// False when the line is not to be written.
+    bool finish(Verdict verdict, const Values& returned);
     void write();
 
     bool wanted_ = false;
@@ -57,7 +58,8 @@ private:
     bool mustFail_ = false;
     int number_ = 0;
     bool open_ = false;
-    Time last_{0};                              ///< when something was last written
+    Time started_{0};                           ///< when the line was
+    Time last_{0};                              ///< up to when the script lets time pass
     std::map<std::string, std::string> calls_;  ///< names of the calls that have been captured
 };
 

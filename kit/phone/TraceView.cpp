@@ -23,8 +23,10 @@ namespace
 std::ifstream open(const std::string& file)
 {
     std::ifstream in(file, std::ios::binary);
-    if (!in)
+    // A folder can be opened, but holds no text.
+    if (!in || (in.peek() == std::ifstream::traits_type::eof() && in.bad()))
         throw std::runtime_error("cannot read " + file + ": " + std::strerror(errno));
+    in.clear();
     return in;
 }
 

@@ -118,6 +118,7 @@ TEST(PhoneProgram, ExitStatusTellsHowItWent)
         {"--library /nowhere", 2, "communications-phone: there is no library /nowhere\n"},
         {"--socket /nowhere --script " + met, 3,
          "communications-phone: no service at /nowhere: there is no such socket\n"},
+        {"--ladder-from /", 2, "communications-phone: cannot read /: Is a directory\n"},
         {"--ladder-from " + met, 2,
          "communications-phone: " + met +
              ":1: not JSON (byte 1); no line of it is one of a trace\n"},

@@ -320,6 +320,9 @@ TEST(ScriptWriter, WritesTheTimeThatPassed)
     writer.add(Time(8000), held);
     line(8900, "retrieve");
     line(11340, "hangup");
+    for (const int time : {11800, 12300, 12800})
+        writer.end(writer.begin(Time(time), "hlod", {}), Time(time), Verdict::mistake, {});
+    writer.add(Time(13000), held);
     writer.open(file);
     EXPECT_EQ(writer.close(), file);
     std::ostringstream text;
@@ -329,13 +332,15 @@ TEST(ScriptWriter, WritesTheTimeThatPassed)
                           "expect CallHeldEvent lineId=1001 as call1\n"
                           "expect CallHeldEvent lineId=1001 callId=$call1 within 4s\n"
                           "retrieve\n"
-                          "wait 2400ms\n"
-                          "hangup\n");
+                          "wait 3300ms\n"
+                          "hangup\n"
+                          "wait 1s\n"
+                          "expect CallHeldEvent lineId=1001 callId=$call1 within 2s\n");
     std::remove(file.c_str());
     writer.open("/dev/full");
-    line(12000, "hold");
+    line(13000, "hold");
     EXPECT_EQ(writer.takeProblem(), "the recording ends here: /dev/full cannot be written");
-    line(12000, "hold");
+    line(13000, "hold");
     EXPECT_EQ(writer.takeProblem(), "") << "told once";
 }
 
