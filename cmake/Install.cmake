@@ -73,7 +73,9 @@ install_pkgconfig(communications-service-client Development)
 
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/CommunicationsServiceConfig.cmake.in
-  ${generated_dir}/CommunicationsServiceConfig.cmake INSTALL_DESTINATION ${cmake_dir})
+  ${generated_dir}/CommunicationsServiceConfig.cmake
+  INSTALL_DESTINATION ${cmake_dir}
+  PATH_VARS include_dir)
 write_basic_package_version_file(${generated_dir}/CommunicationsServiceConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(
@@ -127,6 +129,7 @@ if(TARGET CommunicationsServiceKit)
     COMPONENT Kit
     FILES_MATCHING
     PATTERN "*.h"
+    PATTERN "Mock*.cpp"
     PATTERN "Frame.h" EXCLUDE
     PATTERN "page" EXCLUDE)
   install(

@@ -1,7 +1,7 @@
 // How an application is tested: its decisions with mocks, its requests and events with the library.
 #include "QuietKey.h"
 #include "kit/testing/EventInjector.h"
-#include "kit/testing/Mocks.h"
+#include "kit/testing/MockCommunicationsService.h"
 #include "kit/testing/RecordingChannel.h"
 
 #include <gmock/gmock.h>

@@ -8,7 +8,8 @@
 #include "kit/testing/EventInjector.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/FaultConnection.h"
-#include "kit/testing/Mocks.h"
+#include "kit/testing/MockCommunicationsService.h"
+#include "kit/testing/MockCommunicationsServiceEvents.h"
 #include "kit/testing/RecordingChannel.h"
 #include "kit/testing/ServiceProcess.h"
 
@@ -244,12 +245,42 @@ TEST(MocksTest, EventsComeFromTheRealInvoker)
     kit::EventInjector injector(events);
     EXPECT_CALL(events, onCallHeldEvent("1001", 7));
     injector.inject("CallHeldEvent", {{"lineId", "1001"}, {"callId", "7"}});
-    EXPECT_CALL(events,
-                onIncomingCall(testing::AllOf(Field(&kit::IncomingCall::lineId, "1001"),
-                                              Field(&kit::IncomingCall::ilLocalLevel, 3),
-                                              Field(&kit::IncomingCall::isVideoCall, true))));
-    injector.inject("IncomingCallEvent",
-                    {{"lineId", "1001"}, {"ilLocalLevel", "high"}, {"isVideoCall", "on"}});
+    communications::IncomingCallEvent call = {};
+    EXPECT_CALL(events, onIncomingCall).WillOnce(testing::SaveArg<0>(&call));
+    injector.inject("IncomingCallEvent", {{"lineId", "1"},
+                                          {"callId", "2"},
+                                          {"uri", "3"},
+                                          {"name", "4"},
+                                          {"fullPai", "5"},
+                                          {"alertUri", "6"},
+                                          {"alertInfoParam", "7"},
+                                          {"alertAutoAnswer", "1"},
+                                          {"callType", "9"},
+                                          {"diversionUri", "10"},
+                                          {"diversionName", "11"},
+                                          {"diversionReason", "12"},
+                                          {"zipAutoAnswer", "0"},
+                                          {"resourcePriority", "14"},
+                                          {"ilCallLevel", "15"},
+                                          {"ilLocalLevel", "16"},
+                                          {"isVideoCall", "1"}});
+    EXPECT_EQ(std::tie(call.lineId, call.callId, call.uri, call.name, call.fullPai, call.alertUri,
+                       call.alertInfoParam, call.callType, call.diversionUri, call.diversionName,
+                       call.diversionReason, call.resourcePriority, call.ilCallLevel,
+                       call.ilLocalLevel),
+              std::make_tuple("1", 2, "3", "4", "5", "6", "7", 9, "10", "11", 12, 14, 15, 16));
+    EXPECT_EQ(std::tie(call.alertAutoAnswer, call.zipAutoAnswer, call.isVideoCall),
+              std::make_tuple(true, false, true));
+    // The three flags, each one alone.
+    for (const char* flag : {"alertAutoAnswer", "zipAutoAnswer", "isVideoCall"})
+    {
+        EXPECT_CALL(events, onIncomingCall).WillOnce(testing::SaveArg<0>(&call));
+        injector.inject("IncomingCallEvent", {{flag, "on"}});
+        const std::string name = flag;
+        EXPECT_EQ(std::tie(call.alertAutoAnswer, call.zipAutoAnswer, call.isVideoCall),
+                  std::make_tuple(name == "alertAutoAnswer", name == "zipAutoAnswer",
+                                  name == "isVideoCall"));
+    }
 }
 
 class FaultTest : public testing::Test
