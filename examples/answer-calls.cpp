@@ -1,45 +1,47 @@
 // Answers every call that arrives, and ends with 0 once it speaks with somebody.
-#include "application/Subscriber.h"
-#include "kit/framework/Framework.h"
+#include "CommunicationsServiceIfc.h"
+#include "application/Application.h"
+#include "kit/framework/Subscription.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
 
-class AnsweringMachine : public communications::QuietSubscriber
+class AnsweringMachine
+    : public communications::EventSubscriber<communications::CallStateChangeEvent>
 {
 public:
-    explicit AnsweringMachine(CommunicationsServiceIfc& service) : service_(service) {}
-
-    void onCallStateChangeEvent(const std::string& line, int call, int state, int, int,
-                                const std::string& uri, const std::string&, const std::string&,
-                                CallPartyInfo*, int, int, const std::string&, bool, int,
-                                int) override
+    AnsweringMachine(CommunicationsServiceIfc& service, const communications::CallStates& states)
+        : service_(service), states_(states)
     {
-        if (state == kit::numbers::callOffered)
-            service_.acceptCall(line, call, false);
-        else if (state == kit::numbers::callRinging)
-            service_.answerCall(line, call);
-        else if (state == kit::numbers::callConnected)
-            std::cout << line << " speaks with " << uri << "\n";
-        connected = state == kit::numbers::callConnected;
+    }
+
+    void on(const communications::CallStateChangeEvent& event) override
+    {
+        if (event.callState == states_.offered)
+            service_.acceptCall(event.lineId, event.callId, false);
+        else if (event.callState == states_.ringing)
+            service_.answerCall(event.lineId, event.callId);
+        else if (event.callState == states_.connected)
+            std::cout << event.lineId << " speaks with " << event.uri << "\n";
+        connected = event.callState == states_.connected;
     }
 
     bool connected = false;
 
 private:
     CommunicationsServiceIfc& service_;
+    const communications::CallStates states_;  // the service's own numbers
 };
 
 int main()
 {
     kit::Framework framework(std::make_unique<kit::EmbeddedConnection>());
-    AnsweringMachine machine(framework.service());
+    AnsweringMachine machine(framework.service(), kit::callStates());
     framework.service().activate();
-    framework.service().subscribe(&machine);
+    const kit::Subscription subscription(framework, machine);
 
     kit::ControlAnswer answer;
     framework.connection()->control("call 1001 from 2001", answer, std::chrono::seconds(1));
     framework.settle(std::chrono::seconds(10));
-    framework.remove(machine);
     return machine.connected ? 0 : 1;
 }

@@ -1,7 +1,7 @@
 // Goes on after the service was restarted: nothing comes back by itself, and nothing is sent twice.
 #include "application/Subscriber.h"
 #include "kit/framework/Exception.h"
-#include "kit/framework/Framework.h"
+#include "kit/framework/Subscription.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
@@ -22,13 +22,13 @@ int main()
     CommunicationsServiceIfc& service = framework.service();
     Watcher watcher;
     service.activate();
-    service.subscribe(&watcher);
+    const kit::Subscription subscription(framework, watcher);
 
     kit::ControlAnswer answer;
     framework.connection()->control("go away", answer, std::chrono::seconds(1));
     try
     {
-        service.subscribe(&watcher);
+        subscription.renew();
     }
     catch (const MarloException& exception)
     {
@@ -37,9 +37,8 @@ int main()
     // A new connection, and everything from the beginning.
     framework.reconnect(std::make_unique<kit::EmbeddedConnection>(simulation));
     service.activate();
-    service.subscribe(&watcher);
+    subscription.renew();
     const int result = service.setDoNotDisturb("1001", true);
     framework.settle(std::chrono::seconds(10));
-    framework.remove(watcher);
     return result == sfiSuccess ? 0 : 1;
 }

@@ -1,6 +1,6 @@
 // Passes a CSTA request through the service to its peer and prints what the peer answers.
 #include "application/Subscriber.h"
-#include "kit/framework/Framework.h"
+#include "kit/framework/Subscription.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
@@ -27,11 +27,10 @@ int main()
     CommunicationsServiceIfc& service = framework.service();
     CstaClient client;
     service.activate();
-    service.subscribe(&client);
+    const kit::Subscription subscription(framework, client);
     if (service.SendCSTARequest(
             "1001", "<GetDoNotDisturb><device>1001</device></GetDoNotDisturb>") != sfiSuccess)
         std::cout << "the service does not pass it on\n";
     framework.settle(std::chrono::seconds(10));
-    framework.remove(client);
     return client.answered ? 0 : 1;
 }

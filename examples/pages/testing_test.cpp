@@ -1,11 +1,14 @@
 // What the page on testing applications quotes, beside the tests of the quiet key.
 #include "../quiet-key/QuietKey.h"
 #include "kit/framework/Framework.h"
+#include "kit/framework/Log.h"
 #include "kit/framework/SocketConnection.h"
+#include "kit/framework/Subscription.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/FaultConnection.h"
+#include "kit/testing/RecordingChannel.h"
 #include "kit/testing/ServiceProcess.h"
 
 #include <gtest/gtest.h>
@@ -27,14 +30,13 @@ TEST(Testing, OverTheSimulatedService)
     kit::Framework framework(std::make_unique<kit::EmbeddedConnection>(), onPump());
     QuietKey key(framework.service(), "1001");
     framework.service().activate();
-    framework.service().subscribe(&key);
+    const kit::Subscription subscription(framework, key);
 
     EXPECT_TRUE(key.press());
     framework.pump();  // the events come here, on this thread
     bool on = false;
     EXPECT_EQ(framework.service().getDoNotDisturb("1001", on), sfiSuccess);
     EXPECT_TRUE(on);
-    framework.remove(key);
 }
 
 TEST(Testing, TheFarEndIsTheTests)
@@ -44,7 +46,7 @@ TEST(Testing, TheFarEndIsTheTests)
     kit::Framework framework(std::move(connection));
     kit::EventRecorder events;
     framework.service().activate();
-    framework.service().subscribe(&events);
+    const kit::Subscription subscription(framework, events);
 
     simulation->control("call 1001 from 2001");
     const auto incoming = events.waitFor("IncomingCallEvent", {{"lineId", "1001"}});
@@ -52,7 +54,6 @@ TEST(Testing, TheFarEndIsTheTests)
     simulation->control("hang up");
     const auto missed = events.waitFor("IncomingCallMissedEvent");
     EXPECT_TRUE(missed) << missed.problem;
-    framework.remove(events);
 }
 
 TEST(Testing, TheServiceFailsOnCommand)
@@ -81,4 +82,13 @@ TEST(Testing, TheServiceDies)
     service.restart();
     framework.reconnect(std::make_unique<kit::SocketConnection>(service.socket()));
     EXPECT_EQ(framework.service().activate(), sfiSuccess);
+}
+
+TEST(Testing, TheLogIsThere)
+{
+    std::string log;
+    kit::setLogSink([&](const kit::LogLine& line) { log += line.message + "\n"; });
+    kit::RecordingChannel().service().activate();
+    kit::setLogSink({});
+    EXPECT_NE(log.find("activate"), std::string::npos) << log;
 }

@@ -1,6 +1,6 @@
 // Presses the key twice and prints what goes over the channel.
 #include "QuietKey.h"
-#include "kit/framework/Framework.h"
+#include "kit/framework/Subscription.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <iostream>
@@ -20,13 +20,12 @@ int main()
 
     QuietKey key(framework.service(), "1001");
     framework.service().activate();
-    framework.service().subscribe(&key);
+    const kit::Subscription subscription(framework, key);
     bool pressed = key.start();
     for (int i = 0; i < 2; ++i)
     {
         pressed = key.press() && pressed;
         framework.pump();
     }
-    framework.remove(key);
     return pressed ? 0 : 1;
 }

@@ -74,6 +74,25 @@ int number(const std::string& text)
     return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
 }
 
+/// The structure of an event, as far as the book looks at it.
+template <typename Structure>
+Structure callOf(const ReceivedEvent& event)
+{
+    Structure structure{};
+    structure.lineId = event.value("lineId");
+    structure.callId = number(event.value("callId"));
+    return structure;
+}
+
+template <typename Structure>
+Structure farEndOf(const ReceivedEvent& event)
+{
+    Structure structure = callOf<Structure>(event);
+    structure.uri = event.value("uri");
+    structure.name = event.value("name");
+    return structure;
+}
+
 }  // namespace
 
 void CallBook::setLines(const std::vector<std::string>& lines)
@@ -83,30 +102,26 @@ void CallBook::setLines(const std::vector<std::string>& lines)
 
 void CallBook::take(const ReceivedEvent& event)
 {
+    using namespace communications;
     const std::string method = event.event->method;
-    const int id = event.has("callId") ? number(event.value("callId")) : 0;
     if (method == "CallStateChangeEvent")
     {
-        const int state = number(event.value("callState"));
-        if (state == callCleared || state == callIdle)
-            drop(id);
-        else
-            call(id, event).state = state;
+        CallStateChangeEvent change = farEndOf<CallStateChangeEvent>(event);
+        change.callState = number(event.value("callState"));
+        book_.on(change);
     }
     else if (method == "IncomingCallEvent")
-    {
-        // A state of its own usually follows; until then the call is offered.
-        if (find(id) == nullptr)
-            call(id, event).state = callOffered;
-    }
+        book_.on(farEndOf<IncomingCallEvent>(event));
     else if (method == "CallHeldEvent")
-        call(id, event).state = callHeld;
+        book_.on(callOf<CallHeldEvent>(event));
     else if (method == "CallRetrievedEvent")
-        call(id, event).state = callConnected;
-    else if (method == "RemoteEndpointDetailsChangedEvent" && find(id) != nullptr)
-        call(id, event);
-    else if (method == "IncomingCallMissedEvent" || method == "CallForwardedEvent")
-        drop(id);
+        book_.on(farEndOf<CallRetrievedEvent>(event));
+    else if (method == "RemoteEndpointDetailsChangedEvent")
+        book_.on(farEndOf<RemoteEndpointDetailsChangedEvent>(event));
+    else if (method == "IncomingCallMissedEvent")
+        book_.on(callOf<IncomingCallMissedEvent>(event));
+    else if (method == "CallForwardedEvent")
+        book_.on(callOf<CallForwardedEvent>(event));
     else
         takeFeature(event);
 }
@@ -118,7 +133,7 @@ void CallBook::setLamp(const std::string& line, const std::string& lamp, const s
 
 void CallBook::clear()
 {
-    calls_.clear();
+    book_.clear();
     features_.clear();
     lamps_.clear();
 }
@@ -126,14 +141,6 @@ void CallBook::clear()
 bool CallBook::isLine(const std::string& word) const
 {
     return std::find(lines_.begin(), lines_.end(), word) != lines_.end();
-}
-
-const CallBook::Call* CallBook::find(int id) const
-{
-    for (const Call& call : calls_)
-        if (call.id == id)
-            return &call;
-    return nullptr;
 }
 
 const CallBook::Call& CallBook::pick(const Operation& operation, const Field& argument,
@@ -152,7 +159,7 @@ const CallBook::Call& CallBook::pick(const Operation& operation, const Field& ar
         const Call* found = nullptr;
         std::string all;
         int count = 0;
-        for (const Call& call : calls_)
+        for (const Call& call : calls())
             if ((line.empty() || call.line == line) &&
                 std::find(states.begin(), states.end(), call.state) != states.end())
             {
@@ -165,34 +172,10 @@ const CallBook::Call& CallBook::pick(const Operation& operation, const Field& ar
             throw Mistake(needs + "more than one call fits: " + all);
     }
     std::string all;
-    for (const Call& call : calls_)
+    for (const Call& call : calls())
         all += (all.empty() ? "" : ", ") + describe(call);
     throw Mistake(needs + "no call " + rule->what +
                   (all.empty() ? "; there is no call" : "; there is " + all));
-}
-
-CallBook::Call& CallBook::call(int id, const ReceivedEvent& event)
-{
-    auto found = std::find_if(calls_.begin(), calls_.end(),
-                              [&](const Call& candidate) { return candidate.id == id; });
-    if (found == calls_.end())
-    {
-        calls_.push_back({});
-        found = calls_.end() - 1;
-        found->id = id;
-    }
-    if (!event.value("lineId").empty())
-        found->line = event.value("lineId");
-    if (event.has("uri") && !event.value("uri").empty())
-        found->farEnd = event.value("uri");
-    return *found;
-}
-
-void CallBook::drop(int id)
-{
-    calls_.erase(std::remove_if(calls_.begin(), calls_.end(),
-                                [&](const Call& candidate) { return candidate.id == id; }),
-                 calls_.end());
 }
 
 void CallBook::takeFeature(const ReceivedEvent& event)

@@ -1,6 +1,7 @@
 #ifndef KIT_PHONE_CALL_BOOK_H
 #define KIT_PHONE_CALL_BOOK_H
 
+#include "application/CallBook.h"
 #include "kit/binding/Subscriber.h"
 #include "kit/protocol/Protocol.h"
 
@@ -11,17 +12,11 @@
 namespace kit::phone
 {
 
-/// What an application knows about its calls and lines: only what the events have told it.
+/// What the phone knows about its calls and lines: only what the events have told it.
 class CallBook
 {
 public:
-    struct Call
-    {
-        int id = 0;
-        std::string line;
-        int state = 0;
-        std::string farEnd;
-    };
+    using Call = communications::CallBook::Call;
 
     void setLines(const std::vector<std::string>& lines);
     void take(const ReceivedEvent& event);
@@ -34,8 +29,8 @@ public:
     bool isLine(const std::string& word) const;
 
     /// Calls that are not over, oldest first.
-    const std::vector<Call>& calls() const { return calls_; }
-    const Call* find(int id) const;
+    const std::vector<Call>& calls() const { return book_.calls(); }
+    const Call* find(int id) const { return book_.find(id); }
 
     /// The one call that an operation's argument can mean, on `line` if that is not "". Raises
     /// Mistake when there is none or more than one, and says which.
@@ -53,12 +48,10 @@ public:
     }
 
 private:
-    Call& call(int id, const ReceivedEvent& event);
-    void drop(int id);
     void takeFeature(const ReceivedEvent& event);
 
     std::vector<std::string> lines_;
-    std::vector<Call> calls_;
+    communications::CallBook book_{callStates()};
     std::map<std::string, std::map<std::string, std::string>> features_;
     std::map<std::string, std::map<std::string, std::string>> lamps_;
 };

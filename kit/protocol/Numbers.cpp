@@ -273,6 +273,12 @@ const std::vector<Group>& groups()
 
 }  // namespace
 
+communications::CallStates callStates()
+{
+    return {callIdle, callOffered,     callRinging, callConnected,
+            callHeld, callConferenced, callCleared};
+}
+
 const std::vector<NumberName>& namesOf(Meaning meaning)
 {
     for (const Group& group : groups())

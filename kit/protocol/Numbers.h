@@ -2,6 +2,7 @@
 #define KIT_PROTOCOL_NUMBERS_H
 
 #include "CommunicationsServiceTypes.h"
+#include "application/CallBook.h"
 
 #include <string>
 #include <vector>
@@ -272,6 +273,9 @@ constexpr const char* recorded = "true";
 constexpr const char* notRecorded = "false";
 
 }  // namespace words
+
+/// The simulator's call states for an application's CallBook.
+communications::CallStates callStates();
 
 /// A set of numbers, or of words, that belong to one meaning.
 enum class Meaning
