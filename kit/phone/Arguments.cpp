@@ -193,7 +193,7 @@ Binding bindArguments(const Operation& operation, const std::vector<Word>& words
         }
         else if (!isLineArgument(argument))
             throw Mistake(std::string(operation.name) + " needs " + argument.argument + ": " +
-                          argument.meaning + " (" + usageOf(operation) + ")");
+                          argument.explanation + " (" + usageOf(operation) + ")");
     }
 
     for (std::size_t i = 0; i < arguments.size(); ++i)

@@ -88,7 +88,7 @@ std::string overview()
 
 std::string fieldLine(const Field& field, const std::string& more)
 {
-    std::string text = "  " + padded(field.argument, 26) + " " + field.meaning + more;
+    std::string text = "  " + padded(field.argument, 26) + " " + field.explanation + more;
     if (isFlag(field.kind))
         return text;
     std::string line;
@@ -119,24 +119,12 @@ std::string wireText(const std::string& method, const std::vector<Field>& fields
 
 std::string answerText(const Operation& operation)
 {
-    switch (operation.answer)
-    {
-    case Answer::none:
-        return operation.sending == Sending::nothing ? "nothing is sent" : "none is awaited";
-    case Answer::result:
-        return "a result word, as sfiSuccess";
-    case Answer::contains:
-        return "a text that is searched for \"sfiFailure\" and \"true\"";
-    case Answer::stateName:
-        return "a text that holds the name of a service state, or \"sfiFailure\"";
-    case Answer::fields:
-        return std::string("fields; the result word is in ") + operation.resultTag;
-    case Answer::items:
-        return "items in angle brackets, or \"sfiFailure\"";
-    case Answer::whole:
-        return "\"true\" for yes, anything else for no";
-    }
-    return "";
+    if (operation.sending == Sending::nothing)
+        return "nothing is sent";
+    std::string text = inWords(operation.answer);
+    std::replace(text.begin(), text.end(), '`', '"');
+    return *operation.resultTag == '\0' ? text
+                                        : text + "; the result word is in " + operation.resultTag;
 }
 
 std::string helpOnOperation(const Operation& operation)

@@ -278,6 +278,29 @@ std::string element(const std::string& tag, const std::string& value)
     return "<" + tag + ">" + value + "</" + tag + ">";
 }
 
+std::string inWords(Answer answer)
+{
+    switch (answer)
+    {
+    case Answer::none:
+        return "none is awaited";
+    case Answer::result:
+        return "a result word and nothing else; its code is returned";
+    case Answer::contains:
+        return "any text: with `sfiFailure` in it 0 is returned, else 5, and the output is whether "
+               "`true` is in it";
+    case Answer::stateName:
+        return "any text: with `sfiFailure` or no state's name in it 0 is returned, else 5";
+    case Answer::fields:
+        return "fields; all outputs are written whatever the result";
+    case Answer::items:
+        return "items, each in angle brackets; `sfiFailure` alone returns 0, anything else 5";
+    case Answer::whole:
+        return "`true` and nothing else returns true, anything else false";
+    }
+    return "";
+}
+
 bool isNumber(Kind kind)
 {
     switch (kind)
@@ -338,12 +361,12 @@ std::string eventText(const Event& event, const Values& values, Others others)
     return build(event.method, event.arguments, values, others);
 }
 
-std::string requestText(const Operation& operation, const Values& values, Others others)
+std::string requestText(const Operation& operation, const Values& values)
 {
     if (operation.sending == Sending::nothing)
         return std::string();
     if (*operation.method != '\0')
-        return build(operation.method, operation.arguments, values, others);
+        return build(operation.method, operation.arguments, values, Others::plain);
     checkNames(operation.name, operation.arguments, values);
     const std::string* const data = valueFor(operation.arguments.front(), values);
     return "SigEvent:" + (data != nullptr ? *data : std::string());

@@ -61,8 +61,8 @@ struct Field
     const char* argument;
     const char* tag;  ///< "" where it has none
     Kind kind;
-    const char* meaning;            ///< for people
-    Meaning names = Meaning::none;  ///< what its numbers or words are called
+    const char* explanation;        ///< for people
+    Meaning names = Meaning::none;  ///< whose names its numbers or words have
 };
 
 struct Operation
@@ -142,8 +142,7 @@ enum class Others
 /// Builds a message. Throws std::invalid_argument for a name that the message does not have and for
 /// a value that cannot be meant; its text is for people.
 std::string eventText(const Event& event, const Values& values, Others others = Others::leftOut);
-std::string requestText(const Operation& operation, const Values& values,
-                        Others others = Others::plain);
+std::string requestText(const Operation& operation, const Values& values);
 
 /// Throws std::invalid_argument for a name that is none of the fields', with the one that was
 /// probably meant; `message` is what the text calls the message.
@@ -164,6 +163,9 @@ std::string toWire(const Field& field, const std::string& value);
 
 /// And back: numbers by name where they have one, flags as true and false.
 std::string toPeople(const Field& field, const std::string& value);
+
+/// What an answer looks like and what becomes of it, for people; what travels stands in `backticks`.
+std::string inWords(Answer answer);
 
 /// True for the kinds that travel as a decimal number, flags aside.
 bool isNumber(Kind kind);

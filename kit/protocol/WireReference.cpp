@@ -10,7 +10,6 @@
 namespace
 {
 
-using kit::Answer;
 using kit::Field;
 using kit::Kind;
 using kit::Meaning;
@@ -56,29 +55,6 @@ const char* kindInWords(Kind kind)
     return "";
 }
 
-const char* answerInWords(Answer answer)
-{
-    switch (answer)
-    {
-    case Answer::none:
-        return "none is awaited";
-    case Answer::result:
-        return "a result word and nothing else; its code is returned";
-    case Answer::contains:
-        return "any text: with `sfiFailure` in it 0 is returned, else 5, and the output is whether "
-               "`true` is in it";
-    case Answer::stateName:
-        return "any text: with `sfiFailure` or no state's name in it 0 is returned, else 5";
-    case Answer::fields:
-        return "fields; all outputs are written whatever the result";
-    case Answer::items:
-        return "items, each in angle brackets; `sfiFailure` alone returns 0, anything else 5";
-    case Answer::whole:
-        return "`true` and nothing else returns true, anything else false";
-    }
-    return "";
-}
-
 const char* sendingInWords(Sending sending)
 {
     switch (sending)
@@ -103,7 +79,7 @@ void fieldTable(std::ostream& out, const std::vector<Field>& fields, const char*
     for (const Field& field : fields)
         out << "| `" << field.argument << "` | "
             << (*field.tag != '\0' ? "`" + std::string(field.tag) + "`" : std::string("none"))
-            << " | " << kindInWords(field.kind) << " | " << field.meaning << " |\n";
+            << " | " << kindInWords(field.kind) << " | " << field.explanation << " |\n";
     out << "\n";
 }
 
@@ -133,7 +109,7 @@ void writeOperation(std::ostream& out, const kit::Operation& operation)
     if (!operation.arguments.empty())
         fieldTable(out, operation.arguments, "Argument");
     out << "Sent with " << sendingInWords(operation.sending)
-        << ". Answer: " << answerInWords(operation.answer)
+        << ". Answer: " << kit::inWords(operation.answer)
         << (*operation.resultTag != '\0'
                 ? ", which comes from `" + std::string(operation.resultTag) + "`"
                 : std::string())
@@ -196,30 +172,27 @@ void writeNumbers(std::ostream& out)
 std::string reference()
 {
     std::ostringstream out;
-    out << "# Wire reference\n\n"
-           "Written by the program `wire-reference` from the table in `kit/protocol`; do not edit, "
-           "build the target `update-wire-reference`.\n\n"
-           "Every message is a flat text: the method's element and then one element for each "
-           "field, "
-           "in this order and with nothing between them. Nothing is escaped. In events the order "
-           "is "
-           "free, and an absent text is empty, an absent number -1 (without a sign: 4294967295), "
-           "an "
-           "absent flag true.\n\n"
-           "Result words and their codes: `sfiSuccess` 5, `sfiFailureCallBackInvalidState` 1, "
-           "`sfiFailureCallBackNoCallInfo` 2, `sfiFailureCallBackToMany` 3, "
-           "`sfiFailureCallBackAllreadyExists` 4; every other text is 0.\n\n"
-           "## Operations\n\n";
+    out << R"(# Wire reference
+
+Written by the program `wire-reference` from the table in `kit/protocol`; do not edit, build the target `update-wire-reference`.
+
+Every message is a flat text: the method's element and then one element for each field, in this order and with nothing between them. Nothing is escaped. In events the order is free, and an absent text is empty, an absent number -1 (without a sign: 4294967295), an absent flag true.
+
+Result words and their codes: `sfiSuccess` 5, `sfiFailureCallBackInvalidState` 1, `sfiFailureCallBackNoCallInfo` 2, `sfiFailureCallBackToMany` 3, `sfiFailureCallBackAllreadyExists` 4; every other text is 0.
+
+## Operations
+
+)";
     for (const kit::Operation& operation : kit::operations())
         writeOperation(out, operation);
     out << "## Events\n\n";
     for (const kit::Event& event : kit::events())
         writeEvent(out, event);
-    out << "## Numbers and words of the simulator\n\n"
-           "The library carries them unread. Those of the service states and of the CSTA causes "
-           "are fixed; all others are inventions of the simulator, and a phone's service has its "
-           "own. So is the encoding of lists: each item is followed by a comma; a comma or a "
-           "backslash inside an item has a backslash before it.\n\n";
+    out << R"(## Numbers and words of the simulator
+
+The library carries them unread. Those of the service states and of the CSTA causes are fixed; all others are inventions of the simulator, and a phone's service has its own. So is the encoding of lists: each item is followed by a comma; a comma or a backslash inside an item has a backslash before it.
+
+)";
     writeNumbers(out);
     return out.str();
 }

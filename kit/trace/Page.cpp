@@ -75,7 +75,7 @@ public:
         Json described = Json::array();
         if (fields != nullptr)
             for (const Field& field : *fields)
-                described.push_back({field.argument, field.tag, field.meaning,
+                described.push_back({field.argument, field.tag, field.explanation,
                                      isLine(field)   ? "line"
                                      : isCall(field) ? "call"
                                                      : ""});

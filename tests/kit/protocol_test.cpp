@@ -10,7 +10,9 @@
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/RecordingChannel.h"
 
+#include <fstream>
 #include <gmock/gmock.h>
+#include <regex>
 #include <set>
 #include <stdexcept>
 
@@ -704,6 +706,21 @@ TEST(Numbers, NamesAndNumbersAreOneToOne)
     EXPECT_FALSE(kit::numberOf(kit::Meaning::callState, "4-", number));
     EXPECT_EQ(kit::nameOf(kit::Meaning::callState, kit::numbers::callHeldByFarEnd), "heldByFarEnd");
     EXPECT_EQ(kit::resultName(sfiSuccess), "sfiSuccess");
+}
+
+TEST(Numbers, CausesAreCalledAsInTheHeader)
+{
+    std::ifstream header(CAUSES_HEADER);
+    const std::string text(std::istreambuf_iterator<char>(header), {});
+    const std::regex row("    (\\w+) = (\\d+)");
+    std::vector<std::string> declared;
+    for (std::sregex_iterator found(text.begin(), text.end(), row), end; found != end; ++found)
+        declared.push_back((*found)[1].str() + " " + (*found)[2].str());
+    std::vector<std::string> named;
+    for (const kit::NumberName& entry : kit::namesOf(kit::Meaning::cause))
+        named.push_back(std::string(entry.name) + " " + std::to_string(entry.number));
+    EXPECT_EQ(named, declared);
+    EXPECT_EQ(named.size(), 86u);
 }
 
 }  // namespace
