@@ -88,7 +88,8 @@ TEST(Testing, TheLogIsThere)
 {
     std::string log;
     kit::setLogSink([&](const kit::LogLine& line) { log += line.message + "\n"; });
-    kit::RecordingChannel().service().activate();
+    kit::EventRecorder events;
+    kit::RecordingChannel().service().subscribe(&events);
     kit::setLogSink({});
-    EXPECT_NE(log.find("activate"), std::string::npos) << log;
+    EXPECT_NE(log.find("subscribe start\n"), std::string::npos) << log;
 }
