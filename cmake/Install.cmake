@@ -1,5 +1,6 @@
 # What goes where when the project is installed. Components: Runtime (the library), Development
-# (what an application is built with), Kit (the development kit), Documentation.
+# (what an application is built with), Recorder (the recording plug-in), Kit (the development kit),
+# Documentation.
 include(CMakePackageConfigHelpers)
 
 set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/communications-service)
@@ -110,6 +111,14 @@ if(COMMUNICATIONS_SERVICE_PLUGIN)
     FILES ${generated_dir}/plugin/${plugin_name}
     DESTINATION ${plugin_dir}
     COMPONENT Runtime)
+endif()
+
+# The recording plug-in, which has the library's name: in a folder of its own.
+if(TARGET CommunicationsServiceRecorder)
+  install(
+    TARGETS CommunicationsServiceRecorder
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/communications-service/recording
+            COMPONENT Recorder)
 endif()
 
 # The development kit.

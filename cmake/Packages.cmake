@@ -18,6 +18,9 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     WORLD_READ
     WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL Runtime Development Documentation)
+if(TARGET CommunicationsServiceRecorder)
+  list(APPEND CPACK_COMPONENTS_ALL Recorder)
+endif()
 if(TARGET CommunicationsServiceKit)
   list(APPEND CPACK_COMPONENTS_ALL Kit)
 endif()
@@ -79,6 +82,14 @@ debian_package(
   "How to write and to test applications of the communications service, how to"
   "bring the library onto a phone, and all requests and events as they travel.")
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+
+debian_package(
+  Recorder communications-service-recorder libs
+  "client library of a telephony communications service (recording)"
+  "A plug-in that the service framework of an IP phone opens in the place of the"
+  "client library, and that writes what passes between applications and the"
+  "communications service into a file.")
+set(CPACK_DEBIAN_RECORDER_PACKAGE_SHLIBDEPS ON)
 
 debian_package(
   Kit communications-service-kit devel

@@ -50,7 +50,7 @@ expected_files() {
 case $step in
 stage)
     rm -rf "$WORK" && mkdir -p "$WORK/stage"
-    components="Runtime Development Documentation"
+    components="Runtime Development Recorder Documentation"
     [ -z "$WITH_KIT" ] || components+=" Kit"
     for component in $components; do
         DESTDIR=$WORK/stage "$CMAKE" --install "$BUILD" --component "$component" >/dev/null
