@@ -1,5 +1,7 @@
 // How an application is tested: its decisions with mocks, its requests and events with the library.
 #include "QuietKey.h"
+#include "kit/framework/Framework.h"
+#include "kit/service/Replay.h"
 #include "kit/testing/EventInjector.h"
 #include "kit/testing/MockCommunicationsService.h"
 #include "kit/testing/RecordingChannel.h"
@@ -45,4 +47,29 @@ TEST(QuietKey, StartsWithWhatIsSet)
     EXPECT_EQ(channel.requests("SetDoNotDisturb").front().field("doNotDisturbOn"), "0");
     channel.answer("GetDoNotDisturb", "sfiFailure");
     EXPECT_FALSE(key.start());
+}
+
+/// Presses the key twice, as somebody did when the trace was recorded.
+void pressTwice(std::unique_ptr<kit::Connection> connection)
+{
+    kit::Framework::Options options;
+    options.events = kit::Framework::Events::onPump;
+    kit::Framework framework(std::move(connection), options);
+    QuietKey key(framework.service(), "1001");
+    framework.service().activate();
+    framework.service().subscribe(&key);
+    key.start();
+    for (int i = 0; i < 2; ++i)
+    {
+        key.press();
+        framework.pump();
+    }
+    framework.remove(key);
+}
+
+TEST(QuietKey, DoesWhatItDidOnThePhone)
+{
+    kit::Replay replay(RECORDED "/pressed-twice.jsonl");
+    pressTwice(replay.connection());
+    EXPECT_EQ(replay.difference(), "");
 }

@@ -416,7 +416,10 @@ ControlAnswer Replay::control(const std::string& command)
 {
     if (command == "replay")
     {
-        const std::string verdict = difference();
+        std::string verdict = difference();
+        // In one line.
+        for (std::size_t end = 0; (end = verdict.find("\n  ")) != std::string::npos;)
+            verdict.replace(end, 3, "; ");
         return {verdict.empty(),
                 verdict.empty() ? "everything was asked as it was recorded" : verdict};
     }

@@ -473,7 +473,7 @@ protected:
         ServiceProcess process("", {"--replay", trace_.path});
         EXPECT_EQ(runScript(
                       script_, [&] { return std::make_unique<SocketConnection>(process.socket()); },
-                      [](phone::Timekeeper::Time limit) { return limit; }, ""),
+                      nullptr, ""),
                   "");
         SocketConnection asking(process.socket());
         ControlAnswer verdict;
@@ -524,7 +524,7 @@ TEST(Replay, OverASocketTellsTheDifference)
     ControlAnswer verdict;
     connection.control("replay", verdict, 5s);
     EXPECT_FALSE(verdict.accepted);
-    EXPECT_EQ(verdict.text, trace.path + ":1: a request differs\n  recorded: A\n  came:     B");
+    EXPECT_EQ(verdict.text, trace.path + ":1: a request differs; recorded: A; came:     B");
     std::stringstream log;
     log << std::ifstream(trace.path + ".log").rdbuf();
     EXPECT_THAT(log.str(), testing::HasSubstr(":1: a request differs"));
