@@ -198,7 +198,7 @@ private:
                 text += piece(tags);
                 break;
             default:
-                // Now and then more of it than there is room for in the library's notes.
+                // Now and then much of it.
                 if (below(4) == 0)
                     for (std::size_t copies = below(100); copies > 0; --copies)
                         text.insert(std::min(at, text.size()), piece(tags));
