@@ -1,14 +1,11 @@
 #include "kit/framework/SocketConnection.h"
 
-#include "kit/protocol/Frame.h"
+#include "kit/framework/FrameStream.h"
 
 #include <algorithm>
-#include <array>
-#include <asio.hpp>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
-#include <deque>
 #include <map>
 #include <mutex>
 #include <sys/socket.h>
@@ -16,7 +13,6 @@
 #include <thread>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace kit
 {
@@ -24,10 +20,6 @@ namespace kit
 namespace
 {
 
-using Socket = asio::local::stream_protocol::socket;
-
-/// What may wait to be sent while the service does not read.
-constexpr std::size_t maximumWaiting = 64 * 1024 * 1024;
 constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24);
 /// How long a connection stays for what has been posted and not been sent.
 constexpr std::chrono::milliseconds farewell = std::chrono::seconds(1);
@@ -66,18 +58,19 @@ class SocketConnection::Core
 {
 public:
     explicit Core(const std::string& socketPath)
-        : path(socketPath), socket(io, asio::local::stream_protocol(), connectTo(socketPath))
+        : path(socketPath),
+          stream(std::make_shared<FrameStream>(
+              FrameStream::Socket(io, asio::local::stream_protocol(), connectTo(socketPath))))
     {
-        read();
+        stream->start({[this](Frame& frame) { take(frame); },
+                       [this](const std::string& what) { stream->end("it sent " + what); }, nullptr,
+                       [this](const std::string& why) { end(why); }});
         thread = std::thread([this] { io.run(); });
     }
 
     ~Core()
     {
-        {
-            std::unique_lock<std::mutex> lock(mutex);
-            sent.wait_for(lock, farewell, [this] { return !writing || gone; });
-        }
+        stream->waitUntilSent(farewell);
         io.stop();
         thread.join();
     }
@@ -87,7 +80,7 @@ public:
 
     /// The answer's type goes into the frame.
     Delivery ask(Frame& frame, std::string& answer, std::chrono::milliseconds timeout);
-    Delivery post(Frame frame);
+    Delivery post(const Frame& frame);
     void setGoneSink(GoneSink to);
     void setSink(EventSink newSink);
     void setComplaintSink(ComplaintSink to);
@@ -105,35 +98,16 @@ private:
         Frame::Type type;
     };
 
-    /// A frame that is to be sent.
-    struct Parcel
-    {
-        std::uint64_t id;
-        std::string bytes;
-    };
-
-    bool enqueue(const Frame& frame);
-    void read();
-    void write();
     void take(Frame& frame);
     void end(const std::string& why);
 
     asio::io_context io;
-    Socket socket;
-
-    // Used by the connection's thread alone.
-    FrameReader reader;
-    std::array<char, 65536> incoming;
-    std::vector<Parcel> sending;
+    const std::shared_ptr<FrameStream> stream;
 
     mutable std::mutex mutex;
     EventSink sink;
     GoneSink goneSink;
     ComplaintSink complaintSink;
-    std::deque<Parcel> waiting;
-    std::size_t waitingBytes = 0;
-    bool writing = false;
-    std::condition_variable sent;
     std::map<std::uint64_t, Waiter*> waiters;
     std::uint64_t lastId = 0;
     bool gone = false;
@@ -141,22 +115,6 @@ private:
 
     std::thread thread;
 };
-
-/// With the lock held. False when too much waits already.
-bool SocketConnection::Core::enqueue(const Frame& frame)
-{
-    Parcel parcel{frame.id, encodeFrame(frame)};
-    if (waitingBytes + parcel.bytes.size() > maximumWaiting)
-        return false;
-    waitingBytes += parcel.bytes.size();
-    waiting.push_back(std::move(parcel));
-    if (!writing)
-    {
-        writing = true;
-        asio::post(io, [this] { write(); });
-    }
-    return true;
-}
 
 Delivery SocketConnection::Core::ask(Frame& frame, std::string& answer,
                                      std::chrono::milliseconds timeout)
@@ -167,7 +125,7 @@ Delivery SocketConnection::Core::ask(Frame& frame, std::string& answer,
         return Delivery::gone;
     Waiter waiter{{}, &answer, false, Frame::answer};
     frame.id = ++lastId;
-    if (!enqueue(frame))
+    if (stream->send(frame) == FrameStream::Sent::tooMuch)
         return Delivery::timedOut;
     waiters[frame.id] = &waiter;
     waiter.changed.wait_until(lock, until, [&] { return waiter.answered || gone; });
@@ -179,24 +137,22 @@ Delivery SocketConnection::Core::ask(Frame& frame, std::string& answer,
     }
     if (gone)
         return Delivery::gone;
-    // Nobody waits for it any more: what has not been sent is not sent.
-    const auto unsent = std::find_if(waiting.begin(), waiting.end(),
-                                     [&](const Parcel& parcel) { return parcel.id == frame.id; });
-    if (unsent != waiting.end())
-    {
-        waitingBytes -= unsent->bytes.size();
-        waiting.erase(unsent);
-    }
+    // Nobody waits for it any more.
+    stream->takeBack(frame.id);
     return Delivery::timedOut;
 }
 
-Delivery SocketConnection::Core::post(Frame frame)
+Delivery SocketConnection::Core::post(const Frame& frame)
 {
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (gone)
+    switch (stream->send(frame))
+    {
+    case FrameStream::Sent::taken:
+        return Delivery::done;
+    case FrameStream::Sent::tooMuch:
+        return Delivery::timedOut;
+    default:
         return Delivery::gone;
-    frame.id = 0;
-    return enqueue(frame) ? Delivery::done : Delivery::timedOut;
+    }
 }
 
 void SocketConnection::Core::setSink(EventSink newSink)
@@ -217,120 +173,55 @@ std::string SocketConnection::Core::whyGone() const
     return reason;
 }
 
-void SocketConnection::Core::write()
-{
-    std::vector<asio::const_buffer> buffers;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        if (waiting.empty() || gone)
-        {
-            writing = false;
-            sent.notify_all();
-            return;
-        }
-        sending.assign(std::make_move_iterator(waiting.begin()),
-                       std::make_move_iterator(waiting.end()));
-        waiting.clear();
-        waitingBytes = 0;
-    }
-    for (const Parcel& parcel : sending)
-        buffers.push_back(asio::buffer(parcel.bytes));
-    asio::async_write(socket, buffers,
-                      [this](const asio::error_code& error, std::size_t)
-                      {
-                          if (error)
-                              end("");
-                          write();
-                      });
-}
-
-void SocketConnection::Core::read()
-{
-    socket.async_read_some(asio::buffer(incoming),
-                           [this](const asio::error_code& error, std::size_t size)
-                           {
-                               if (error)
-                               {
-                                   end("");
-                                   return;
-                               }
-                               try
-                               {
-                                   reader.append(incoming.data(), size);
-                                   Frame frame;
-                                   while (reader.next(frame))
-                                       take(frame);
-                               }
-                               catch (const FrameError& wrong)
-                               {
-                                   end(std::string("it sent ") + wrong.what());
-                                   return;
-                               }
-                               read();
-                           });
-}
-
 void SocketConnection::Core::take(Frame& frame)
 {
+    std::unique_lock<std::mutex> lock(mutex);
     if (frame.type == Frame::event)
     {
-        EventSink to;
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            to = sink;
-        }
+        const EventSink to = sink;
+        lock.unlock();
         if (to)
             to(frame.channel, frame.text);
-        return;
     }
-    if (frame.type == Frame::complaint)
+    else if (frame.type == Frame::complaint)
     {
-        ComplaintSink to;
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            to = complaintSink;
-        }
+        const ComplaintSink to = complaintSink;
+        lock.unlock();
         if (to)
             to(frame.text);
-        return;
     }
-    if (frame.type == Frame::farewell)
+    else if (frame.type == Frame::farewell)
     {
-        end(frame.text);
-        return;
+        lock.unlock();
+        stream->end(frame.text);
     }
-    if (frame.type != Frame::answer && frame.type != Frame::refusal)
+    else if (frame.type == Frame::answer || frame.type == Frame::refusal)
+    {
+        // Without a waiter, its time has run out.
+        const auto found = waiters.find(frame.id);
+        if (found == waiters.end() || found->second->answered)
+            return;
+        *found->second->answer = std::move(frame.text);
+        found->second->type = frame.type;
+        found->second->answered = true;
+        found->second->changed.notify_one();
+    }
+    else
         throw FrameError("a message of the type " + std::to_string(frame.type) +
                          ", which is for services");
-    const std::lock_guard<std::mutex> lock(mutex);
-    // Without a waiter, its time has run out.
-    const auto found = waiters.find(frame.id);
-    if (found == waiters.end() || found->second->answered)
-        return;
-    *found->second->answer = std::move(frame.text);
-    found->second->type = frame.type;
-    found->second->answered = true;
-    found->second->changed.notify_one();
 }
 
 /// The connection is over; everyone who waits learns it now.
 void SocketConnection::Core::end(const std::string& why)
 {
-    asio::error_code ignored;
-    socket.close(ignored);
     GoneSink to;
     {
         const std::lock_guard<std::mutex> lock(mutex);
-        if (gone)
-            return;
         gone = true;
         to = goneSink;
         reason = why;
-        waiting.clear();
-        waitingBytes = 0;
         for (const auto& entry : waiters)
             entry.second->changed.notify_one();
-        sent.notify_all();
     }
     if (to)
         to();

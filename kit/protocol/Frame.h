@@ -58,6 +58,9 @@ class FrameReader
 public:
     void append(const char* data, std::size_t size) { buffer_.append(data, size); }
 
+    /// Bytes that have come and are not taken yet.
+    std::size_t held() const { return buffer_.size() - taken_; }
+
     /// False when no whole frame is there. Throws FrameError; a size is checked before its bytes
     /// are waited for.
     bool next(Frame& frame);

@@ -16,6 +16,9 @@ using namespace numbers;
 namespace
 {
 
+/// About the tags of one request; the others are counted.
+constexpr std::size_t mostComplaints = 20;
+
 const std::string signallingPrefix = "SigEvent:";
 
 bool checkValue(Outbox& outbox, const Operation& operation, const Field& field,
@@ -77,24 +80,25 @@ bool checkFields(Outbox& outbox, const Operation& operation, const Message& mess
         if (*field.tag != '\0')
             known.push_back(field.tag);
     }
-    bool right = true;
     std::set<std::string> seen;
+    std::size_t wrong = 0;
     for (const Message::Element& element : message.elements)
     {
         if (element.tag == "Method")
             continue;
-        if (std::find(known.begin(), known.end(), element.tag) == known.end())
-        {
-            outbox.complain("unknown tag <" + printable(element.tag, 64) + "> in " +
-                            operation.method + didYouMean(element.tag, known, "", "<", ">"));
-            right = false;
-        }
-        else if (!seen.insert(element.tag).second)
-        {
-            outbox.complain("tag <" + element.tag + "> twice in " + operation.method);
-            right = false;
-        }
+        const bool unknown = std::find(known.begin(), known.end(), element.tag) == known.end();
+        if (!unknown && seen.insert(element.tag).second)
+            continue;
+        if (++wrong <= mostComplaints)
+            outbox.complain(unknown ? "unknown tag <" + printable(element.tag, 64) + "> in " +
+                                          operation.method +
+                                          didYouMean(element.tag, known, "", "<", ">")
+                                    : "tag <" + element.tag + "> twice in " + operation.method);
     }
+    if (wrong > mostComplaints)
+        outbox.complain(std::to_string(wrong - mostComplaints) + " more such tags in " +
+                        operation.method);
+    bool right = wrong == 0;
     for (const Field& field : operation.arguments)
     {
         if (*field.tag == '\0')

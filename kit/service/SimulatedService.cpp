@@ -18,6 +18,7 @@ namespace kit
 namespace
 {
 
+constexpr std::size_t maximumSubscriptions = 1000;
 const std::vector<std::string> defaultLines = {"1001", "1002", "1003"};
 
 }  // namespace
@@ -164,7 +165,14 @@ SimulatedService::Reply SimulatedService::State::ask(ClientId client, const std:
     ++known->requests;
     const std::optional<service::WrongAnswer> fault = world.faults.next(text);
     const bool silent = fault && fault->silent;
-    if (!fault)
+    if (!fault && channel != nullptr && known->channels.size() >= maximumSubscriptions)
+    {
+        world.simulation->outbox.complain("Subscribe: client " + std::to_string(client) + " has " +
+                                          std::to_string(maximumSubscriptions) +
+                                          " subscriptions already");
+        answer = service::failed;
+    }
+    else if (!fault)
     {
         answer = service::answerRequest(*world.simulation, text);
         if (channel != nullptr && answer == "sfiSuccess")

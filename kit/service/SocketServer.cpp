@@ -1,23 +1,23 @@
 #include "kit/service/SocketServer.h"
 
-#include "kit/protocol/Frame.h"
+#include "kit/framework/FrameStream.h"
 #include "kit/service/Service.h"
 
-#include <array>
+#include <algorithm>
 #include <asio.hpp>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <deque>
+#include <fcntl.h>
 #include <map>
-#include <mutex>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace kit
 {
@@ -25,10 +25,13 @@ namespace kit
 namespace
 {
 
-using Socket = asio::local::stream_protocol::socket;
+using Acceptor = asio::local::stream_protocol::acceptor;
+using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t maximumWaiting = 64 * 1024 * 1024;
 constexpr std::chrono::milliseconds tick{20};
+/// How often the same trouble is told.
+constexpr std::chrono::seconds quiet{60};
+constexpr std::chrono::milliseconds farewell{300};
 
 std::string folderOf(const std::string& path)
 {
@@ -40,6 +43,33 @@ std::string folderOf(const std::string& path)
 {
     throw ListenError("cannot listen at " + path + ": " + why);
 }
+
+/// Holds a folder against others who are about to listen in it or to tidy up there. Whoever goes
+/// without it takes the socket of somebody who has bound it and does not listen yet for a dead one.
+class FolderLock
+{
+public:
+    explicit FolderLock(const std::string& path)
+        : folder_(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        const int error = errno;
+        if (folder_ < 0)
+            refuse(path, error == ENOENT || error == ENOTDIR
+                             ? "there is no directory " + folderOf(path)
+                             : std::strerror(error));
+        while (::flock(folder_, LOCK_EX) != 0)
+            if (errno != EINTR)
+                return;  // not every file system has locks
+    }
+
+    ~FolderLock() { ::close(folder_); }
+
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    const int folder_;
+};
 
 /// Removes what a dead process left behind; throws ListenError when something else is there.
 void clearWay(const std::string& path, const sockaddr_un& address)
@@ -65,7 +95,7 @@ void clearWay(const std::string& path, const sockaddr_un& address)
 }
 
 /// A listening socket; throws ListenError.
-int listenAt(const std::string& path)
+int listenAt(const std::string& path, unsigned mode)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -75,20 +105,24 @@ int listenAt(const std::string& path)
         refuse(path, "the path has " + std::to_string(path.size()) + " characters, " +
                          std::to_string(sizeof address.sun_path - 1) + " are possible");
     path.copy(address.sun_path, path.size());
+    const FolderLock lock(path);
     clearWay(path, address);
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (socket < 0)
         refuse(path, std::strerror(errno));
-    if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-        ::listen(socket, SOMAXCONN) == 0)
-        return socket;
+    // The file is made with the rights of the socket: there is no moment at which it has others.
+    if (::fchmod(socket, S_IRUSR | S_IWUSR) == 0 &&
+        ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+    {
+        if (::chmod(path.c_str(), mode) == 0 && ::listen(socket, SOMAXCONN) == 0)
+            return socket;
+        const int error = errno;
+        ::unlink(path.c_str());
+        errno = error;
+    }
     const int error = errno;
     ::close(socket);
-    struct stat folder = {};
-    const bool noFolder = ::stat(folderOf(path).c_str(), &folder) != 0 || !S_ISDIR(folder.st_mode);
-    refuse(path, noFolder              ? "there is no directory " + folderOf(path)
-                 : error == EADDRINUSE ? "another service listens there"
-                                       : std::strerror(error));
+    refuse(path, error == EADDRINUSE ? "another service listens there" : std::strerror(error));
 }
 
 }  // namespace
@@ -100,14 +134,11 @@ public:
         : service(simulated),
           path(socketPath),
           options(std::move(chosen)),
-          acceptor(io, asio::local::stream_protocol(), listenAt(socketPath)),
+          acceptor(io),
           timer(io),
           retry(io),
           signals(io)
     {
-        struct stat entry = {};
-        if (::lstat(path.c_str(), &entry) == 0)
-            inode = entry.st_ino;
     }
 
     ~Core();
@@ -124,35 +155,23 @@ private:
     /// One connected application.
     struct Session
     {
-        explicit Session(Socket connected) : socket(std::move(connected)) {}
-
-        Socket socket;
+        std::shared_ptr<FrameStream> stream;
         Service::ClientId client = 0;
-        FrameReader reader;
-        std::array<char, 65536> incoming;
-        std::vector<std::string> sending;
-        bool last = false;  ///< ends when everything has been sent
-        bool deaf = false;  ///< nothing can be sent to it any more
-
-        // The service may be used on other threads, and then events come on those.
-        std::mutex mutex;
-        std::deque<std::string> waiting;
-        std::size_t waitingBytes = 0;
-        bool writing = false;
-        bool overrun = false;
-        bool open = true;
+        std::atomic<bool> overrun{false};
     };
 
     using SessionPointer = std::shared_ptr<Session>;
 
     void accept();
-    void read(const SessionPointer& session);
-    void write(const SessionPointer& session);
+    void open(FrameStream::Socket socket);
     void take(Session& session, const Frame& frame);
-    void send(const SessionPointer& session, const Frame& frame);
-    void close(Session& session);
-    void leave(const SessionPointer& session, const std::string& why);
+    bool written(const std::string& text);
+    void send(Session& session, const Frame& frame);
+    void relieve();
+    void drop(Session& session, const std::string& complaint, const std::string& why);
     void run();
+    void endAll();
+    void waitForLeaving(Clock::time_point until);
     void log(const std::string& line)
     {
         if (options.log)
@@ -162,12 +181,16 @@ private:
     const std::string path;
     Options options;
     ino_t inode = 0;
-    asio::local::stream_protocol::acceptor acceptor;
+    Acceptor acceptor;
     asio::steady_timer timer;
     asio::steady_timer retry;
     asio::signal_set signals;
-    std::chrono::steady_clock::time_point ticked;
+    Clock::time_point ticked;
     double owed = 0;  ///< simulated time that is not a whole millisecond yet
+    Clock::time_point toldOfAccept = Clock::now() - quiet;
+    Clock::time_point toldOfJournal = Clock::now() - quiet;
+    const std::shared_ptr<std::atomic<std::size_t>> held =
+        std::make_shared<std::atomic<std::size_t>>(0);
     std::map<Service::ClientId, SessionPointer> sessions;
 };
 
@@ -175,30 +198,52 @@ SocketServer::Core::~Core()
 {
     for (const auto& entry : sessions)
         service.disconnect(entry.first);
-    // Only our own socket: another service may have taken the name over.
-    struct stat entry = {};
-    if (::lstat(path.c_str(), &entry) == 0 && entry.st_ino == inode)
-        ::unlink(path.c_str());
+    if (inode == 0)
+        return;
+    try
+    {
+        // Only our own socket: another service may have taken the name over.
+        const FolderLock lock(path);
+        struct stat entry = {};
+        if (::lstat(path.c_str(), &entry) == 0 && entry.st_ino == inode)
+            ::unlink(path.c_str());
+    }
+    catch (const ListenError&)
+    {
+        // The folder has gone, and the socket with it.
+    }
 }
 
 void SocketServer::Core::start()
 {
-    accept();
-    if (options.speed > 0)
-    {
-        ticked = std::chrono::steady_clock::now();
-        run();
-    }
+    // What may lack descriptors comes before there is a socket that others see.
     if (options.handleSignals)
     {
         signals.add(SIGINT);
         signals.add(SIGTERM);
-        signals.async_wait(
-            [this](const asio::error_code& error, int)
-            {
-                if (!error)
-                    io.stop();
-            });
+    }
+    const int listening = listenAt(path, options.mode);
+    struct stat entry = {};
+    if (::lstat(path.c_str(), &entry) == 0)
+        inode = entry.st_ino;
+    asio::error_code failed;
+    acceptor.assign(asio::local::stream_protocol(), listening, failed);
+    if (failed)
+    {
+        ::close(listening);
+        throw asio::system_error(failed);
+    }
+    signals.async_wait(
+        [this](const asio::error_code& error, int)
+        {
+            if (!error)
+                endAll();
+        });
+    accept();
+    if (options.speed > 0)
+    {
+        ticked = Clock::now();
+        run();
     }
 }
 
@@ -211,7 +256,7 @@ void SocketServer::Core::run()
         {
             if (error)
                 return;
-            const auto now = std::chrono::steady_clock::now();
+            const auto now = Clock::now();
             owed += std::chrono::duration<double, std::milli>(now - ticked).count() * options.speed;
             ticked = now;
             const auto whole = static_cast<long long>(owed);
@@ -224,83 +269,103 @@ void SocketServer::Core::run()
 void SocketServer::Core::accept()
 {
     acceptor.async_accept(
-        [this](const asio::error_code& error, Socket socket)
+        [this](const asio::error_code& error, FrameStream::Socket socket)
         {
             if (error == asio::error::operation_aborted)
                 return;
-            if (error)
+            if (!error)
             {
-                // Out of descriptors, most likely: those that leave make room.
-                log("a connection could not be taken: " + error.message());
-                retry.expires_after(tick);
-                retry.async_wait([this](const asio::error_code&) { accept(); });
+                open(std::move(socket));
+                accept();
                 return;
             }
-            const auto session = std::make_shared<Session>(std::move(socket));
-            const std::weak_ptr<Session> weak = session;
-            session->client = service.connect(
-                [this, weak](const std::string& channel, const std::string& event)
-                {
-                    if (const SessionPointer to = weak.lock())
-                        send(to, {Frame::event, 0, channel, event});
-                },
-                [this, weak](const std::string& complaint)
-                {
-                    if (const SessionPointer to = weak.lock())
-                        send(to, {Frame::complaint, 0, "", complaint});
-                },
-                [this, weak]
-                {
-                    // Behind the answer to the command that brought it about.
-                    asio::post(io,
-                               [this, weak]
-                               {
-                                   if (const SessionPointer to = weak.lock())
-                                       leave(to, "it was told to go away");
-                               });
-                });
-            sessions[session->client] = session;
-            read(session);
-            accept();
+            // Out of descriptors, most likely: those that leave make room.
+            if (Clock::now() - toldOfAccept >= quiet)
+            {
+                toldOfAccept = Clock::now();
+                log("a connection could not be taken: " + error.message() +
+                    "; it waits, and others with it, until somebody leaves");
+            }
+            retry.expires_after(tick);
+            retry.async_wait([this](const asio::error_code&) { accept(); });
         });
 }
 
-void SocketServer::Core::read(const SessionPointer& session)
+void SocketServer::Core::open(FrameStream::Socket socket)
 {
-    session->socket.async_read_some(
-        asio::buffer(session->incoming),
-        [this, session](const asio::error_code& error, std::size_t size)
+    const auto session = std::make_shared<Session>();
+    session->stream = std::make_shared<FrameStream>(std::move(socket), held);
+    const std::weak_ptr<Session> weak = session;
+    // The service may be used on other threads, and then events come on those.
+    session->client = service.connect(
+        [this, weak](const std::string& channel, const std::string& event)
         {
-            if (error || !session->open)
-            {
-                close(*session);
-                return;
-            }
-            try
-            {
-                session->reader.append(session->incoming.data(), size);
-                Frame frame;
-                while (session->open && !session->last && session->reader.next(frame))
-                    take(*session, frame);
-            }
-            catch (const FrameError& wrong)
-            {
-                log("client " + std::to_string(session->client) + " sent " + wrong.what() +
-                    ", its connection is closed");
-                close(*session);
-                return;
-            }
-            if (session->open && !session->last)
-                read(session);
+            if (const SessionPointer to = weak.lock())
+                send(*to, {Frame::event, 0, channel, event});
+        },
+        [this, weak](const std::string& complaint)
+        {
+            if (const SessionPointer to = weak.lock())
+                send(*to, {Frame::complaint, 0, "", complaint});
+        },
+        [this, weak]
+        {
+            // Behind the answer to the command that brought it about.
+            const std::string why = "it was told to go away";
+            asio::post(io,
+                       [weak, why]
+                       {
+                           if (const SessionPointer to = weak.lock())
+                               to->stream->finish({Frame::farewell, 0, "", why}, why);
+                       });
         });
+    sessions[session->client] = session;
+    session->stream->start({[this, weak](Frame& frame)
+                            {
+                                if (const SessionPointer from = weak.lock())
+                                    take(*from, frame);
+                            },
+                            [this, weak](const std::string& what)
+                            {
+                                if (const SessionPointer from = weak.lock())
+                                    drop(*from, "sent " + what, "it was sent " + what);
+                            },
+                            [this] { relieve(); },
+                            [this, id = session->client](const std::string&)
+                            {
+                                service.disconnect(id);
+                                sessions.erase(id);
+                            }});
+}
+
+/// False, and told, when the journal does not take it.
+bool SocketServer::Core::written(const std::string& text)
+{
+    const std::string problem = options.journal ? options.journal(text) : "";
+    if (problem.empty())
+        return true;
+    if (Clock::now() - toldOfJournal >= quiet)
+    {
+        toldOfJournal = Clock::now();
+        log("the journal cannot be written: " + problem + "; requests are refused until it can be");
+    }
+    return false;
 }
 
 void SocketServer::Core::take(Session& session, const Frame& frame)
 {
     Frame answer{Frame::answer, frame.id, "", ""};
     Service::Reply reply = Service::Reply::answered;
-    if (options.journal && frame.type != Frame::control)
-        options.journal(frame.text);
+    const bool known =
+        frame.type == Frame::request || frame.type == Frame::subscribe || frame.type == Frame::post;
+    if (known && !written(frame.text))
+    {
+        send(session, {Frame::complaint, 0, "", "the service's journal cannot be written"});
+        answer.text = "sfiFailure";
+        if (frame.type != Frame::post)
+            send(session, answer);
+        return;
+    }
     switch (frame.type)
     {
     case Frame::request:
@@ -324,108 +389,82 @@ void SocketServer::Core::take(Session& session, const Frame& frame)
         throw FrameError("a message of the type " + std::to_string(frame.type) +
                          ", which is for applications");
     }
-    const auto self = sessions.find(session.client);
-    if (reply == Service::Reply::answered && self != sessions.end())
-        send(self->second, answer);
+    if (reply == Service::Reply::answered)
+        send(session, answer);
     service.followAnswer();
 }
 
 /// From any thread.
-void SocketServer::Core::send(const SessionPointer& session, const Frame& frame)
+void SocketServer::Core::send(Session& session, const Frame& frame)
 {
-    const std::lock_guard<std::mutex> lock(session->mutex);
-    if (!session->open || session->overrun)
-        return;
-    std::string bytes;
+    FrameStream::Sent sent = FrameStream::Sent::tooMuch;
     try
     {
-        bytes = encodeFrame(frame);
+        sent = session.stream->send(frame);
     }
     catch (const FrameError&)
     {
-        session->overrun = true;
+        // What is too large for a message is too much as well.
     }
-    if (session->waitingBytes + bytes.size() > maximumWaiting)
-        session->overrun = true;
-    session->waitingBytes += bytes.size();
-    session->waiting.push_back(std::move(bytes));
-    if (session->overrun || !session->writing)
+    if (sent == FrameStream::Sent::tooMuch && !session.overrun.exchange(true))
+        asio::post(io,
+                   [this, id = session.client]
+                   {
+                       const auto found = sessions.find(id);
+                       if (found != sessions.end())
+                           drop(*found->second, "does not read what is sent to it",
+                                "it has sent more than was read");
+                   });
+    else if (*held > options.mostHeld)
+        asio::post(io, [this] { relieve(); });
+}
+
+/// Too much waits for all clients together: the one that has most of it goes.
+void SocketServer::Core::relieve()
+{
+    while (*held > options.mostHeld && !sessions.empty())
     {
-        session->writing = true;
-        asio::post(io, [this, session] { write(session); });
+        const auto most =
+            std::max_element(sessions.begin(), sessions.end(),
+                             [](const auto& one, const auto& other)
+                             { return one.second->stream->held() < other.second->stream->held(); });
+        const SessionPointer session = most->second;
+        log("client " + std::to_string(session->client) + " has " +
+            std::to_string(session->stream->held() / 1024) +
+            " KiB waiting, too much together with the others, its connection is closed");
+        session->stream->end("");
     }
 }
 
-void SocketServer::Core::write(const SessionPointer& session)
+void SocketServer::Core::drop(Session& session, const std::string& complaint,
+                              const std::string& why)
 {
-    bool overrun = false;
+    log("client " + std::to_string(session.client) + " " + complaint +
+        ", its connection is closed");
+    session.stream->finish({Frame::farewell, 0, "", why}, why);
+}
+
+/// Says good-bye, and ends.
+void SocketServer::Core::endAll()
+{
+    const std::string why = "it was ended";
+    acceptor.cancel();
+    const std::map<Service::ClientId, SessionPointer> all = sessions;
+    for (const auto& entry : all)
+        entry.second->stream->finish({Frame::farewell, 0, "", why}, why);
+    waitForLeaving(Clock::now() + farewell);
+}
+
+/// Whoever does not read is not waited for.
+void SocketServer::Core::waitForLeaving(Clock::time_point until)
+{
+    if (sessions.empty() || Clock::now() >= until)
     {
-        const std::lock_guard<std::mutex> lock(session->mutex);
-        if (!session->open)
-            return;
-        overrun = session->overrun;
-        if (!overrun && !session->sending.empty())
-            return;
-        if (overrun || session->deaf)
-        {
-            session->waiting.clear();
-            session->waitingBytes = 0;
-            session->writing = overrun;
-        }
-        else if (session->waiting.empty())
-            session->writing = false;
-        else
-        {
-            session->sending.assign(std::make_move_iterator(session->waiting.begin()),
-                                    std::make_move_iterator(session->waiting.end()));
-            session->waiting.clear();
-            session->waitingBytes = 0;
-        }
-    }
-    if (overrun)
-        log("client " + std::to_string(session->client) +
-            " does not read what is sent to it, its connection is closed");
-    if (overrun || (session->last && session->sending.empty()))
-    {
-        close(*session);
+        io.stop();
         return;
     }
-    if (session->sending.empty())
-        return;
-    std::vector<asio::const_buffer> buffers;
-    for (const std::string& bytes : session->sending)
-        buffers.push_back(asio::buffer(bytes));
-    asio::async_write(session->socket, buffers,
-                      [this, session](const asio::error_code& error, std::size_t)
-                      {
-                          session->sending.clear();
-                          // What it sent before it left is still carried out: reading ends it.
-                          if (error)
-                              session->deaf = true;
-                          write(session);
-                      });
-}
-
-void SocketServer::Core::close(Session& session)
-{
-    {
-        const std::lock_guard<std::mutex> lock(session.mutex);
-        if (!session.open)
-            return;
-        session.open = false;
-    }
-    asio::error_code ignored;
-    session.socket.close(ignored);
-    service.disconnect(session.client);
-    sessions.erase(session.client);
-}
-
-/// Says why, and closes when everything has been sent.
-void SocketServer::Core::leave(const SessionPointer& session, const std::string& why)
-{
-    send(session, {Frame::farewell, 0, "", why});
-    session->last = true;
-    write(session);
+    retry.expires_after(std::chrono::milliseconds(1));
+    retry.async_wait([this, until](const asio::error_code&) { waitForLeaving(until); });
 }
 
 SocketServer::SocketServer(Service& service, const std::string& path)
@@ -434,9 +473,17 @@ SocketServer::SocketServer(Service& service, const std::string& path)
 }
 
 SocketServer::SocketServer(Service& service, const std::string& path, Options options)
-    : core_(std::make_unique<Core>(service, path, std::move(options)))
 {
-    core_->start();
+    try
+    {
+        core_ = std::make_unique<Core>(service, path, std::move(options));
+        core_->start();
+    }
+    catch (const asio::system_error& error)
+    {
+        core_.reset();
+        refuse(path, error.code().message());
+    }
 }
 
 SocketServer::~SocketServer() = default;

@@ -1,69 +1,29 @@
 // communications-service-sim: the simulated service as a process of its own.
 
+#include "kit/service/LineFile.h"
 #include "kit/service/Replay.h"
 #include "kit/service/SimulatedService.h"
 #include "kit/service/SocketServer.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
+#include <charconv>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <fcntl.h>
+#include <exception>
 #include <iostream>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <unistd.h>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 namespace
 {
 
 constexpr const char* program = "communications-service-sim";
-constexpr int cannotListen = 1;
+constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 constexpr int hasDiffered = 3;
-
-/// A file that lines are added to, each in one piece; nothing of it waits in this process.
-class LineFile
-{
-public:
-    ~LineFile()
-    {
-        if (file_ > STDERR_FILENO)
-            ::close(file_);
-    }
-
-    LineFile() = default;
-    LineFile(const LineFile&) = delete;
-    LineFile& operator=(const LineFile&) = delete;
-
-    bool open(const std::string& path)
-    {
-        file_ = path == "-" ? STDERR_FILENO
-                            : ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-        return file_ >= 0;
-    }
-
-    void write(std::string line) const
-    {
-        std::replace(line.begin(), line.end(), '\n', ' ');
-        line += '\n';
-        std::size_t at = 0;
-        while (at < line.size())
-        {
-            const ssize_t done = ::write(file_, line.data() + at, line.size() - at);
-            if (done < 0 && errno != EINTR)
-                return;
-            at += done < 0 ? 0 : static_cast<std::size_t>(done);
-        }
-    }
-
-private:
-    int file_ = -1;
-};
 
 int complain(const std::string& text, int status)
 {
@@ -82,6 +42,7 @@ int main(int argc, char** argv)
     std::vector<std::string> lines = {"1001", "1002", "1003"};
     bool realtime = false;
     double speed = 0;
+    std::string mode = "0600";
 
     CLI::App app("A simulated communications service for applications, on a Unix socket.", program);
     app.set_version_flag("--version", std::string(program) + " " COMMUNICATIONS_SERVICE_VERSION);
@@ -105,6 +66,8 @@ int main(int argc, char** argv)
         ->type_name("FACTOR")
         ->check(CLI::Range(0.001, 1000000.0))
         ->excludes(realtimeFlag);
+    app.add_option("--mode", mode, "Who may connect: rights of the socket's file (default 0600)")
+        ->type_name("MODE");
     app.footer("Prints \"ready PATH\" once it listens; SIGINT and SIGTERM end it.\n"
                "Exit status: 0 ended, 1 cannot listen or write, 2 wrong usage, 3 the application\n"
                "asked otherwise than recorded.");
@@ -126,51 +89,70 @@ int main(int argc, char** argv)
             std::count(lines.begin(), lines.end(), line) > 1)
             return complain("--lines: \"" + line + "\" is no line, or there twice", wrongUsage);
 
-    LineFile log;
-    LineFile journal;
-    if (!log.open(logPath))
-        return complain("cannot write to " + logPath + ": " + std::strerror(errno), cannotListen);
-    if (!journalPath.empty() && !journal.open(journalPath))
-        return complain("cannot write to " + journalPath + ": " + std::strerror(errno),
-                        cannotListen);
-    std::signal(SIGPIPE, SIG_IGN);
+    unsigned rights = 0;
+    const auto parsed = std::from_chars(mode.data(), mode.data() + mode.size(), rights, 8);
+    if (parsed.ec != std::errc() || parsed.ptr != mode.data() + mode.size() || rights > 0777)
+        return complain("--mode: \"" + mode + "\" is no mode, 0600 and 0660 are", wrongUsage);
 
-    const auto toLog = [&log](const std::string& line) { log.write(line); };
+    std::signal(SIGPIPE, SIG_IGN);
+    // Instead of it, what is too large for a file cannot be written.
+    std::signal(SIGXFSZ, SIG_IGN);
+    kit::service::LineFile log;
+    kit::service::LineFile journal;
+    std::string problem = log.open(logPath);
+    if (!problem.empty())
+        return complain("cannot write to " + logPath + ": " + problem, failed);
+    problem = journalPath.empty() ? "" : journal.open(journalPath);
+    if (!problem.empty())
+        return complain("cannot write to " + journalPath + ": " + problem, failed);
+
+    int status = 0;
+    const auto toLog = [&](const std::string& line)
+    {
+        const std::string wrong = log.write(line);
+        if (!wrong.empty() && std::exchange(status, failed) == 0)
+            complain("cannot write to " + logPath + ": " + wrong, failed);
+    };
+    const auto toJournal = [&](const std::string& text)
+    {
+        const std::string wrong = journal.write(text);
+        if (!wrong.empty())
+            status = failed;
+        return wrong;
+    };
     std::unique_ptr<kit::SimulatedService> simulated;
     std::unique_ptr<kit::Replay> replay;
-    if (replayPath.empty())
-    {
-        simulated = std::make_unique<kit::SimulatedService>(lines);
-        simulated->setLog(toLog);
-    }
-    else
-        try
-        {
-            replay = std::make_unique<kit::Replay>(replayPath, realtime || speed > 0
-                                                                   ? kit::Replay::Pace::recorded
-                                                                   : kit::Replay::Pace::fast);
-            replay->setLog(toLog);
-        }
-        catch (const std::runtime_error& error)
-        {
-            return complain(error.what(), cannotListen);
-        }
-    kit::Service& service = replay != nullptr ? static_cast<kit::Service&>(*replay) : *simulated;
-    kit::SocketServer::Options options;
-    options.speed = realtime ? 1 : speed;
-    options.log = toLog;
-    options.handleSignals = true;
-    if (!journalPath.empty())
-        options.journal = [&journal](const std::string& text) { journal.write(text); };
     try
     {
+        if (replayPath.empty())
+        {
+            simulated = std::make_unique<kit::SimulatedService>(lines);
+            simulated->setLog(toLog);
+        }
+        else
+        {
+            const bool paced = realtime || speed > 0;
+            replay = std::make_unique<kit::Replay>(replayPath, paced ? kit::Replay::Pace::recorded
+                                                                     : kit::Replay::Pace::fast);
+            replay->setLog(toLog);
+        }
+        kit::Service& service =
+            replay != nullptr ? static_cast<kit::Service&>(*replay) : *simulated;
+        kit::SocketServer::Options options;
+        options.speed = realtime ? 1 : speed;
+        options.log = toLog;
+        options.handleSignals = true;
+        options.mode = rights;
+        if (!journalPath.empty())
+            options.journal = toJournal;
         kit::SocketServer server(service, socketPath, options);
         std::cout << "ready " << socketPath << std::endl;
         server.run();
     }
-    catch (const kit::ListenError& error)
+    catch (const std::exception& error)
     {
-        return complain(error.what(), cannotListen);
+        return complain(error.what(), failed);
     }
-    return replay != nullptr && !replay->difference().empty() ? hasDiffered : 0;
+    const bool differs = replay != nullptr && !replay->difference().empty();
+    return status != 0 ? status : differs ? hasDiffered : 0;
 }

@@ -233,6 +233,23 @@ TEST(ServiceHostile, RightRequestsInAnyOrder)
     expectAlive(service);
 }
 
+TEST(ServiceHostile, ManyMistakesOfOneRequestAreCounted)
+{
+    kit::SimulatedService service;
+    std::vector<std::string> log;
+    service.setLog([&](const std::string& line) { log.push_back(line); });
+    const int client = service.connect([](const std::string&, const std::string&) {});
+    std::string text = "<Method>HoldCall</Method><Line>1001</Line><CallID>1</CallID>"
+                       "<HoldCallReason>1</HoldCallReason><Manual>1</Manual>";
+    for (int i = 0; i < 1000; ++i)
+        text += "<Lime></Lime><Line></Line>";
+    EXPECT_EQ(service.request(client, text), "sfiFailure");
+    ASSERT_EQ(log.size(), 21U);
+    EXPECT_EQ(log[0], "unknown tag <Lime> in HoldCall, did you mean <Line>?");
+    EXPECT_EQ(log[19], "tag <Line> twice in HoldCall");
+    EXPECT_EQ(log[20], "1980 more such tags in HoldCall");
+}
+
 TEST(ServiceHostile, LargeTexts)
 {
     kit::SimulatedService service;

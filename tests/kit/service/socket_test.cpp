@@ -1,4 +1,4 @@
-// The socket: frames, several applications, silence, nonsense, and the process's options.
+// The socket: frames, several applications, silence, nonsense.
 
 #include "tests/kit/Complaint.h"
 
@@ -13,15 +13,11 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
-#include <fstream>
 #include <future>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -114,9 +110,9 @@ TEST(Frame, WrongHeadersAreNamed)
 class SocketService : public testing::Test
 {
 protected:
-    SocketService()
+    explicit SocketService(std::size_t mostHeld = 256 * 1024 * 1024)
         : path(testing::TempDir() + "kit-socket-" + std::to_string(getpid())),
-          server(service, path, options()),
+          server(service, path, options(mostHeld)),
           thread([this] { server.run(); })
     {
     }
@@ -127,9 +123,10 @@ protected:
         thread.join();
     }
 
-    kit::SocketServer::Options options()
+    kit::SocketServer::Options options(std::size_t mostHeld)
     {
         kit::SocketServer::Options chosen;
+        chosen.mostHeld = mostHeld;
         chosen.log = [this](const std::string& line)
         {
             const std::lock_guard<std::mutex> lock(mutex);
@@ -155,6 +152,22 @@ protected:
         const int raw = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         EXPECT_EQ(connect(raw, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
         return raw;
+    }
+
+    /// What the last frame before the end says; "" when that is no farewell.
+    static std::string farewell(int raw)
+    {
+        kit::FrameReader reader;
+        Frame frame;
+        std::string last;
+        char bytes[4096];
+        for (ssize_t size = 0; (size = read(raw, bytes, sizeof bytes)) > 0;)
+        {
+            reader.append(bytes, static_cast<std::size_t>(size));
+            while (reader.next(frame))
+                last = frame.type == Frame::farewell ? frame.text : "";
+        }
+        return last;
     }
 
     std::mutex mutex;
@@ -292,8 +305,7 @@ TEST_F(SocketService, NonsenseEndsOneConnectionAndNoOther)
     const int raw = rawSocket();
     const std::string nonsense = "GET / HTTP/1.1\r\nHost: phone\r\n\r\n";
     ASSERT_EQ(write(raw, nonsense.data(), nonsense.size()), static_cast<ssize_t>(nonsense.size()));
-    char byte = 0;
-    EXPECT_EQ(read(raw, &byte, 1), 0);
+    EXPECT_EQ(farewell(raw), "it was sent a message of the unknown type 790644820");
     close(raw);
     EXPECT_EQ(firstLog(),
               "client 2 sent a message of the unknown type 790644820, its connection is closed");
@@ -304,6 +316,55 @@ TEST_F(SocketService, NonsenseEndsOneConnectionAndNoOther)
     std::string answer;
     EXPECT_EQ(good.request(activate, answer, 10s), Delivery::done);
     EXPECT_EQ(answer, "sfiSuccess");
+}
+
+TEST_F(SocketService, ComplaintsReachTheOneWhoAskedBeforeTheAnswer)
+{
+    kit::SocketConnection one(path);
+    kit::SocketConnection other(path);
+    std::vector<std::string> heard;
+    std::vector<std::string> heardByOther;
+    one.setComplaintSink([&](const std::string& complaint) { heard.push_back(complaint); });
+    other.setComplaintSink([&](const std::string& complaint)
+                           { heardByOther.push_back(complaint); });
+    std::string answer;
+    const std::string wrong = "<Method>AnswerCall</Method><Line>1009</Line><CallID>1</CallID>";
+    ASSERT_EQ(one.request(wrong, answer, 10s), Delivery::done);
+    EXPECT_EQ(answer, "sfiFailure");
+    EXPECT_EQ(heard,
+              (std::vector<std::string>{"AnswerCall: no line \"1009\", did you mean 1001?"}));
+    ASSERT_EQ(other.request(activate, answer, 10s), Delivery::done);
+    EXPECT_TRUE(heardByOther.empty());
+}
+
+TEST_F(SocketService, ApplicationsAreToldWhyTheyAreLeft)
+{
+    std::promise<void> gone;
+    kit::SocketConnection connection(path);
+    connection.setGoneSink([&] { gone.set_value(); });
+    std::string answer;
+    ASSERT_EQ(connection.request(activate, answer, 10s), Delivery::done);
+    EXPECT_EQ(connection.whyGone(), "");
+    service.control("go away");
+    EXPECT_EQ(gone.get_future().wait_for(10s), std::future_status::ready);
+    EXPECT_EQ(connection.whyGone(), "it was told to go away");
+}
+
+TEST_F(SocketService, SubscriptionsOfOneClientAreCounted)
+{
+    std::string heard;
+    kit::SocketConnection connection(path);
+    connection.setComplaintSink([&](const std::string& complaint) { heard = complaint; });
+    std::string answer;
+    for (int i = 0; i < 1000; ++i)
+    {
+        ASSERT_EQ(connection.subscribe("<Method>Subscribe</Method>", answer, "c", 10s),
+                  Delivery::done);
+        ASSERT_EQ(answer, "sfiSuccess") << i;
+    }
+    ASSERT_EQ(connection.subscribe("<Method>Subscribe</Method>", answer, "c", 10s), Delivery::done);
+    EXPECT_EQ(answer, "sfiFailure");
+    EXPECT_EQ(heard, "Subscribe: client 1 has 1000 subscriptions already");
 }
 
 TEST_F(SocketService, OneWhoDoesNotReadIsLetGo)
@@ -323,6 +384,38 @@ TEST_F(SocketService, OneWhoDoesNotReadIsLetGo)
         ASSERT_EQ(good.request(large, answer, 60s), Delivery::done);
     EXPECT_EQ(firstLog(), "client 2 does not read what is sent to it, its connection is closed");
     close(raw);
+}
+
+class CrowdedService : public SocketService
+{
+protected:
+    CrowdedService() : SocketService(1024 * 1024) {}
+};
+
+/// Half a message, and what waits for others, count together; the one that has most of it goes.
+TEST_F(CrowdedService, TheHeaviestClientGoes)
+{
+    kit::SocketConnection good(path);
+    const int heavy = rawSocket();
+    const int light = rawSocket();
+    const auto half = [](int raw, std::size_t size)
+    {
+        std::string bytes = kit::encodeFrame({Frame::post, 0, "", std::string(2000000, 'x')});
+        bytes.resize(size);
+        EXPECT_EQ(send(raw, bytes.data(), size, MSG_NOSIGNAL), static_cast<ssize_t>(size));
+    };
+    half(light, 200000);
+    half(heavy, 1000000);
+    EXPECT_EQ(firstLog().rfind("client 2 has ", 0), 0U) << firstLog();
+    EXPECT_NE(firstLog().find(" KiB waiting, too much together with the others"),
+              std::string::npos);
+    char byte = 0;
+    EXPECT_LE(read(heavy, &byte, 1), 0);
+    half(light, 100);
+    close(heavy);
+    close(light);
+    std::string answer;
+    EXPECT_EQ(good.request(activate, answer, 10s), Delivery::done);
 }
 
 TEST_F(SocketService, ServiceThatSendsNonsenseIsLeft)
@@ -376,107 +469,6 @@ TEST(SocketConnection, SaysWhyThereIsNone)
     process.kill();
     EXPECT_EQ(complaint(process.socket()),
               "no service at " + process.socket() + ": nobody listens there any more");
-}
-
-// --- the process ---
-
-struct Ended
-{
-    int status;
-    std::string said;  ///< on both outputs
-};
-
-Ended runProcess(const std::string& options)
-{
-    FILE* const out = popen((std::string(SERVICE_PROGRAM) + " " + options + " 2>&1").c_str(), "r");
-    Ended ended{-1, ""};
-    char buffer[4096];
-    while (fgets(buffer, sizeof buffer, out) != nullptr)
-        ended.said += buffer;
-    const int status = pclose(out);
-    ended.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return ended;
-}
-
-TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
-{
-    const std::string longPath(130, 'a');
-    const std::string file = testing::TempDir() + "kit-no-socket";
-    std::ofstream(file) << "x";
-    const struct
-    {
-        std::string options;
-        int status;
-        std::string said;
-    } rows[] = {
-        {"", 2, "--socket is required (--help tells more)"},
-        {"--socket", 2, "--socket: 1 required PATH missing (--help tells more)"},
-        {"--socket /tmp/x --realtme", 2,
-         "The following argument was not expected: --realtme (--help tells more)"},
-        {"--socket /tmp/x --realtime --speed 2", 2,
-         "--realtime excludes --speed (--help tells more)"},
-        {"--socket /tmp/x --lines 1,,1", 2, "--lines: \"1\" is no line, or there twice"},
-        {"--socket /nowhere/x", 1, "cannot listen at /nowhere/x: there is no directory /nowhere"},
-        {"--socket " + longPath, 1,
-         "cannot listen at " + longPath + ": the path has 130 characters, 107 are possible"},
-        {"--socket " + file, 1,
-         "cannot listen at " + file + ": there is a file of that name, and it is no socket"},
-        {"--socket /proc/x", 1, "cannot listen at /proc/x: "},
-        {"--socket /tmp/x --log /nowhere/l", 1,
-         "cannot write to /nowhere/l: No such file or directory"},
-    };
-    for (const auto& row : rows)
-    {
-        const Ended ended = runProcess(row.options);
-        EXPECT_EQ(ended.status, row.status) << row.options;
-        EXPECT_EQ(ended.said.rfind("communications-service-sim: " + row.said, 0), 0U)
-            << row.options << ": " << ended.said;
-        EXPECT_EQ(ended.said.find('\n'), ended.said.size() - 1) << ended.said;
-    }
-    std::remove(file.c_str());
-    EXPECT_EQ(runProcess("--version").status, 0);
-    EXPECT_EQ(runProcess("--help").status, 0);
-}
-
-TEST(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
-{
-    const std::string path = testing::TempDir() + "kit-stale-" + std::to_string(getpid());
-    {
-        // What a process that was killed leaves behind.
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        const int stale = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(bind(stale, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        close(stale);
-    }
-    // The shell ends it as soon as it has said that it is there.
-    FILE* const out =
-        popen(("sh -c 'echo $$ > " + path + ".pid; exec \"" SERVICE_PROGRAM "\" --socket " + path +
-               "' | { read -r line; echo \"$line\"; kill -TERM $(cat " + path + ".pid); cat; }")
-                  .c_str(),
-              "r");
-    char buffer[256] = "";
-    ASSERT_NE(fgets(buffer, sizeof buffer, out), nullptr);
-    EXPECT_EQ(std::string(buffer), "ready " + path + "\n");
-    EXPECT_EQ(fgets(buffer, sizeof buffer, out), nullptr);
-    pclose(out);
-    struct stat entry = {};
-    EXPECT_NE(stat(path.c_str(), &entry), 0) << "the socket is still there";
-    std::remove((path + ".pid").c_str());
-}
-
-TEST(ServiceProgram, ClockThatRuns)
-{
-    kit::ServiceProcess process("", {"--speed", "1000"});
-    kit::EventRecorder events;
-    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()));
-    ASSERT_EQ(framework.service().subscribe(&events), sfiSuccess);
-    ASSERT_EQ(framework.service().activate(), sfiSuccess);
-    ASSERT_EQ(framework.service().outgoingCallMake("1001", 1, "2001", false, false, false),
-              sfiSuccess);
-    const auto answered = events.waitFor("CallStateChangeEvent", {{"callState", "connected"}}, 20s);
-    EXPECT_TRUE(answered) << answered.problem;
 }
 
 }  // namespace

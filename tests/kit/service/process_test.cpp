@@ -1,0 +1,460 @@
+// The simulated service as a process: options, files, rights, descriptors, and two on one path.
+
+#include "kit/framework/Framework.h"
+#include "kit/framework/SocketConnection.h"
+#include "kit/testing/EventRecorder.h"
+#include "kit/testing/ServiceProcess.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+using namespace std::chrono_literals;
+using kit::Delivery;
+
+const std::string activate = "<Method>Activate</Method>";
+const std::string doNotDisturb = "<Method>SetDoNotDisturb</Method><Line>1001</Line>"
+                                 "<doNotDisturbOn>1</doNotDisturbOn>";
+
+/// A folder that is gone afterwards, with all that is in it.
+class Folder
+{
+public:
+    Folder()
+    {
+        std::string name = testing::TempDir() + "kit-process-XXXXXX";
+        EXPECT_NE(mkdtemp(name.data()), nullptr);
+        path_ = name;
+    }
+    ~Folder() { EXPECT_EQ(std::system(("rm -r '" + path_ + "'").c_str()), 0); }
+
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+/// The program, with both outputs in one; killed at the end unless it has ended.
+class Program
+{
+public:
+    explicit Program(std::vector<std::string> options,
+                     const std::function<void()>& prepare = nullptr)
+    {
+        int ends[2];
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        output_ = ends[0];
+        options.insert(options.begin(), SERVICE_PROGRAM);
+        std::vector<char*> arguments;
+        for (std::string& option : options)
+            arguments.push_back(option.data());
+        arguments.push_back(nullptr);
+        pid_ = fork();
+        if (pid_ == 0)
+        {
+            dup2(ends[1], STDOUT_FILENO);
+            dup2(ends[1], STDERR_FILENO);
+            if (prepare)
+                prepare();
+            execv(SERVICE_PROGRAM, arguments.data());
+            _exit(127);
+        }
+        close(ends[1]);
+    }
+
+    ~Program()
+    {
+        if (pid_ > 0)
+        {
+            ::kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        close(output_);
+    }
+
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    /// True once it says that it is ready; false when it ends or says something else.
+    bool ready()
+    {
+        while (said_.find('\n') == std::string::npos && readMore())
+            continue;
+        return said_.rfind("ready ", 0) == 0;
+    }
+
+    /// Waits for its end; the exit status, 128 and more for a signal.
+    int status()
+    {
+        while (readMore())
+            continue;
+        int status = 0;
+        EXPECT_EQ(waitpid(pid_, &status, 0), pid_);
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
+    int endedBy(int signal)
+    {
+        ::kill(pid_, signal);
+        return status();
+    }
+
+    const std::string& said() const { return said_; }
+    pid_t pid() const { return pid_; }
+
+private:
+    bool readMore()
+    {
+        char bytes[4096];
+        const ssize_t size = read(output_, bytes, sizeof bytes);
+        if (size > 0)
+            said_.append(bytes, static_cast<std::size_t>(size));
+        return size > 0;
+    }
+
+    pid_t pid_ = -1;
+    int output_ = -1;
+    std::string said_;
+};
+
+std::string contentsOf(const std::string& path)
+{
+    std::ifstream in(path);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+bool exists(const std::string& path)
+{
+    struct stat entry = {};
+    return lstat(path.c_str(), &entry) == 0;
+}
+
+/// What a process that was killed leaves behind.
+void leaveStale(const std::string& path)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int stale = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(bind(stale, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    close(stale);
+}
+
+/// -1 when nobody listens.
+int connectTo(const std::string& path)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int raw = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (connect(raw, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
+        return raw;
+    close(raw);
+    return -1;
+}
+
+void limit(int resource, rlim_t value)
+{
+    struct rlimit limits = {};
+    getrlimit(static_cast<__rlimit_resource>(resource), &limits);
+    limits.rlim_cur = value;
+    setrlimit(static_cast<__rlimit_resource>(resource), &limits);
+}
+
+TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
+{
+    const std::string longPath(130, 'a');
+    const Folder folder;
+    const std::string file = folder / "no-socket";
+    const std::string path = folder / "socket";
+    std::ofstream(file) << "x";
+    const struct
+    {
+        std::vector<std::string> options;
+        int status;
+        std::string said;
+    } rows[] = {
+        {{}, 2, "--socket is required (--help tells more)"},
+        {{"--socket"}, 2, "--socket: 1 required PATH missing (--help tells more)"},
+        {{"--socket", path, "--realtme"},
+         2,
+         "The following argument was not expected: --realtme (--help tells more)"},
+        {{"--socket", path, "--realtime", "--speed", "2"},
+         2,
+         "--realtime excludes --speed (--help tells more)"},
+        {{"--socket", path, "--lines", "1,,1"}, 2, "--lines: \"1\" is no line, or there twice"},
+        {{"--socket", path, "--mode", "0668"}, 2, "--mode: \"0668\" is no mode, 0600 and 0660 are"},
+        {{"--socket", path, "--mode", "1777"}, 2, "--mode: \"1777\" is no mode"},
+        {{"--socket", "/nowhere/x"},
+         1,
+         "cannot listen at /nowhere/x: there is no directory /nowhere"},
+        {{"--socket", longPath},
+         1,
+         "cannot listen at " + longPath + ": the path has 130 characters, 107 are possible"},
+        {{"--socket", file},
+         1,
+         "cannot listen at " + file + ": there is a file of that name, and it is no socket"},
+        {{"--socket", "/proc/x"}, 1, "cannot listen at /proc/x: "},
+        {{"--socket", path, "--log", "/nowhere/l"},
+         1,
+         "cannot write to /nowhere/l: No such file or directory"},
+        {{"--socket", path, "--journal", folder / ""},
+         1,
+         "cannot write to " + (folder / "") + ": Is a directory"},
+    };
+    for (const auto& row : rows)
+    {
+        Program program(row.options);
+        EXPECT_EQ(program.status(), row.status) << row.said;
+        EXPECT_EQ(program.said().rfind("communications-service-sim: " + row.said, 0), 0U)
+            << row.said << "\n"
+            << program.said();
+        EXPECT_EQ(program.said().find('\n'), program.said().size() - 1) << program.said();
+        EXPECT_FALSE(exists(path));
+    }
+    EXPECT_EQ(Program({"--version"}).status(), 0);
+    EXPECT_EQ(Program({"--help"}).status(), 0);
+}
+
+TEST(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    leaveStale(path);
+    Program program({"--socket", path});
+    ASSERT_TRUE(program.ready()) << program.said();
+    EXPECT_EQ(program.said(), "ready " + path + "\n");
+    kit::SocketConnection connection(path);
+    EXPECT_EQ(program.endedBy(SIGTERM), 0);
+    EXPECT_FALSE(exists(path));
+    std::string answer;
+    EXPECT_EQ(connection.request(activate, answer, 10s), Delivery::gone);
+    EXPECT_EQ(connection.whyGone(), "it was ended");
+}
+
+/// The second comes while the first has bound the socket and does not listen yet.
+TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    leaveStale(path);
+    // When the file was made: its number may be used again.
+    const auto made = [&]
+    {
+        struct stat entry = {};
+        return stat(path.c_str(), &entry) == 0
+                   ? std::make_pair(entry.st_ctim.tv_sec, entry.st_ctim.tv_nsec)
+                   : std::make_pair(time_t(0), 0L);
+    };
+    const auto stale = made();
+    const auto slow = []
+    {
+        setenv("LD_PRELOAD", SLOW_LISTEN, 1);
+        setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+    };
+    Program first({"--socket", path}, slow);
+    for (auto now = stale; now == stale || now.first == 0; now = made())
+        std::this_thread::sleep_for(1ms);
+    Program second({"--socket", path}, slow);
+    EXPECT_TRUE(first.ready()) << first.said();
+    EXPECT_FALSE(second.ready());
+    EXPECT_EQ(second.status(), 1);
+    EXPECT_EQ(second.said(), "communications-service-sim: cannot listen at " + path +
+                                 ": another service listens there\n");
+    const int raw = connectTo(path);
+    EXPECT_GE(raw, 0) << "the one that is left cannot be reached";
+    close(raw);
+    EXPECT_EQ(first.endedBy(SIGTERM), 0);
+}
+
+TEST(ServiceProgram, TheSocketIsItsOwnersWhateverTheUmask)
+{
+    const Folder folder;
+    const struct
+    {
+        mode_t mask;
+        std::vector<std::string> options;
+        mode_t rights;
+    } rows[] = {
+        {0, {}, 0600},
+        {022, {}, 0600},
+        {0777, {}, 0600},
+        {077, {"--mode", "0660"}, 0660},
+        {0, {"--mode", "666"}, 0666},
+    };
+    for (const auto& row : rows)
+    {
+        std::vector<std::string> options = {"--socket", folder / "socket"};
+        options.insert(options.end(), row.options.begin(), row.options.end());
+        Program program(options, [&] { umask(row.mask); });
+        ASSERT_TRUE(program.ready()) << program.said();
+        struct stat entry = {};
+        ASSERT_EQ(stat((folder / "socket").c_str(), &entry), 0);
+        EXPECT_EQ(entry.st_mode & 0777U, row.rights);
+    }
+}
+
+TEST(ServiceProgram, WhatTheJournalDoesNotTakeIsNotCarriedOut)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    Program program({"--socket", path, "--journal", "/dev/full", "--log", folder / "log"});
+    ASSERT_TRUE(program.ready()) << program.said();
+    std::string heard;
+    kit::SocketConnection connection(path);
+    connection.setComplaintSink([&](const std::string& complaint) { heard = complaint; });
+    std::string answer;
+    ASSERT_EQ(connection.request(doNotDisturb, answer, 10s), Delivery::done);
+    EXPECT_EQ(answer, "sfiFailure");
+    EXPECT_EQ(heard, "the service's journal cannot be written");
+    EXPECT_EQ(connection.post(activate), Delivery::done);
+    ASSERT_EQ(connection.subscribe("<Method>Subscribe</Method>", answer, "c", 10s), Delivery::done);
+    EXPECT_EQ(answer, "sfiFailure");
+    kit::ControlAnswer lines;
+    ASSERT_EQ(connection.control("show lines", lines, 10s), Delivery::done);
+    EXPECT_EQ(lines.text.find("do not disturb"), std::string::npos) << lines.text;
+    EXPECT_NE(lines.text.find("1001 not registered"), std::string::npos) << lines.text;
+    EXPECT_EQ(contentsOf(folder / "log"),
+              "the journal cannot be written: No space left on device; requests are refused until "
+              "it can be\n");
+    EXPECT_EQ(program.endedBy(SIGTERM), 1);
+}
+
+TEST(ServiceProgram, TheJournalHoldsWholeLinesAndWhatWasDone)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    const std::string journal = folder / "journal";
+    Program program({"--socket", path, "--journal", journal});
+    ASSERT_TRUE(program.ready()) << program.said();
+    const rlim_t room = 10 * (doNotDisturb.size() + 1) + 20;
+    struct rlimit limits = {room, RLIM_INFINITY};
+    ASSERT_EQ(prlimit(program.pid(), RLIMIT_FSIZE, &limits, nullptr), 0);
+    kit::SocketConnection connection(path);
+    int done = 0;
+    for (int i = 0; i < 20; ++i)
+    {
+        std::string answer;
+        ASSERT_EQ(connection.request(doNotDisturb, answer, 10s), Delivery::done);
+        EXPECT_EQ(answer, i < 10 ? "sfiSuccess" : "sfiFailure") << i;
+        done += answer == "sfiSuccess" ? 1 : 0;
+    }
+    limits.rlim_cur = RLIM_INFINITY;
+    ASSERT_EQ(prlimit(program.pid(), RLIMIT_FSIZE, &limits, nullptr), 0);
+    std::string answer;
+    ASSERT_EQ(connection.request(activate, answer, 10s), Delivery::done);
+    EXPECT_EQ(answer, "sfiSuccess");
+    std::string expected;
+    for (int i = 0; i < done; ++i)
+        expected += doNotDisturb + "\n";
+    EXPECT_EQ(contentsOf(journal), expected + activate + "\n");
+    EXPECT_EQ(program.endedBy(SIGTERM), 1);
+}
+
+TEST(ServiceProgram, ALogThatCannotBeWrittenIsTold)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    Program program({"--socket", path, "--log", "/dev/full"});
+    ASSERT_TRUE(program.ready()) << program.said();
+    kit::SocketConnection connection(path);
+    std::string answer;
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(connection.request("<Method>Nonsense</Method>", answer, 10s), Delivery::done);
+    EXPECT_EQ(program.endedBy(SIGTERM), 1);
+    EXPECT_EQ(program.said(), "ready " + path +
+                                  "\ncommunications-service-sim: cannot write to /dev/full: No "
+                                  "space left on device\n");
+}
+
+TEST(ServiceProgram, WithoutDescriptorsItSaysSo)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    int refused = 0;
+    int started = 0;
+    for (rlim_t count = 5; count < 20; ++count)
+    {
+        Program program({"--socket", path}, [&] { limit(RLIMIT_NOFILE, count); });
+        if (program.ready())
+        {
+            ++started;
+            EXPECT_EQ(program.endedBy(SIGTERM), 0) << count;
+        }
+        else
+        {
+            ++refused;
+            EXPECT_EQ(program.status(), 1) << count << ": " << program.said();
+            EXPECT_EQ(program.said(), "communications-service-sim: cannot listen at " + path +
+                                          ": Too many open files\n");
+        }
+        EXPECT_FALSE(exists(path)) << count;
+    }
+    EXPECT_GT(refused, 0);
+    EXPECT_GT(started, 0);
+}
+
+/// Those who come wait for those who leave, and the log has one line.
+TEST(ServiceProgram, OutOfDescriptorsLaterIsToldOnce)
+{
+    const Folder folder;
+    const std::string path = folder / "socket";
+    const std::string log = folder / "log";
+    Program program({"--socket", path, "--log", log}, [] { limit(RLIMIT_NOFILE, 30); });
+    ASSERT_TRUE(program.ready()) << program.said();
+    std::vector<int> many;
+    for (int i = 0; i < 40; ++i)
+    {
+        many.push_back(connectTo(path));
+        ASSERT_GE(many.back(), 0);
+    }
+    while (contentsOf(log).empty())
+        std::this_thread::sleep_for(1ms);
+    std::this_thread::sleep_for(200ms);
+    for (const int raw : many)
+        close(raw);
+    kit::SocketConnection connection(path);
+    std::string answer;
+    EXPECT_EQ(connection.request(activate, answer, 20s), Delivery::done);
+    EXPECT_EQ(contentsOf(log), "a connection could not be taken: Too many open files; it waits, "
+                               "and others with it, until somebody leaves\n");
+}
+
+TEST(ServiceProgram, ClockThatRuns)
+{
+    kit::ServiceProcess process("", {"--speed", "1000"});
+    kit::EventRecorder events;
+    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()));
+    ASSERT_EQ(framework.service().subscribe(&events), sfiSuccess);
+    ASSERT_EQ(framework.service().activate(), sfiSuccess);
+    ASSERT_EQ(framework.service().outgoingCallMake("1001", 1, "2001", false, false, false),
+              sfiSuccess);
+    const auto answered = events.waitFor("CallStateChangeEvent", {{"callState", "connected"}}, 20s);
+    EXPECT_TRUE(answered) << answered.problem;
+}
+
+}  // namespace
