@@ -402,7 +402,8 @@ TEST_F(CrowdedService, TheHeaviestClientGoes)
     {
         std::string bytes = kit::encodeFrame({Frame::post, 0, "", std::string(2000000, 'x')});
         bytes.resize(size);
-        EXPECT_EQ(send(raw, bytes.data(), size, MSG_NOSIGNAL), static_cast<ssize_t>(size));
+        // It may be closed before all of it has been sent.
+        EXPECT_GT(send(raw, bytes.data(), size, MSG_NOSIGNAL), 0);
     };
     half(light, 200000);
     half(heavy, 1000000);
