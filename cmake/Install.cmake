@@ -140,6 +140,7 @@ if(TARGET CommunicationsServiceKit)
     PATTERN "*.h"
     PATTERN "Mock*.cpp"
     PATTERN "Frame.h" EXCLUDE
+    PATTERN "FrameStream.h" EXCLUDE
     PATTERN "page" EXCLUDE)
   install(
     FILES ${PROJECT_SOURCE_DIR}/kit/service/EmbeddedConnection.h
