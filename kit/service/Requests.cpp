@@ -18,6 +18,9 @@ namespace
 
 /// About the tags of one request; the others are counted.
 constexpr std::size_t mostComplaints = 20;
+/// More would keep everybody else waiting, but for a payload, which is not looked into.
+constexpr std::ptrdiff_t mostBrackets = 10000;
+constexpr std::size_t longestMethod = 256;
 
 const std::string signallingPrefix = "SigEvent:";
 
@@ -128,6 +131,13 @@ const Handler* findHandler(const std::string& method)
             if (handler.method == method)
                 return &handler;
     return nullptr;
+}
+
+bool hasPayload(const std::string& method)
+{
+    const Operation* const operation = findRequest(method);
+    return operation != nullptr && !operation->arguments.empty() &&
+           operation->arguments.back().kind == Kind::payload;
 }
 
 std::vector<std::string> methods()
@@ -247,6 +257,13 @@ std::string answerRequest(Simulation& simulation, const std::string& text)
     {
         simulation.settings.lastSignalling = text.substr(signallingPrefix.size());
         return "";
+    }
+    if (const auto brackets = std::count(text.begin(), text.end(), '<');
+        brackets > mostBrackets && !hasPayload(parse(text.substr(0, longestMethod)).method))
+    {
+        simulation.outbox.complain(std::to_string(brackets) + " times \"<\" in a request, " +
+                                   std::to_string(mostBrackets) + " are possible");
+        return failed;
     }
     const Message message = parse(text);
     const Operation* const operation = findRequest(message.method);

@@ -248,6 +248,14 @@ TEST(ServiceHostile, ManyMistakesOfOneRequestAreCounted)
     EXPECT_EQ(log[0], "unknown tag <Lime> in HoldCall, did you mean <Line>?");
     EXPECT_EQ(log[19], "tag <Line> twice in HoldCall");
     EXPECT_EQ(log[20], "1980 more such tags in HoldCall");
+    log.clear();
+    EXPECT_EQ(service.request(client, "<Method>HoldCall</Method>" + std::string(20000, '<')),
+              "sfiFailure");
+    EXPECT_EQ(log,
+              (std::vector<std::string>{"20002 times \"<\" in a request, 10000 are possible"}));
+    EXPECT_EQ(service.request(client, "<Method>SendCSTARequest</Method><Line>1001</Line>" +
+                                          std::string(20000, '<')),
+              "sfiSuccess");
 }
 
 TEST(ServiceHostile, LargeTexts)
