@@ -6,12 +6,14 @@
 #include "CommunicationsServiceProxy.h"
 #include "tests/support/Channel.h"
 #include "tests/support/Events.h"
+#include "tests/support/Queries.h"
 #include "tests/support/Requests.h"
 #include "tests/support/Tested.h"
 #include "tests/support/WritingSubscriber.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -31,51 +33,27 @@ bool failed = false;     // whether it has
 void* record = nullptr;  // the last from malloc that was not given back
 long records = 0;        // how many there are
 
-void* allocate(std::size_t size)
+}  // namespace
+
+// The forms for arrays come here, too.
+void* operator new(std::size_t size)
 {
-    if (failingOne > 0 && --failingOne == 0)
-    {
-        failed = true;
-        throw std::bad_alloc();
-    }
-    void* memory = std::aligned_alloc(16, (size + 16) & ~std::size_t(15));
+    const bool fails = failingOne > 0 && --failingOne == 0;
+    failed = failed || fails;
+    void* memory = fails ? nullptr : std::aligned_alloc(16, (size + 16) & ~std::size_t(15));
     if (memory == nullptr)
         throw std::bad_alloc();
     ++allocations;
     return memory;
 }
-
-void release(void* memory) noexcept
+void operator delete(void* memory) noexcept
 {
     allocations -= memory != nullptr;
     std::free(memory);
 }
-
-}  // namespace
-
-void* operator new(std::size_t size)
-{
-    return allocate(size);
-}
-void* operator new[](std::size_t size)
-{
-    return allocate(size);
-}
-void operator delete(void* memory) noexcept
-{
-    release(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    release(memory);
-}
 void operator delete(void* memory, std::size_t) noexcept
 {
-    release(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept
-{
-    release(memory);
+    operator delete(memory);
 }
 
 // The linker sends the calls of malloc and free in the library, and in this file, through these.
@@ -206,111 +184,79 @@ TEST_F(AllocationFaults, OutputsOfQueries)
     const std::string longText(100, '1');
     channel.answer = "<sfiResult>sfiFailureCallBackAllreadyExists</sfiResult><status>0</status>"
                      "<cfnrRingCount>1</cfnrRingCount><uri>" +
-                     longText + "</uri>";
-    const auto forwarding = [&]
-    {
-        std::string uri = "before";
-        bool status = true;
-        int rings = 77;
-        const auto expect = [&](bool thrown)
-        {
-            EXPECT_TRUE(uri == (thrown ? "before" : longText.c_str()));
-            EXPECT_EQ(status, thrown);
-            EXPECT_EQ(rings, thrown ? 77 : 1);
-        };
-        try
-        {
-            proxy.getForwardingConfiguration(sfiForwardingType(1), status, uri, rings);
-        }
-        catch (const std::bad_alloc&)
-        {
-            expect(true);
-            throw;
-        }
-        expect(false);
-    };
-    EXPECT_EQ(3, failEach(forwarding, [](bool) {})) << "request, answer, and URI";
-
-    channel.answer = "<func_return_val>sfiFailureCallBackAllreadyExists</func_return_val>"
-                     "<Type>0</Type><newMsgs>1</newMsgs><oldMsgs>2</oldMsgs>"
-                     "<newUrgMsgs>3</newUrgMsgs><oldUrgMsgs>4</oldUrgMsgs>"
-                     "<return_type>5</return_type><available_info>6</available_info>"
-                     "<messages_waiting>7</messages_waiting><voiceMailNumber>" +
+                     longText +
+                     "</uri><func_return_val>sfiFailureCallBackAllreadyExists</func_return_val>"
+                     "<Type>10</Type><newMsgs>11</newMsgs><oldMsgs>12</oldMsgs>"
+                     "<newUrgMsgs>13</newUrgMsgs><oldUrgMsgs>14</oldUrgMsgs>"
+                     "<return_type>15</return_type><available_info>16</available_info>"
+                     "<messages_waiting>17</messages_waiting><voiceMailNumber>" +
                      longText + "</voiceMailNumber>";
-    const auto messageWaiting = [&]
+    bool flag = true;
+    int n[4];
+    unsigned int c[4];
+    std::string left;
+    left.reserve(200);
+    const auto expect = [&](const auto& query, const std::string& after)
     {
-        std::string number = "before";
-        int type = 77, returnType = 77, available = 77, waiting = 77;
-        unsigned int counts[] = {77, 77, 77, 77};
-        const auto expect = [&](bool thrown)
+        const auto call = [&]
         {
-            EXPECT_TRUE(number == (thrown ? "before" : longText.c_str()));
-            EXPECT_EQ(type, thrown ? 77 : 0);
-            for (unsigned int i = 0; i < 4; ++i)
-                EXPECT_EQ(counts[i], thrown ? 77 : i + 1);
-            EXPECT_EQ(returnType, thrown ? 77 : 5);
-            EXPECT_EQ(available, thrown ? 77 : 6);
-            EXPECT_EQ(waiting, thrown ? 77 : 7);
+            std::string text = "before";
+            flag = true;
+            std::fill_n(n, 4, 77);
+            std::fill_n(c, 4, 77);
+            try
+            {
+                query(text);
+            }
+            catch (const std::bad_alloc&)
+            {
+                left = text;
+                throw;
+            }
+            left = text;
         };
-        try
+        const auto check = [&](bool thrown)
         {
-            proxy.getMessageWaitingIndicator(type, counts[0], counts[1], counts[2], counts[3],
-                                             returnType, available, waiting, number);
-        }
-        catch (const std::bad_alloc&)
-        {
-            expect(true);
-            throw;
-        }
-        expect(false);
+            EXPECT_EQ(all(left, flag, n[0], n[1], n[2], n[3], c[0], c[1], c[2], c[3]),
+                      thrown ? "'before', true, 77, 77, 77, 77, 77u, 77u, 77u, 77u"
+                             : show(longText) + after);
+        };
+        EXPECT_EQ(3, failEach(call, check)) << "request, answer, and text";
     };
-    EXPECT_EQ(3, failEach(messageWaiting, [](bool) {})) << "request, answer, and number";
+    expect([&](std::string& text)
+           { proxy.getForwardingConfiguration(sfiForwardingType(1), flag, text, n[0]); },
+           ", false, 1, 77, 77, 77, 77u, 77u, 77u, 77u");
+    expect(
+        [&](std::string& text)
+        { proxy.getMessageWaitingIndicator(n[0], c[0], c[1], c[2], c[3], n[1], n[2], n[3], text); },
+        ", true, 10, 15, 16, 17, 11u, 12u, 13u, 14u");
 }
 
-TEST_F(AllocationFaults, LongQueries)
+TEST_F(AllocationFaults, EachIsAllocatedOnce)
 {
-    channel.answer.clear();
-    for (int i = 0; i < 20; ++i)
-        channel.answer += "<device-with-a-name-of-some-length>";
-    const long made = failEach(
-        [&]
-        {
-            std::vector<std::string> devices;
-            proxy.getDevices(devices);
-        },
-        [](bool) {});
-    EXPECT_EQ(made, 1 + 1 + 1 + 20) << "request, answer, list, and items";
-}
-
-TEST_F(AllocationFaults, ARequestIsOneAllocation)
-{
+    const auto made = [](const auto& call) { return failEach(call, [](bool) {}); };
     channel.answer = "sfiSuccess";
     for (const std::size_t length : {0U, 64U, 65U, 1000U})
     {
         const std::string line(length, '1');
         const std::string payload(2 * length, '2');
-        EXPECT_EQ(1, failEach([&] { proxy.SendCSTARequest(line, payload); }, [](bool) {}));
-        EXPECT_EQ(1, failEach([&] { proxy.setLampMode(line, payload, 3); }, [](bool) {}));
-        EXPECT_EQ(
-            1, failEach([&] { proxy.systemStatus(line.c_str(), payload.c_str()); }, [](bool) {}));
+        EXPECT_EQ(1, made([&] { proxy.SendCSTARequest(line, payload); }));
+        EXPECT_EQ(1, made([&] { proxy.setLampMode(line, payload, 3); }));
+        EXPECT_EQ(1, made([&] { proxy.systemStatus(line.c_str(), payload.c_str()); }));
     }
+    EXPECT_EQ(1, made([] { delete createCommunicationsServiceProxy(); }));
+    EXPECT_EQ(1, made([] { delete createCommunicationsServiceEventInvoker(); }));
+
+    channel.answer.clear();
+    for (int i = 0; i < 20; ++i)
+        channel.answer += "<device-with-a-name-of-some-length>";
+    const auto getDevices = [&]
+    {
+        std::vector<std::string> devices;
+        proxy.getDevices(devices);
+    };
+    EXPECT_EQ(1 + 1 + 1 + 20, made(getDevices)) << "request, answer, list, and items";
 }
-
-TEST_F(AllocationFaults, Factories)
-{
-    EXPECT_EQ(1, failEach([] { delete createCommunicationsServiceProxy(); }, [](bool) {}));
-    EXPECT_EQ(1, failEach([] { delete createCommunicationsServiceEventInvoker(); }, [](bool) {}));
-}
-
-struct CallbackFailure
-{
-};
-
-struct ThrowingSubscriber : WritingSubscriber
-{
-    using WritingSubscriber::WritingSubscriber;
-    void told() override { throw CallbackFailure(); }
-};
 
 /// The record alone is lost when its callback throws; nothing is with any other.
 TEST_F(AllocationFaults, ThrowingCallbacks)
@@ -322,18 +268,8 @@ TEST_F(AllocationFaults, ThrowingCallbacks)
         Response response;
         const long before = allocations;
         throwing.said.clear();
-        bool thrown = false;
-        try
-        {
-            invoker.handleMessage(&throwing, sample.text.c_str(), 0, &response);
-        }
-        catch (const CallbackFailure&)
-        {
-            thrown = true;
-        }
-        const long after = allocations;
-        EXPECT_TRUE(thrown);
-        EXPECT_EQ(after, before);
+        EXPECT_THROW(invoker.handleMessage(&throwing, sample.text.c_str(), 0, &response), Thrown);
+        EXPECT_EQ(allocations, before);
         EXPECT_EQ(throwing.said, sample.said);
         EXPECT_EQ(response.times, 0);
         EXPECT_EQ(records, &sample == &samples::eventSamples[0] ? 1 : 0);

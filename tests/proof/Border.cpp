@@ -66,15 +66,6 @@ std::unique_ptr<Object> create(void* library, const char* factory)
     return std::unique_ptr<Object>(reinterpret_cast<Object*>(make()));
 }
 
-struct Thrown
-{
-};
-
-struct Throwing : WritingSubscriber
-{
-    void told() override { throw Thrown(); }
-};
-
 void requests(Proxy& proxy, WritingSubscriber& subscriber)
 {
     FrameworkOfOne context;
@@ -121,16 +112,12 @@ void events(Invoker& invoker, WritingSubscriber& subscriber)
         check(subscriber.said == sample.said, sample.text.c_str(), subscriber.said);
     }
     check(response.times == 28, "each event is notified");
-    Throwing throwing;
-    check(throws<Thrown>(
-              [&] {
-                  invoker.handleMessage(&throwing, samples::eventSamples[4].text.c_str(), 0,
-                                        nullptr);
-              }),
+    ThrowingSubscriber throwing;
+    const char* const held = samples::eventSamples[4].text.c_str();
+    check(throws<Thrown>([&] { invoker.handleMessage(&throwing, held, 0, nullptr); }),
           "an exception of the callback passes");
-    check(
-        throws<std::logic_error>([&] { invoker.handleMessage(&subscriber, nullptr, 0, nullptr); }),
-        "the standard library's exception, from an event");
+    check(throws<std::logic_error>([&] { invoker.handleMessage(&throwing, nullptr, 0, nullptr); }),
+          "the standard library's exception, from an event");
 }
 
 // The two names are the compiler's, which applications have in them.

@@ -134,30 +134,21 @@ TEST_F(Threads, CallbacksThatCall)
         });
 }
 
-struct Thrown
-{
-};
-
-struct Throwing : WritingSubscriber
-{
-    void told() override { throw Thrown(); }
-};
-
 TEST_F(Threads, CallbacksThatThrow)
 {
     inEight(
         [this](int)
         {
-            Throwing subscriber;
+            ThrowingSubscriber subscriber;
             Response response;
             // All but the first, whose record is lost on purpose.
             for (std::size_t i = 1; i < 28; ++i)
             {
+                const samples::Sample& sample = samples::eventSamples[i];
                 subscriber.said.clear();
-                ASSERT_THROW(invoker.handleMessage(
-                                 &subscriber, samples::eventSamples[i].text.c_str(), 0, &response),
-                             Thrown);
-                ASSERT_EQ(subscriber.said, samples::eventSamples[i].said);
+                const char* const text = sample.text.c_str();
+                ASSERT_THROW(invoker.handleMessage(&subscriber, text, 0, &response), Thrown);
+                ASSERT_EQ(subscriber.said, sample.said);
             }
             EXPECT_EQ(response.times, 0);
         });

@@ -55,23 +55,11 @@ public:
     bool appends = false;             ///< puts the answer behind what stands in the response
     std::function<void()> inRequest;  ///< called by all operations before they return
 
-    void unusedSlot1() override { trace("slot 1"); }
-    void unusedSlot2() override { trace("slot 2"); }
-    void unusedSlot3() override { trace("slot 3"); }
-    void unusedSlot4() override { trace("slot 4"); }
-    void unusedSlot5() override { trace("slot 5"); }
-    void unusedSlot6() override { trace("slot 6"); }
     void sendRequest(const std::string& request, std::string& response) override;
     void sendRequestTimed(const std::string& request, std::string& response, int timeout) override;
-    void unusedSlot9() override { trace("slot 9"); }
     void sendSubscribe(const std::string& request, std::string& response,
                        const std::string& channelName, int timeout) override;
-    void unusedSlot11() override { trace("slot 11"); }
-    void unusedSlot12() override { trace("slot 12"); }
-    void unusedSlot13() override { trace("slot 13"); }
     void sendOneWay(const std::string& message) override;
-    void unusedSlot15() override { trace("slot 15"); }
-    void unusedSlot16() override { trace("slot 16"); }
     void setProtocol(const std::string& protocolName) override;
 
 private:
@@ -91,7 +79,6 @@ public:
 class Response final : public InvokerResponse
 {
 public:
-    void unusedSlot1() override { trace("response slot 1"); }
     void messageHandled() override { trace("response notified"); }
 };
 

@@ -121,4 +121,15 @@ struct WritingSubscriber : communications::Callbacks<Writer>
     explicit WritingSubscriber(std::size_t room = 0) { said.reserve(room); }
 };
 
+struct Thrown
+{
+};
+
+/// One whose callbacks throw at their end.
+struct ThrowingSubscriber : WritingSubscriber
+{
+    using WritingSubscriber::WritingSubscriber;
+    void told() override { throw Thrown(); }
+};
+
 #endif
