@@ -83,7 +83,10 @@ def refused(name, change, copy, compiler):
     for folder in ("include", "src", "cmake", "tests/abi"):
         shutil.copytree(ROOT / folder, copy / folder)
     shutil.copy(ROOT / "CMakeLists.txt", copy)
-    (copy / "tests/CMakeLists.txt").write_text("add_subdirectory(abi)\n", encoding="utf-8")
+    (copy / "tests/CMakeLists.txt").write_text(
+        "find_package(Python3 REQUIRED COMPONENTS Interpreter)\nadd_subdirectory(abi)\n", encoding="utf-8")
+    (copy / "tests/support").mkdir()
+    (copy / "tests/support/CMakeLists.txt").touch()
     change(lambda file: (copy / file).read_text(encoding="utf-8"),
            lambda file, text: (copy / file).write_text(text, encoding="utf-8"))
 
@@ -93,7 +96,8 @@ def refused(name, change, copy, compiler):
 
     configured = run("cmake", "-S", ".", "-B", "build", "-G", "Ninja",
                      f"-DCMAKE_CXX_COMPILER={compiler}", "-DCMAKE_BUILD_TYPE=Release",
-                     "-DCOMMUNICATIONS_SERVICE_KIT=OFF", "-DCOMMUNICATIONS_SERVICE_EXAMPLES=OFF")
+                     "-DCOMMUNICATIONS_SERVICE_KIT=OFF", "-DCOMMUNICATIONS_SERVICE_EXAMPLES=OFF",
+                     "-DCOMMUNICATIONS_SERVICE_RECORDER=OFF")
     if configured != 0 or run("cmake", "--build", "build") != 0:
         print(f"{name}: does not build\n{(copy / 'log').read_text(encoding='utf-8')}")
         return None

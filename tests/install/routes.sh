@@ -122,7 +122,7 @@ pages)
     while IFS=: read -r page target; do
         [ -e "$target" ] || [ -e "$(dirname "$page")/$target" ] ||
             { echo "$page names $target, which is not installed" && wrong=1; }
-    done < <(grep -roP --include='*.md' '(?<=<!-- from )[^ ]+|(?<=\]\()(?![a-z]+:|#)[^)#]+' . | LC_ALL=C sort -u)
+    done < <(grep -roP --include='*.md' '(?<=<!-- from )[^ ]+|(?<=\]\()(?![a-z]+:|#)[^)# ]+(?=[)#])' . | LC_ALL=C sort -u)
     # So are the headers that they name.
     while read -r header; do
         [ -z "$WITH_KIT" ] || [ -e "$moved/$INCLUDEDIR/communications-service/$header" ] ||
