@@ -481,8 +481,10 @@ TEST(Recorder, OffIsTheLibrary)
         const std::unique_ptr<CommunicationsServiceEventInvoker> invoker(
             createCommunicationsServiceEventInvoker());
         support::loggingOn = 0;
-        EXPECT_EQ(typeid(*proxy), typeid(CommunicationsServiceProxy));
-        EXPECT_EQ(typeid(*invoker), typeid(CommunicationsServiceEventInvoker));
+        const Executable& proxyMade = *proxy;
+        const Invoker& invokerMade = *invoker;
+        EXPECT_EQ(typeid(proxyMade), typeid(CommunicationsServiceProxy));
+        EXPECT_EQ(typeid(invokerMade), typeid(CommunicationsServiceEventInvoker));
         if (*row.log == '\0')
             EXPECT_THAT(log, testing::IsEmpty());
         else
