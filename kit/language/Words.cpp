@@ -44,7 +44,10 @@ bool isName(const std::string& text)
 
 }  // namespace
 
-Words::Words(std::string text, std::size_t column) : text_(std::move(text)), column_(column) {}
+Words::Words(std::string text, std::size_t column, std::string separators)
+    : text_(std::move(text)), column_(column), separators_(std::move(separators))
+{
+}
 
 void Words::skipBlanks()
 {
@@ -60,7 +63,12 @@ bool Words::next(Word& word)
     word = Word();
     word.column = column_ + at_;
     bool nameIsPossible = true;
-    while (at_ < text_.size() && !blank(text_[at_]))
+    if (separates(text_[at_]))
+    {
+        word.text = text_[at_++];
+        return true;
+    }
+    while (at_ < text_.size() && !blank(text_[at_]) && !separates(text_[at_]))
     {
         const char c = text_[at_];
         if (c == '"' || c == '\'')
@@ -179,10 +187,11 @@ Statement parseStatement(const std::string& line)
     return statement;
 }
 
-std::vector<Word> splitWords(const std::string& text, std::size_t column)
+std::vector<Word> splitWords(const std::string& text, std::size_t column,
+                             const std::string& separators)
 {
     std::vector<Word> split;
-    Words words(text, column);
+    Words words(text, column, separators);
     Word word;
     while (words.next(word))
         split.push_back(word);

@@ -59,8 +59,8 @@ Statement parseStatement(const std::string& line);
 class Words
 {
 public:
-    /// The column is where the text begins in its line.
-    explicit Words(std::string text, std::size_t column = 1);
+    /// The column is where the text begins in its line. Each of the separators is a word of its own.
+    explicit Words(std::string text, std::size_t column = 1, std::string separators = "");
 
     /// False at the end and at a comment. Raises Mistake on an open quote.
     bool next(Word& word);
@@ -69,17 +69,20 @@ public:
     std::string rest();
 
 private:
+    bool separates(char c) const { return separators_.find(c) != std::string::npos; }
     void skipBlanks();
     void takeQuoted(Word& word, char mark);
     void takeEscape(Word& word);
 
     const std::string text_;
     const std::size_t column_;
+    const std::string separators_;
     std::size_t at_ = 0;
 };
 
 /// All of them at once.
-std::vector<Word> splitWords(const std::string& text, std::size_t column = 1);
+std::vector<Word> splitWords(const std::string& text, std::size_t column = 1,
+                             const std::string& separators = "");
 
 /// Puts what was captured earlier in the place of each word `$name`.
 using Variables = std::map<std::string, std::string>;

@@ -28,6 +28,7 @@ struct Options
     std::string socket;
     std::string library;
     std::string script;
+    std::string robots;
     std::string trace;
     std::string ladderFrom;
     std::string page;
@@ -69,6 +70,10 @@ void declare(CLI::App& app, Options& options)
     CLI::Option* const socket =
         app.add_option("--socket", options.socket, "Use the service that listens at this path")
             ->type_name("PATH");
+    app.add_option("--robots", options.robots,
+                   "Who else can be called in the service of this process")
+        ->type_name("FILE")
+        ->excludes(socket);
     app.add_option("--library", options.library, "Open this client library")->type_name("PATH");
     app.add_option("--script", options.script, "Carry out the lines of this file, - for stdin")
         ->type_name("FILE");
@@ -245,6 +250,11 @@ private:
     void embed(Phone::Settings& settings)
     {
         service_ = std::make_shared<SimulatedService>();
+        const ControlAnswer robots = options_.robots.empty()
+                                         ? ControlAnswer{true, ""}
+                                         : service_->control("robots " + quote(options_.robots));
+        if (!robots.accepted)
+            throw Mistake(robots.text);
         settings.connect = [this] { return std::make_unique<EmbeddedConnection>(service_); };
         settings.advance = [this](Timekeeper::Time limit)
         { return service_->advanceToNext(limit); };

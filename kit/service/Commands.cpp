@@ -176,6 +176,12 @@ void goAway(Order& o)
     o.answer = "every client is dropped, connect and subscribe again";
 }
 
+void robots(Order& o)
+{
+    const std::size_t added = o.world.addRobots(o.a.text("FILE"));
+    o.answer = counted(added, "robot");
+}
+
 void show(Order& o)
 {
     const std::string& what = o.a.text("WHAT");
@@ -356,7 +362,12 @@ const std::vector<Command>& commands()
          [](Order& o) { addFault(o, true); }},
         {"heal", "", "forgets all faults", {}, [](Order& o) { o.world.faults.clear(); }},
         {"go away", "", "drops all clients and forgets everything, as a restart does", {}, goAway},
-        {"reset", "", "forgets everything but the clients", {}, [](Order& o) { o.world.reset(); }},
+        {"robots", "FILE", "those of a text file can be called", {}, robots},
+        {"reset",
+         "",
+         "forgets everything but the clients and the robots",
+         {},
+         [](Order& o) { o.world.reset(); }},
         {"show",
          "WHAT",
          "lines, calls, lamps, clients, callbacks, mailbox, faults, robots, system or log",

@@ -90,12 +90,21 @@ void FarEnd::follow(const Call& call)
 {
     if (call.robot == nullptr)
         return;
+    bool begun = false;
     for (std::size_t i = 0; i < call.robot->steps.size(); ++i)
     {
         const Step& step = call.robot->steps[i];
         const unsigned bit = 1U << i;
-        if (step.during != call.state || (call.stepsDone & bit) != 0)
+        if ((call.stepsDone & bit) != 0)
             continue;
+        if (step.during != call.state)
+        {
+            // What stands behind it is for when the call comes back to this state.
+            if (begun)
+                break;
+            continue;
+        }
+        begun = true;
         s_.calls.afterIfStill(call, step.after,
                               [this, bit, step](Call& still)
                               {

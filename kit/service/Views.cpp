@@ -114,7 +114,8 @@ Text showRobots(World& world)
 {
     Text text;
     for (const auto& [number, robot] : world.robots.all())
-        text.push_back(number + " " + robot->name + " " + robot->habit);
+        text.push_back(number + " " + (robot->name.empty() ? "" : robot->name + " ") +
+                       robot->habit);
     text.push_back(unobtainablePrefix + std::string("... exists nowhere"));
     text.push_back("any other number rings until told otherwise");
     return text;

@@ -1,5 +1,7 @@
 #include "kit/service/World.h"
 
+#include "kit/service/RobotFile.h"
+
 #include <utility>
 
 namespace kit::service
@@ -28,6 +30,14 @@ void World::goAway()
     clients.clear();
     wentAway = true;
     reset();
+}
+
+std::size_t World::addRobots(const std::string& file)
+{
+    const std::vector<Robot> read = readRobots(file, simulation->lines.names());
+    for (const Robot& robot : read)
+        robots.add(robot);
+    return read.size();
 }
 
 void World::note(const std::string& complaint)

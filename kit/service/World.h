@@ -32,6 +32,9 @@ struct World
     /// Drops the clients as well.
     void goAway();
 
+    /// All robots of a file, how many; raises Mistake, and then none.
+    std::size_t addRobots(const std::string& file);
+
     void note(const std::string& complaint);
     /// Null when there is none.
     Client* findClient(int id);

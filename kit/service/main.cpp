@@ -1,5 +1,6 @@
 // communications-service-sim: the simulated service as a process of its own.
 
+#include "kit/language/Wording.h"
 #include "kit/service/LineFile.h"
 #include "kit/service/Replay.h"
 #include "kit/service/SimulatedService.h"
@@ -39,6 +40,7 @@ int main(int argc, char** argv)
     std::string logPath = "-";
     std::string journalPath;
     std::string replayPath;
+    std::string robotsPath;
     std::vector<std::string> lines = {"1001", "1002", "1003"};
     bool realtime = false;
     double speed = 0;
@@ -51,11 +53,15 @@ int main(int argc, char** argv)
         app.add_option("--lines", lines, "Lines of the phone, with commas (default 1001,1002,1003)")
             ->delimiter(',')
             ->type_name("LINE,...");
+    auto* const robotsOption =
+        app.add_option("--robots", robotsPath, "Who else can be called, beside those always there")
+            ->type_name("FILE");
     app.add_option("--replay", replayPath,
                    "Plays the service that was recorded in a trace: as fast as it goes, or with "
                    "--realtime or --speed as it was")
         ->type_name("TRACE")
-        ->excludes(linesOption);
+        ->excludes(linesOption)
+        ->excludes(robotsOption);
     app.add_option("--log", logPath, "Where complaints go, - is standard error (default -)")
         ->type_name("FILE");
     app.add_option("--journal", journalPath, "Adds each request, as a line, before it is done")
@@ -128,6 +134,13 @@ int main(int argc, char** argv)
         {
             simulated = std::make_unique<kit::SimulatedService>(lines);
             simulated->setLog(toLog);
+            if (robotsOption->count() > 0)
+            {
+                const kit::ControlAnswer robots =
+                    simulated->control("robots " + kit::quote(robotsPath));
+                if (!robots.accepted)
+                    return complain(robots.text, wrongUsage);
+            }
         }
         else
         {

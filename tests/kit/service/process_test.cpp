@@ -219,6 +219,10 @@ TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
          1,
          "cannot listen at " + file + ": there is a file of that name, and it is no socket"},
         {{"--socket", "/proc/x"}, 1, "cannot listen at /proc/x: "},
+        {{"--socket", path, "--robots", file},
+         2,
+         file + ":1:1: unknown word \"x\"; a line is: robot NUMBER [\"NAME\"] WHAT"},
+        {{"--socket", path, "--robots", file, "--replay", file}, 2, "--robots excludes --replay"},
         {{"--socket", path, "--log", "/nowhere/l"},
          1,
          "cannot write to /nowhere/l: No such file or directory"},
@@ -281,7 +285,7 @@ TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
         std::this_thread::sleep_for(1ms);
     Program second({"--socket", path}, slow);
     EXPECT_TRUE(first.ready()) << first.said();
-    EXPECT_FALSE(second.ready());
+    ASSERT_FALSE(second.ready());
     EXPECT_EQ(second.status(), 1);
     EXPECT_EQ(second.said(), "communications-service-sim: cannot listen at " + path +
                                  ": another service listens there\n");

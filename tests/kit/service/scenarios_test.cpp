@@ -3,6 +3,9 @@
 #include "kit/service/Robots.h"
 #include "kit/service/Usage.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -11,6 +14,8 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace
@@ -83,7 +88,8 @@ TEST(ServiceCommands, AreDataAgain)
 /// Every kind of value that stands in a usage is one that completion and checks know.
 TEST(ServiceCommands, KindsHaveWords)
 {
-    const std::set<std::string> open = {"LINE", "NUMBER", "TEXT", "CALL", "REST", "COUNT", "TIME"};
+    const std::set<std::string> open = {"LINE", "NUMBER", "TEXT", "CALL",
+                                        "REST", "COUNT",  "TIME", "FILE"};
     for (const kit::CommandUsage& command : kit::simulationCommands())
         for (const kit::UsageSlot& slot : command.slots())
             if (!slot.value.empty())
@@ -91,6 +97,193 @@ TEST(ServiceCommands, KindsHaveWords)
                 EXPECT_EQ(kit::wordsFor(slot.value).empty(), open.count(slot.value) == 1)
                     << slot.value;
             }
+}
+
+/// A file of robots that is gone afterwards.
+class RobotFile
+{
+public:
+    explicit RobotFile(const std::string& text) : path_(testing::TempDir() + "kit-robots-XXXXXX")
+    {
+        const int file = mkstemp(path_.data());
+        EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        close(file);
+    }
+    ~RobotFile() { std::remove(path_.c_str()); }
+
+    RobotFile(const RobotFile&) = delete;
+    RobotFile& operator=(const RobotFile&) = delete;
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+TEST(ServiceRobots, OfAFileDoWhatItSays)
+{
+    const RobotFile file("# far ends\r\n"
+                         "robot 2042 \"Zoe\" answers 1s, holds 2s, retrieves 3s, holds 500ms,"
+                         " transfers 1s to sip:2047@x  # and so on\r\n"
+                         "\n"
+                         "robot tel:2043 'Al \"A\", B' answers,joins 1s,leaves 2s,hangs up 1s\n"
+                         "robot 2044 is busy, stays busy 3s\n"
+                         "robot 2045 refuses 1s, calls back 2s\n"
+                         "robot 2001 \"Other\" is unobtainable\n"
+                         "robot 2046 answers, holds, hangs up 1s\n"
+                         "robot 2047 refuses, is never free");
+    Scenario scenario;
+    scenario.run("* robots " + file.path() + " -> 7 robots\n" + R"(
+* reset
+~ * register 1001
+outgoingCallMake line=1001 callId=1 destination=2042
+: CallStateChangeEvent callState=initiated calledName=Zoe
+: CallStateChangeEvent callState=delivered
+* advance 999ms
+* advance 1ms
+: CallStateChangeEvent callState=connected
+* advance 1999ms
+* advance 1ms
+: CallStateChangeEvent callState=heldByFarEnd
+* advance 2999ms
+* advance 1ms
+: CallStateChangeEvent callState=connected
+* advance 499ms
+* advance 1ms
+: CallStateChangeEvent callState=heldByFarEnd
+* advance 999ms
+* advance 1ms
+: RemoteEndpointDetailsChangedEvent callId=1 uri=sip:2047 exitConf=false jointCall=false
+: CallStateChangeEvent callState=connected
+* advance 1h
+callClear line=1001 callId=1
+: CallStateChangeEvent callState=cleared
+outgoingCallMake line=1001 callId=2 destination=2043
+: CallStateChangeEvent callState=initiated calledName="Al \"A\", B"
+: CallStateChangeEvent callState=delivered
+* advance 0s
+: CallStateChangeEvent callState=connected
+* advance 1s
+: RemoteEndpointDetailsChangedEvent exitConf=false jointCall=true
+* advance 1999ms
+* advance 1ms
+: RemoteEndpointDetailsChangedEvent exitConf=true jointCall=false
+* advance 999ms
+* advance 1ms
+: CallStateChangeEvent callState=cleared reason=farEndCleared
+outgoingCallMake line=1001 callId=3 destination=2046
+: CallStateChangeEvent callState=initiated
+: CallStateChangeEvent callState=delivered
+* advance 999ms
+: CallStateChangeEvent callState=connected
+: CallStateChangeEvent callState=heldByFarEnd
+* advance 1ms
+: CallStateChangeEvent callState=cleared reason=farEndCleared
+outgoingCallMake line=1001 callId=4 destination=2045
+: CallStateChangeEvent callState=initiated
+: CallStateChangeEvent callState=delivered
+* advance 1s
+: CallStateChangeEvent callState=failed reason=refused
+callClear line=1001 callId=4
+: CallStateChangeEvent callState=cleared
+* advance 1999ms
+* advance 1ms
+: IncomingCallEvent callId=5 uri=sip:2045 name=""
+: CallStateChangeEvent callState=offered
+refuseCall line=1001 callId=5 refuseCallReason=decline
+: CallStateChangeEvent callState=cleared
+outgoingCallMake line=1001 callId=6 destination=2001
+: CallStateChangeEvent callState=initiated calledName=Other
+: CallStateChangeEvent callState=failed reason=unobtainable
+outgoingCallMake line=1001 callId=7 destination=2044
+: CallStateChangeEvent callState=initiated
+: CallStateChangeEvent callState=failed reason=busy
+activateCallbackBusy line=1001 callId=7
+: callCompletionEvent
+: FeatureSuccessEvent
+* advance 2999ms
+* advance 1ms
+: callCompletionFailedEvent uri=sip:2044 callCompletionFailureType=stillBusy
+)");
+}
+
+TEST(ServiceRobots, OfAFileWithAMistakeAreNone)
+{
+    const struct
+    {
+        const char* line;
+        const char* refusal;  ///< column and text, or the beginning of it
+    } rows[] = {
+        {"robt 2042", "1: unknown word \"robt\", did you mean robot?"},
+        {"2042 answers", "1: unknown word \"2042\"; a line is: robot NUMBER [\"NAME\"] WHAT"},
+        {"! robot 2042", "3: unknown word \"!robot\", did you mean robot?"},
+        {"robot \x01", "7: the byte 0x01 is no text; write it as \\x01 in a word"},
+        {"robot # 2042", "7: a number is missing; a line is: "},
+        {"robot \"\" 'Zoe'", "7: \"\" is no number to call"},
+        {"robot 20<42", "7: \"20<42\" is no number to call"},
+        {"robot  1002 'Zoe'", "8: 1002 is a line of the phone"},
+        {"robot 2041", "7: 2041 is there already, in line 1"},
+        {"robot 2042 'Zoe", "12: the quote ' is not closed"},
+        {"robot 2042 Zoe",
+         "12: a robot never \"Zoe\", only: answers, refuses, calls back, holds, "},
+        {"robot 2042 'Zoe' hold 2s", "18: a robot never \"hold\", did you mean holds?"},
+        {"robot 2042 hang up 2s", "12: a robot never \"hang up\", did you mean hangs up?"},
+        {"robot 2042 'answers' answer", "22: a robot never \"answer\", did you mean answers?"},
+        {"robot 2042 answers 1s holds", "23: what is \"holds\"? A comma stands before what comes"},
+        {"robot 2042 is busy 2s", "20: what is \"2s\"? A comma stands before what comes next"},
+        {"robot 2042 answers 1s,", "23: nothing stands behind the comma"},
+        {"robot 2042 answers,, holds", "20: nothing stands behind the comma"},
+        {"robot 2042 answers soon", "20: soon is no time; write it as 250ms, 1.5s, 2min or 1h"},
+        {"robot 2042 answers 25h", "20: 25h is longer than a day"},
+        {"robot 2042 holds 1s", "12: \"holds\" cannot come first"},
+        {"robot 2042 answers, answers", "21: \"answers\" cannot follow \"answers\""},
+        {"robot 2042 refuses, holds", "21: \"holds\" cannot follow \"refuses\""},
+        {"robot 2042 answers, retrieves", "21: \"retrieves\" cannot follow \"answers\""},
+        {"robot 2042 answers, calls back", "21: \"calls back\" cannot follow \"answers\""},
+        {"robot 2042 is busy, answers", "21: \"answers\" cannot follow \"is busy\""},
+        {"robot 2042 is free, stays busy", "21: \"stays busy\" cannot follow \"is free\""},
+        {"robot 2042 answers, hangs up, holds", "31: \"holds\" cannot follow \"hangs up\""},
+        {"robot 2042 answers, transfers 2s", "33: \"transfers\" needs \"to NUMBER\""},
+        {"robot 2042 answers, transfers to", "33: a number is missing"},
+    };
+    kit::SimulatedService service;
+    const std::string before = service.control("show robots").text;
+    const auto refused = [&](const std::string& text)
+    {
+        const RobotFile file(text);
+        const kit::ControlAnswer got = service.control("robots " + file.path());
+        EXPECT_FALSE(got.accepted) << text;
+        EXPECT_EQ(service.control("show robots").text, before) << text;
+        const std::string place = file.path() + ":";
+        EXPECT_EQ(got.text.substr(0, place.size()), place);
+        return got.text.substr(std::min(place.size(), got.text.size()));
+    };
+    for (const auto& row : rows)
+    {
+        const std::string wanted = std::string("3:") + row.refusal;
+        const std::string got =
+            refused(std::string("robot 2041 answers\n\n") + row.line + "\nrobot x y\n");
+        EXPECT_EQ(got.substr(0, wanted.size()), wanted) << row.line;
+        EXPECT_EQ(got.find('\n'), std::string::npos) << got;
+    }
+    std::string long33 = "robot 2042 answers";
+    for (int i = 0; i < 31; ++i)
+        long33 += ",joins";
+    const RobotFile enough(long33);
+    EXPECT_EQ(kit::SimulatedService().control("robots " + enough.path()).text, "1 robot");
+    EXPECT_EQ(refused(long33 + ",joins"), "1:206: a robot does no more than 32 things");
+
+    const std::string folder = testing::TempDir();
+    const std::pair<std::string, std::string> files[] = {
+        {"/nowhere/robots", "cannot read /nowhere/robots: No such file or directory"},
+        {"/dev/zero", "cannot read /dev/zero: it is no file"},
+        {folder, "cannot read " + folder + ": it is no file"},
+    };
+    for (const auto& [path, refusal] : files)
+        EXPECT_EQ(service.control("robots " + path).text, refusal);
+    const RobotFile huge(std::string((1U << 20U) + 1, '\n'));
+    EXPECT_EQ(service.control("robots " + huge.path()).text,
+              "cannot read " + huge.path() + ": it is longer than 1 MiB");
 }
 
 /// The page for people names every number and every command, as they are.
