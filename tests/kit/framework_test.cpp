@@ -11,7 +11,7 @@
 #include "kit/framework/Subscription.h"
 #include "kit/testing/EventRecorder.h"
 
-#include <condition_variable>
+#include <atomic>
 #include <future>
 #include <gmock/gmock.h>
 #include <mutex>
@@ -48,11 +48,17 @@ protected:
         return std::make_unique<Framework>(std::make_unique<FakeConnection>(service_), options);
     }
 
-    std::unique_ptr<Framework> makePumped()
+    std::unique_ptr<Framework> makePumped(Framework::Options options = {})
     {
-        Framework::Options options;
         options.events = Framework::Events::onPump;
         return make(options);
+    }
+
+    /// The same, with the recorder for a subscriber.
+    std::unique_ptr<Framework> subscribed(std::unique_ptr<Framework> framework)
+    {
+        EXPECT_EQ(framework->service().subscribe(&recorder_), sfiSuccess);
+        return framework;
     }
 
     std::vector<std::string> problems()
@@ -110,15 +116,8 @@ TEST_F(FrameworkTest, ASubscriptionThatCannotBeMadeThrows)
                     "Subscribe has no answer: the fake service did not answer within 100 s")})
     {
         service_.delivery = delivery;
-        try
-        {
-            framework->service().subscribe(&recorder_);
-            ADD_FAILURE() << "nothing thrown";
-        }
-        catch (const MarloException& exception)
-        {
-            EXPECT_EQ(kit::textOf(exception), text);
-        }
+        EXPECT_EQ(complaintOf<MarloException>([&] { framework->service().subscribe(&recorder_); }),
+                  text);
     }
     EXPECT_EQ(service_.received.size(), 2u);
 }
@@ -136,11 +135,10 @@ TEST_F(FrameworkTest, WhatIsLeftInTheResponseCanBeChosen)
 
 TEST_F(FrameworkTest, EventsComeInOrderOnAThreadOfTheirOwn)
 {
-    const std::unique_ptr<Framework> framework = make();
+    const std::unique_ptr<Framework> framework = subscribed(make());
     std::set<std::thread::id> threads;
     recorder_.onEach([&](const kit::ReceivedEvent&)
                      { threads.insert(std::this_thread::get_id()); });
-    framework->service().subscribe(&recorder_);
     for (int i = 0; i < 100; ++i)
         service_.sendHeld(i);
     ASSERT_TRUE(framework->settle(seconds(10)));
@@ -173,8 +171,7 @@ TEST_F(FrameworkTest, EachSubscriberGetsTheEventsOfItsChannel)
 
 TEST_F(FrameworkTest, PumpDeliversOnTheCallersThreadAndWaits)
 {
-    const std::unique_ptr<Framework> framework = makePumped();
-    framework->service().subscribe(&recorder_);
+    const std::unique_ptr<Framework> framework = subscribed(makePumped());
     std::set<std::thread::id> threads;
     recorder_.onEach(
         [&](const kit::ReceivedEvent& event)
@@ -197,7 +194,7 @@ TEST_F(FrameworkTest, PumpDeliversOnTheCallersThreadAndWaits)
 
 TEST_F(FrameworkTest, OperationsWorkInsideACallback)
 {
-    const std::unique_ptr<Framework> framework = make();
+    const std::unique_ptr<Framework> framework = subscribed(make());
     std::vector<int> results;
     recorder_.onEach(
         [&](const kit::ReceivedEvent& event)
@@ -209,7 +206,6 @@ TEST_F(FrameworkTest, OperationsWorkInsideACallback)
             service_.sendHeld(2);  // caused by the operation: comes after this callback
             EXPECT_EQ(recorder_.events().size(), 0u);
         });
-    framework->service().subscribe(&recorder_);
     service_.sendHeld(1);
     EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "1"}}));
     EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "2"}}));
@@ -218,7 +214,7 @@ TEST_F(FrameworkTest, OperationsWorkInsideACallback)
 
 TEST_F(FrameworkTest, ACallbackThatThrowsIsReportedAndTheNextEventComes)
 {
-    const std::unique_ptr<Framework> framework = make();
+    const std::unique_ptr<Framework> framework = subscribed(make());
     recorder_.onEach(
         [](const kit::ReceivedEvent& event)
         {
@@ -230,7 +226,6 @@ TEST_F(FrameworkTest, ACallbackThatThrowsIsReportedAndTheNextEventComes)
             if (call == "3")
                 throw 3;
         });
-    framework->service().subscribe(&recorder_);
     for (const int call : {1, 2, 3, 4})
         service_.sendHeld(call);
     EXPECT_TRUE(recorder_.waitFor("CallHeldEvent", {{"callId", "4"}}));
@@ -238,21 +233,6 @@ TEST_F(FrameworkTest, ACallbackThatThrowsIsReportedAndTheNextEventComes)
     EXPECT_THAT(problems(), ElementsAre("the callback of CallHeldEvent threw: one",
                                         "the callback of CallHeldEvent threw: two",
                                         "the callback of CallHeldEvent threw"));
-}
-
-/// What the MarloException says that the action throws.
-template <typename Action>
-std::string thrownBy(Action action)
-{
-    try
-    {
-        action();
-    }
-    catch (const MarloException& exception)
-    {
-        return kit::textOf(exception);
-    }
-    return "nothing";
 }
 
 TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsRefused)
@@ -263,7 +243,7 @@ TEST_F(FrameworkTest, ASubscriberThatTakesNoEventsIsRefused)
         void shutdown() override {}
     } plain;
     const std::unique_ptr<Framework> framework = makePumped();
-    EXPECT_EQ(thrownBy([&] { framework->service().subscribe(&plain); }),
+    EXPECT_EQ(complaintOf<MarloException>([&] { framework->service().subscribe(&plain); }),
               "a subscriber has to be both, an Executable and a CommunicationsServiceEventIfc: "
               "this one is an Executable only");
     EXPECT_TRUE(service_.received.empty());
@@ -300,7 +280,7 @@ TEST_F(FrameworkTest, ASubscriptionThatIsRefusedLeavesNothing)
 {
     const std::unique_ptr<Framework> framework = makePumped();
     service_.answer = "sfiFailure";
-    EXPECT_EQ(thrownBy([&] { Subscription(*framework, recorder_); }),
+    EXPECT_EQ(complaintOf<MarloException>([&] { Subscription(*framework, recorder_); }),
               "Subscribe was refused: sfiFailure");
     service_.delivery = Delivery::gone;
     EXPECT_THROW(Subscription(*framework, recorder_), MarloException);
@@ -323,46 +303,30 @@ TEST_F(FrameworkTest, LookingForEventsDoesNotWait)
     EXPECT_LT(voluntary() - before, 500);
 }
 
-/// Lets a callback be held where it is.
+/// Lets a callback be held where it is; later ones pass once it is open.
 class Gate
 {
 public:
     void pass()
     {
-        std::unique_lock<std::mutex> lock(mutex_);
-        entered_ = true;
-        changed_.notify_all();
-        changed_.wait(lock, [&] { return open_; });
+        if (!passed_.exchange(true))
+            entered_.set_value();
+        opened_.wait();
     }
-
-    void awaitEntered()
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait(lock, [&] { return entered_; });
-    }
-
-    void open()
-    {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            open_ = true;
-        }
-        changed_.notify_all();
-    }
+    void awaitEntered() { entered_.get_future().wait(); }
+    void open() { opening_.set_value(); }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    bool entered_ = false;
-    bool open_ = false;
+    std::atomic<bool> passed_{false};
+    std::promise<void> entered_, opening_;
+    const std::shared_future<void> opened_ = opening_.get_future();
 };
 
 TEST_F(FrameworkTest, RequestsOfOtherThreadsDoNotWaitForACallback)
 {
-    const std::unique_ptr<Framework> framework = make();
+    const std::unique_ptr<Framework> framework = subscribed(make());
     Gate gate;
     recorder_.onEach([&](const kit::ReceivedEvent&) { gate.pass(); });
-    framework->service().subscribe(&recorder_);
     service_.sendHeld(1);
     gate.awaitEntered();
     EXPECT_EQ(framework->service().answerCall("1001", 1), sfiSuccess);
@@ -373,7 +337,7 @@ TEST_F(FrameworkTest, RequestsOfOtherThreadsDoNotWaitForACallback)
 
 TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
 {
-    const std::unique_ptr<Framework> framework = make();
+    const std::unique_ptr<Framework> framework = subscribed(make());
     Gate gate;
     std::atomic<std::size_t> begun{0};
     recorder_.onEach(
@@ -382,7 +346,6 @@ TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
             ++begun;
             gate.pass();
         });
-    framework->service().subscribe(&recorder_);
     service_.sendHeld(1);
     service_.sendHeld(2);
     gate.awaitEntered();
@@ -402,9 +365,8 @@ TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
 
 TEST_F(FrameworkTest, ASubscriberMayRemoveItselfInItsCallback)
 {
-    const std::unique_ptr<Framework> framework = make();
+    const std::unique_ptr<Framework> framework = subscribed(make());
     recorder_.onEach([&](const kit::ReceivedEvent&) { EXPECT_TRUE(framework->remove(recorder_)); });
-    framework->service().subscribe(&recorder_);
     service_.sendHeld(1);
     service_.sendHeld(2);
     ASSERT_TRUE(framework->settle(seconds(10)));
@@ -413,8 +375,7 @@ TEST_F(FrameworkTest, ASubscriberMayRemoveItselfInItsCallback)
 
 TEST_F(FrameworkTest, AfterReconnectingOnlyTheNewServiceIsHeard)
 {
-    const std::unique_ptr<Framework> framework = makePumped();
-    framework->service().subscribe(&recorder_);
+    const std::unique_ptr<Framework> framework = subscribed(makePumped());
     service_.sendHeld(1);
     const kit::Connection::EventSink oldSink = service_.sink;
     service_.delivery = Delivery::gone;
@@ -438,16 +399,14 @@ TEST_F(FrameworkTest, ThatTheServiceHasGoneIsToldOnceAndInItsTurn)
     Framework* made = nullptr;
     FakeService next;
     Framework::Options options;
-    options.events = Framework::Events::onPump;
     options.gone = [&](const std::string& problem)
     {
         told.push_back(problem + " after " + std::to_string(recorder_.events().size()));
         made->reconnect(std::make_unique<FakeConnection>(next));
         made->service().subscribe(&recorder_);
     };
-    const std::unique_ptr<Framework> framework = make(options);
+    const std::unique_ptr<Framework> framework = subscribed(makePumped(options));
     made = framework.get();
-    framework->service().subscribe(&recorder_);
     service_.sendHeld(1);
     const kit::Connection::GoneSink old = service_.goneSink;
     old();
@@ -507,8 +466,7 @@ TEST_F(FrameworkTest, ThereIsAlwaysAConnection)
 
 TEST_F(FrameworkTest, AConnectionMayOutliveTheFramework)
 {
-    std::unique_ptr<Framework> framework = make();
-    framework->service().subscribe(&recorder_);
+    std::unique_ptr<Framework> framework = subscribed(make());
     const std::shared_ptr<kit::Connection> held = framework->connection();
     framework.reset();
     service_.sendHeld(1);
@@ -519,7 +477,6 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
 {
     std::vector<std::string> seen;
     Framework::Options options;
-    options.events = Framework::Events::onPump;
     options.observer = [&](const Passage& passage)
     {
         static const char* const what[] = {"request", "answer", "message", "arrival", "event"};
@@ -529,8 +486,7 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
                        std::to_string(static_cast<int>(passage.delivery)) + " " + passage.channel +
                        " " + passage.text);
     };
-    const std::unique_ptr<Framework> framework = make(options);
-    framework->service().subscribe(&recorder_);
+    const std::unique_ptr<Framework> framework = subscribed(makePumped(options));
     framework->service().InitializeOrFinalizeServerFeatures("1", true);
     service_.sendHeld(7);
     framework->inject("subscriber-1", "<Method>x</Method>");
@@ -553,8 +509,7 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
 
 TEST_F(FrameworkTest, ManyThreadsMayCallWhileEventsArrive)
 {
-    const std::unique_ptr<Framework> framework = make();
-    framework->service().subscribe(&recorder_);
+    const std::unique_ptr<Framework> framework = subscribed(make());
     constexpr int each = 500;
     std::vector<std::thread> threads;
     std::atomic<int> succeeded{0};

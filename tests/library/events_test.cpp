@@ -71,7 +71,7 @@ protected:
     support::Response response;
 };
 
-TEST_F(EventTest, EachFieldBecomesItsArgumentInAnyLocale)
+TEST_F(EventTest, EachFieldBecomesItsArgument)
 {
     for (const bool abroad : {false, true})
     {

@@ -85,7 +85,7 @@ protected:
     CommunicationsServiceIfc& service = proxy;
 };
 
-TEST_F(RequestTest, EachIsSentByteForByteInAnyLocale)
+TEST_F(RequestTest, EachIsSentByteForByte)
 {
     for (const bool abroad : {false, true})
     {
@@ -231,6 +231,8 @@ TEST_F(RequestTest, LongTextsAreSentWhole)
                        "</lampId><lampMode>1234</lampMode>");
             service.SendCSTARequest(text, rest);
             expectSent("SendCSTARequest</Method>" + line + rest);
+            service.systemStatus(nullptr, text.c_str());
+            expectSent("SystemStatus</Method><SystemStatus>");
             service.systemStatus(text.c_str(), nullptr);
             expectSent("SystemStatus</Method><SystemStatus>" + text +
                        "</SystemStatus><SystemStatusInfo>");

@@ -161,64 +161,45 @@ const std::string closings = "</LineID></URI></Name></FullPAI></AlertInformation
 // Of an event each text that is found in it is copied, and nothing else. An answer is copied by the
 // channel, and an item of one byte takes a whole string in a list that grows by doubling. A request is
 // written once, into one string; what the channel keeps of it counts too.
+// clang-format off
 const Case cases[] = {
     {"event, one long text",
-     [](std::size_t n) { return method("CallHeldEvent") + element("LineID", repeated("x", n)); },
-     event, 1},
+     [](std::size_t n) { return method("CallHeldEvent") + element("LineID", repeated("x", n)); }, event, 1},
     {"event, all texts the same long text",
-     [](std::size_t n)
-     { return method("IncomingCallEvent") + openings + repeated("x", n) + closings; },
-     event, 8},
+     [](std::size_t n) { return method("IncomingCallEvent") + openings + repeated("x", n) + closings; }, event, 8},
     {"event, no end tags",
-     [](std::size_t n) { return method("IncomingCallEvent") + repeated("<LineID><CallID>", n); },
-     event, 0},
+     [](std::size_t n) { return method("IncomingCallEvent") + repeated("<LineID><CallID>", n); }, event, 0},
     {"event, only end tags",
-     [](std::size_t n) { return method("IncomingCallEvent") + repeated("</LineID></CallID>", n); },
-     event, 0},
+     [](std::size_t n) { return method("IncomingCallEvent") + repeated("</LineID></CallID>", n); }, event, 0},
     {"event, unknown tags",
-     [](std::size_t n)
-     { return method("IncomingCallEvent") + repeated("<a></a>", n) + element("LineID", "1"); },
-     event, 0},
+     [](std::size_t n) { return method("IncomingCallEvent") + repeated("<a></a>", n) +
+          element("LineID", "1"); }, event, 0},
     {"event, tags that nearly match",
-     [](std::size_t n)
-     { return method("IncomingCallEvent") + repeated("<LineID</LineID<CallI>", n); },
-     event, 0},
+     [](std::size_t n) { return method("IncomingCallEvent") + repeated("<LineID</LineID<CallI>", n); }, event, 0},
     {"event, nested brackets",
-     [](std::size_t n)
-     { return method("IncomingCallEvent") + repeated("<", n / 2) + repeated(">", n / 2); },
-     event, 0},
+     [](std::size_t n) { return method("IncomingCallEvent") + repeated("<", n / 2) +
+          repeated(">", n / 2); }, event, 0},
     {"event, long texts of the record",
-     [](std::size_t n)
-     {
-         return method("CallStateChangeEvent") + element("GPUCLG", repeated("1", n / 2)) +
-                element("GPUCLDName", repeated("2", n / 2));
-     },
-     event, 1},
+     [](std::size_t n) { return method("CallStateChangeEvent") + element("GPUCLG", repeated("1", n / 2)) +
+          element("GPUCLDName", repeated("2", n / 2)); }, event, 1},
     {"event, long name",
-     [](std::size_t n) { return element("Method", repeated("CallStateChangeEvent", n)); }, event,
-     0},
+     [](std::size_t n) { return element("Method", repeated("CallStateChangeEvent", n)); }, event, 0},
     {"event, long payload",
-     [](std::size_t n)
-     { return method("b2buaCSTAResponse") + element("success", "1") + repeated("<x/>", n); },
-     event, 1},
-    {"answer, no end tags", [](std::size_t n) { return repeated("<uri>", n); }, forwarding, 2,
-     true},
-    {"answer, end tag in front", [](std::size_t n) { return "</uri><uri>" + repeated("x", n); },
-     forwarding, 2, true},
-    {"answer, unknown tags", [](std::size_t n) { return repeated("<a></a>", n); }, messageWaiting,
-     1, true},
+     [](std::size_t n) { return method("b2buaCSTAResponse") + element("success", "1") +
+          repeated("<x/>", n); }, event, 1},
+    {"answer, no end tags", [](std::size_t n) { return repeated("<uri>", n); }, forwarding, 2, true},
+    {"answer, end tag in front", [](std::size_t n) { return "</uri><uri>" + repeated("x", n); }, forwarding, 2, true},
+    {"answer, unknown tags", [](std::size_t n) { return repeated("<a></a>", n); }, messageWaiting, 1, true},
     {"answer, zero bytes",
-     [](std::size_t n) { return std::string(n, '\0') + element("func_return_val", "sfiSuccess"); },
-     messageWaiting, 1, true},
-    {"answer, word at the end", [](std::size_t n) { return repeated("sfiFailur", n) + "true"; },
-     microphone, 1, true},
-    {"answer, items of one byte", [](std::size_t n) { return repeated("<1>", n); }, devices, 28,
-     true},
-    {"answer, brackets never closed", [](std::size_t n) { return repeated("<", n); }, devices, 1,
-     true},
+     [](std::size_t n) { return std::string(n, '\0') +
+          element("func_return_val", "sfiSuccess"); }, messageWaiting, 1, true},
+    {"answer, word at the end", [](std::size_t n) { return repeated("sfiFailur", n) + "true"; }, microphone, 1, true},
+    {"answer, items of one byte", [](std::size_t n) { return repeated("<1>", n); }, devices, 28, true},
+    {"answer, brackets never closed", [](std::size_t n) { return repeated("<", n); }, devices, 1, true},
     {"request, long texts", [](std::size_t n) { return repeated("x", n / 2); }, setForwarding, 2},
     {"request, signalling data", [](std::size_t n) { return std::string(n, '\0'); }, signalling, 2},
 };
+// clang-format on
 
 }  // namespace
 

@@ -162,107 +162,87 @@ void ReferenceInvoker::handleMessage(Executable* subscriber, const char* message
         dynamic_cast<CommunicationsServiceEventIfc*>(subscriber);
     if (to == nullptr)
         std::printf("CommunicationsServiceEventSvc == NULL");
-    const std::string method = text(m, "Method");
+    const std::string method = ::text(m, "Method");
     const auto begins = [&method](const char* name) { return method.find(name) == 0; };
 
     if (method == "CallStateChangeEvent")
         callStateChange(to, m);
+    const auto text = [&m](const char* tag) { return ::text(m, tag); };
+    const auto number = [&m](const char* tag) { return ::number(m, tag); };
+    const auto count = [&m](const char* tag) { return ::count(m, tag); };
+    const auto flag = [&m](const char* tag) { return ::flag(m, tag); };
+    // clang-format off
     if (begins("RegistrationStateChangeEvent"))
-        to->onRegistrationStateChangeEvent(text(m, "LineID"), number(m, "CallID"),
-                                           flag(m, "Registered"), number(m, "RegistrationResult"));
+        to->onRegistrationStateChangeEvent(text("LineID"), number("CallID"), flag("Registered"),
+            number("RegistrationResult"));
     if (begins("IncomingCallEvent"))
-        to->onIncomingCallEvent(
-            text(m, "LineID"), number(m, "CallID"), text(m, "URI"), text(m, "Name"),
-            text(m, "FullPAI"), text(m, "AlertInformation_AlertURI"),
-            text(m, "AlertInformation_InfoParam"), flag(m, "AlertInformation_AutoAnswer"),
-            number(m, "CallType"), text(m, "DiversionURI"), text(m, "DiversionName"),
-            number(m, "DiversionReason"), flag(m, "AICSZIPAutoAnswer"),
-            number(m, "ResourcePriority"), number(m, "ILCallLevel"), number(m, "ILLocalLevel"),
-            flag(m, "IsVideoCall"));
+        to->onIncomingCallEvent(text("LineID"), number("CallID"), text("URI"), text("Name"), text("FullPAI"),
+            text("AlertInformation_AlertURI"), text("AlertInformation_InfoParam"), flag("AlertInformation_AutoAnswer"),
+            number("CallType"), text("DiversionURI"), text("DiversionName"), number("DiversionReason"),
+            flag("AICSZIPAutoAnswer"), number("ResourcePriority"), number("ILCallLevel"), number("ILLocalLevel"),
+            flag("IsVideoCall"));
     if (begins("IncomingPickupCallEvent"))
-        to->onIncomingPickupCallEvent(text(m, "LineID"), number(m, "CallID"), text(m, "URI"),
-                                      text(m, "Name"), text(m, "FullPAI"));
-    if (begins("CallHeldEvent"))
-        to->onCallHeldEvent(text(m, "LineID"), number(m, "CallID"));
+        to->onIncomingPickupCallEvent(text("LineID"), number("CallID"), text("URI"), text("Name"), text("FullPAI"));
+    if (begins("CallHeldEvent")) to->onCallHeldEvent(text("LineID"), number("CallID"));
     if (begins("CallRetrievedEvent"))
-        to->onCallRetrievedEvent(text(m, "LineID"), number(m, "CallID"), text(m, "URI"),
-                                 text(m, "Name"), text(m, "FullPAI"), number(m, "ILCallLevel"),
-                                 number(m, "ILLocalLevel"), flag(m, "ConnectedToMediaServer"));
-    if (begins("FeatureSuccessEvent"))
-        to->onFeatureSuccessEvent(text(m, "LineID"), number(m, "CallID"), number(m, "Feature"));
+        to->onCallRetrievedEvent(text("LineID"), number("CallID"), text("URI"), text("Name"), text("FullPAI"),
+            number("ILCallLevel"), number("ILLocalLevel"), flag("ConnectedToMediaServer"));
+    if (begins("FeatureSuccessEvent")) to->onFeatureSuccessEvent(text("LineID"), number("CallID"), number("Feature"));
     if (begins("FeatureFailedEvent"))
-        to->onFeatureFailedEvent(text(m, "LineID"), number(m, "CallID"), number(m, "Feature"),
-                                 number(m, "FeatureFailure"));
+        to->onFeatureFailedEvent(text("LineID"), number("CallID"), number("Feature"), number("FeatureFailure"));
     if (begins("RemoteEndpointDetailsChangedEvent"))
-        to->onRemoteEndpointDetailsChangedEvent(text(m, "LineID"), number(m, "CallID"),
-                                                text(m, "URI"), text(m, "Name"), text(m, "FullPAI"),
-                                                flag(m, "exitConf"), flag(m, "jointCall"));
+        to->onRemoteEndpointDetailsChangedEvent(text("LineID"), number("CallID"), text("URI"), text("Name"),
+            text("FullPAI"), flag("exitConf"), flag("jointCall"));
     if (begins("IncomingCallMissedEvent"))
-        to->onIncomingCallMissedEvent(text(m, "LineID"), number(m, "CallID"), text(m, "URI"),
-                                      text(m, "Name"), text(m, "FullPAI"), number(m, "Reason"),
-                                      text(m, "DiversionURI"), text(m, "DiversionName"),
-                                      number(m, "DiversionReason"));
+        to->onIncomingCallMissedEvent(text("LineID"), number("CallID"), text("URI"), text("Name"), text("FullPAI"),
+            number("Reason"), text("DiversionURI"), text("DiversionName"), number("DiversionReason"));
     if (begins("CallForwardedEvent"))
-        to->onCallForwardedEvent(text(m, "LineID"), number(m, "CallID"), text(m, "CallingParty"),
-                                 text(m, "CallingPartyName"), text(m, "CallingPartyFullPAI"),
-                                 text(m, "NewDestination"), number(m, "Reason"));
-    if (begins("DevicesChangedEvent"))
-        to->onDevicesChangedEvent();
+        to->onCallForwardedEvent(text("LineID"), number("CallID"), text("CallingParty"), text("CallingPartyName"),
+            text("CallingPartyFullPAI"), text("NewDestination"), number("Reason"));
+    if (begins("DevicesChangedEvent")) to->onDevicesChangedEvent();
     if (begins("messageWaitingEvent"))
-        to->onMessageWaitingEvent(text(m, "LineID"), number(m, "type"), count(m, "new_messages"),
-                                  count(m, "old_messages"), count(m, "new_urgent_messages"),
-                                  count(m, "old_urgent_messages"), number(m, "return_type"),
-                                  number(m, "avail_info"), number(m, "messages_waiting"),
-                                  text(m, "voiceMailNumber"));
-    if (begins("DoNotDisturbEvent"))
-        to->onDoNotDisturbEvent(text(m, "deviceId"), flag(m, "doNotDisturbOn"));
-    if (begins("AgentStateEvent"))
-        to->onAgentStateEvent(text(m, "deviceId"), text(m, "agentState"));
-    if (begins("systemStatusEvent"))
-        to->onSystemStatusEvent(text(m, "status"), text(m, "statusInfo"));
-    if (begins("serverFeatureStatusEvent"))
-        to->onServerFeatureStatusEvent(text(m, "lineURI"), text(m, "status"));
+        to->onMessageWaitingEvent(text("LineID"), number("type"), count("new_messages"), count("old_messages"),
+            count("new_urgent_messages"), count("old_urgent_messages"), number("return_type"), number("avail_info"),
+            number("messages_waiting"), text("voiceMailNumber"));
+    if (begins("DoNotDisturbEvent")) to->onDoNotDisturbEvent(text("deviceId"), flag("doNotDisturbOn"));
+    if (begins("AgentStateEvent")) to->onAgentStateEvent(text("deviceId"), text("agentState"));
+    if (begins("systemStatusEvent")) to->onSystemStatusEvent(text("status"), text("statusInfo"));
+    if (begins("serverFeatureStatusEvent")) to->onServerFeatureStatusEvent(text("lineURI"), text("status"));
     if (begins("IncomingAssociatedCallEvent"))
-        to->onIncomingAssociatedCallEvent(text(m, "LineID"), number(m, "CurrentCallID"),
-                                          number(m, "NewCallID"));
-
+        to->onIncomingAssociatedCallEvent(text("LineID"), number("CurrentCallID"), number("NewCallID"));
     if (begins("b2buaCSTAResponse"))
     {
-        const std::string lineURI = text(m, "lineURI");
-        const bool success = flag(m, "success");
+        const std::string lineURI = text("lineURI");
+        const bool success = flag("success");
         cut(m, "/success>");
         to->onB2buaCSTAResponse(lineURI, success, m);
     }
     if (begins("b2buaCSTAEventOrRequest"))
     {
-        const std::string lineURI = text(m, "lineURI");
+        const std::string lineURI = text("lineURI");
         cut(m, "/lineURI>");
         to->onB2buaCSTAEventOrRequest(lineURI, m);
     }
     if (begins("conferenceStatusEvent"))
-        to->onConferenceStatusEvent(text(m, "LineID"), number(m, "CallID"), text(m, "XMLContent"));
+        to->onConferenceStatusEvent(text("LineID"), number("CallID"), text("XMLContent"));
     if (begins("securityStatusChanged"))
         securityStatus(to, m);
     if (begins("preemptionStatusChanged"))
-        to->onPreemptionStatusChanged(text(m, "lineURI"), number(m, "callId"),
-                                      number(m, "priority"), number(m, "cause"), text(m, "reason"));
+        to->onPreemptionStatusChanged(text("lineURI"), number("callId"), number("priority"), number("cause"),
+            text("reason"));
     if (begins("impactLevelChanged"))
-        to->onImpactLevelChanged(text(m, "lineURI"), number(m, "callId"), number(m, "ILCallLevel"),
-                                 number(m, "ILLocalLevel"));
+        to->onImpactLevelChanged(text("lineURI"), number("callId"), number("ILCallLevel"), number("ILLocalLevel"));
     if (begins("callRecordingStatusEvent"))
-        to->onCallRecordingStatusEvent(text(m, "LineID"), number(m, "callId"),
-                                       text(m, "callRecorded"));
+        to->onCallRecordingStatusEvent(text("LineID"), number("callId"), text("callRecorded"));
     if (begins("callCompletionEvent"))
-        to->onCallCompletionEvent(text(m, "LineID"), text(m, "URI"),
-                                  number(m, "CallCompletionType"), number(m, "CallCompletionState"),
-                                  flag(m, "DisplayOutcomeCallUI"));
+        to->onCallCompletionEvent(text("LineID"), text("URI"), number("CallCompletionType"),
+            number("CallCompletionState"), flag("DisplayOutcomeCallUI"));
     if (begins("callCompletionFailedEvent"))
-        to->onCallCompletionFailedEvent(text(m, "LineID"), text(m, "URI"),
-                                        number(m, "CallCompletionFailureType"));
+        to->onCallCompletionFailedEvent(text("LineID"), text("URI"), number("CallCompletionFailureType"));
     if (begins("bluetoothAudioStatusChanged"))
-        to->onBluetoothAudioStatusChanged(text(m, "LineID"), number(m, "CallID"),
-                                          flag(m, "AudioEnabled"), flag(m, "AudioGateway"),
-                                          flag(m, "InBandRinging"));
+        to->onBluetoothAudioStatusChanged(text("LineID"), number("CallID"), flag("AudioEnabled"), flag("AudioGateway"),
+            flag("InBandRinging"));
+    // clang-format on
     if (response != nullptr)
         response->messageHandled();
 }
