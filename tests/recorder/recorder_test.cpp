@@ -225,21 +225,6 @@ TEST(Recorder, GivesEachProcessItsOwnFile)
     EXPECT_THROW(Phone(folder / "t"), std::runtime_error);
 }
 
-TEST(Recorder, TellsWhenItCannotOpen)
-{
-    const Folder folder;
-    try
-    {
-        Phone phone(folder / "missing/t");
-        FAIL();
-    }
-    catch (const std::runtime_error& error)
-    {
-        EXPECT_EQ(error.what(),
-                  (folder / "missing/t") + " cannot be written: No such file or directory");
-    }
-}
-
 /// Calls until the log has a line, which it returns.
 std::string lineOfLog(Phone& phone, int& calls)
 {
@@ -374,85 +359,74 @@ TEST(Recorder, TakesFromManyThreads)
     EXPECT_EQ(lastOfThread.size(), 8U);
 }
 
-/// What a child process did, by its exit status; the number of its signal, negative.
-int childThat(void (*run)(const std::string& file), const std::string& file)
-{
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        alarm(60);
-        run(file);
-        std::exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
-void record(const std::string& file)
+/// A proxy that records as the environment says, and which nobody deletes.
+CommunicationsServiceProxy& proxyThatRecords(const std::string& file)
 {
     setenv("COMMUNICATIONS_SERVICE_RECORDING", ("file=" + file).c_str(), 1);
+    static support::Channel channel;
+    CommunicationsServiceProxy* const proxy = createCommunicationsServiceProxy();
+    proxy->initProxy(channel);
+    return *proxy;
 }
 
-TEST(Recorder, LosesAtMostTheLastSecond)
+const struct
 {
-    const Folder folder;
-    const int status = childThat(
-        [](const std::string& file)
-        {
-            Phone phone(file);
-            for (int call = 1; call <= 100; ++call)
-                phone.proxy.answerCall("1001", call);
-            std::this_thread::sleep_for(1s);
-            phone.proxy.answerCall("1001", 101);
-            raise(SIGKILL);
-        },
-        folder / "t");
-    EXPECT_EQ(status, -SIGKILL);
-    EXPECT_GE(recordsOf(folder / "t").size(), 200U);
-}
+    const char* name;
+    void (*run)(const std::string& file);
+    int signal;  ///< that ends it; 0 where it ends by itself
+    std::size_t records;
+} children[] = {
+    {"killed: at most the last second is lost",
+     [](const std::string& file)
+     {
+         Phone phone(file);
+         for (int call = 1; call <= 100; ++call)
+             phone.proxy.answerCall("1001", call);
+         std::this_thread::sleep_for(1s);
+         raise(SIGKILL);
+     },
+     SIGKILL, 200},
+    {"at the very end it still may be used, and the rest is written",
+     [](const std::string& file)
+     {
+         proxyThatRecords(file).activate();
+         std::atexit([] {});
+     },
+     0, 2},
+    {"forked processes are left alone",
+     [](const std::string& file)
+     {
+         CommunicationsServiceProxy& proxy = proxyThatRecords(file);
+         const pid_t grandchild = fork();
+         if (grandchild == 0)
+             std::exit(0);
+         int end = 1;
+         waitpid(grandchild, &end, 0);
+         proxy.activate();
+         if (end != 0)
+             std::_Exit(1);
+     },
+     0, 2},
+};
 
-TEST(Recorder, WritesTheRestWhenTheProcessEnds)
+TEST(Recorder, WritesWhateverBecomesOfTheProcess)
 {
-    const Folder folder;
-    const int status = childThat(
-        [](const std::string& file)
+    for (const auto& row : children)
+    {
+        SCOPED_TRACE(row.name);
+        const Folder folder;
+        const pid_t child = fork();
+        if (child == 0)
         {
-            record(file);
-            static support::Channel channel;
-            CommunicationsServiceProxy* const proxy = createCommunicationsServiceProxy();
-            proxy->initProxy(channel);
-            proxy->activate();
-            // Neither is deleted. At the very end they still may be used.
-            std::atexit([] {});
-        },
-        folder / "t");
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(recordsOf(folder / "t").size(), 2U);
-}
-
-TEST(Recorder, LeavesForkedProcessesAlone)
-{
-    const Folder folder;
-    const int status = childThat(
-        [](const std::string& file)
-        {
-            record(file);
-            static support::Channel channel;
-            CommunicationsServiceProxy* const proxy = createCommunicationsServiceProxy();
-            proxy->initProxy(channel);
-            const pid_t grandchild = fork();
-            if (grandchild == 0)
-                std::exit(0);
-            int end = 1;
-            waitpid(grandchild, &end, 0);
-            proxy->activate();
-            if (end != 0)
-                std::_Exit(1);
-        },
-        folder / "t");
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(recordsOf(folder / "t").size(), 2U);
+            alarm(60);
+            row.run(folder / "t");
+            std::exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, row.signal);
+        EXPECT_EQ(recordsOf(folder / "t").size(), row.records);
+    }
 }
 
 const struct
