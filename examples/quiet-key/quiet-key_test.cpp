@@ -8,7 +8,6 @@
 
 #include <gmock/gmock.h>
 
-using testing::_;
 using testing::NiceMock;
 using testing::Return;
 

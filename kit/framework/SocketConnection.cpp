@@ -81,7 +81,7 @@ public:
     /// The answer's type goes into the frame.
     Delivery ask(Frame& frame, std::string& answer, std::chrono::milliseconds timeout);
     Delivery post(const Frame& frame);
-    void setGoneSink(GoneSink to);
+    void setGoneSink(const GoneSink& to);
     void setSink(EventSink newSink);
     void setComplaintSink(ComplaintSink to);
     std::string whyGone() const;
@@ -227,7 +227,7 @@ void SocketConnection::Core::end(const std::string& why)
         to();
 }
 
-void SocketConnection::Core::setGoneSink(GoneSink to)
+void SocketConnection::Core::setGoneSink(const GoneSink& to)
 {
     bool already = false;
     {
@@ -250,7 +250,7 @@ void SocketConnection::setEventSink(EventSink sink)
 
 void SocketConnection::setGoneSink(GoneSink sink)
 {
-    core_->setGoneSink(std::move(sink));
+    core_->setGoneSink(sink);
 }
 
 Delivery SocketConnection::request(const std::string& request, std::string& answer,
