@@ -12,6 +12,7 @@
 #include "kit/testing/MockCommunicationsServiceEvents.h"
 #include "kit/testing/RecordingChannel.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/support/Folder.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -416,23 +417,14 @@ class Script
 public:
     explicit Script(const std::string& body)
     {
-        std::string folder = testing::TempDir() + "kit-script-XXXXXX";
-        EXPECT_NE(mkdtemp(folder.data()), nullptr);
-        folder_ = folder;
         std::ofstream(path()) << "#!/bin/sh\n" << body << "\n";
         chmod(path().c_str(), 0700);
     }
 
-    ~Script()
-    {
-        unlink(path().c_str());
-        rmdir(folder_.c_str());
-    }
-
-    std::string path() const { return folder_ + "/script"; }
+    std::string path() const { return folder_ / "script"; }
 
 private:
-    std::string folder_;
+    const Folder folder_;
 };
 
 bool exists(const std::string& path)

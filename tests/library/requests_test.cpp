@@ -278,6 +278,16 @@ TEST_F(RequestTest, NothingIsSentWithoutANumberOrARequest)
 
 // Answers.
 
+/// "5, true, 'sip:1234', 3"
+template <typename... Values>
+std::string shown(const Values&... values)
+{
+    std::string text;
+    CallText call(text);
+    (call.add(values), ...);
+    return text;
+}
+
 TEST_F(RequestTest, FlagsAreSearchedInTheAnswer)
 {
     const struct
@@ -376,54 +386,46 @@ TEST_F(RequestTest, HoldIndicationsAreComparedWhole)
 
 TEST_F(RequestTest, ForwardingIsReadFromFieldsAndAlwaysWritten)
 {
-    const struct
-    {
-        std::string answer;
-        int result;
-        bool status;
-        std::string uri;
-        int ringCount;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"<sfiResult>sfiSuccess</sfiResult><status>0</status><uri>sip:1234</uri>"
          "<cfnrRingCount>3</cfnrRingCount>",
-         5, false, "sip:1234", 3},
+         "5, false, 'sip:1234', 3"},
         {"<cfnrRingCount>-8</cfnrRingCount><uri></uri><status>1</status>"
          "<sfiResult>sfiFailureCallBackNoCallInfo</sfiResult>",
-         2, true, "", -8},
-        {"", 0, true, "", -1},
-        {"<sfiResult>sfiFailure</sfiResult><status>2</status>", 0, true, "", -1},
-        {"<status></status><cfnrRingCount>x</cfnrRingCount>", 0, false, "", 0},
-        {"<status>no</status><cfnrRingCount> 42abc</cfnrRingCount>", 0, false, "", 42},
+         "2, true, '', -8"},
+        {"", "0, true, '', -1"},
+        {"<sfiResult>sfiFailure</sfiResult><status>2</status>", "0, true, '', -1"},
+        {"<status></status><cfnrRingCount>x</cfnrRingCount>", "0, false, '', 0"},
+        {"<status>no</status><cfnrRingCount> 42abc</cfnrRingCount>", "0, false, '', 42"},
         // Numbers stop at the 32-bit limits.
-        {"<cfnrRingCount>99999999999</cfnrRingCount>", 0, true, "", INT_MAX},
-        {"<cfnrRingCount>-99999999999</cfnrRingCount>", 0, true, "", INT_MIN},
-        {"<status>4294967296</status>", 0, true, "", -1},
+        {"<cfnrRingCount>99999999999</cfnrRingCount>", "0, true, '', 2147483647"},
+        {"<cfnrRingCount>-99999999999</cfnrRingCount>", "0, true, '', -2147483648"},
+        {"<status>4294967296</status>", "0, true, '', -1"},
         // The first end tag counts, wherever it stands: a value may run on to the end.
-        {"<uri>sip:a", 0, true, "sip:a", -1},
-        {"</uri><uri>sip:a</uri><status>0</status>", 0, false, "sip:a</uri><status>0</status>", -1},
-        {"<sfiResult>x</uri></sfiResult><status>0</status><uri>a</uri>", 0, false, "a</uri>", -1},
-        {"</cfnrRingCount><cfnrRingCount>7</cfnrRingCount><uri>b</uri>", 0, true, "b", 7},
-        {"<sfiResult>sfiSuccess", 5, true, "", -1},
-        {"</sfiResult><sfiResult>sfiSuccess</sfiResult>", 0, true, "", -1},
+        {"<uri>sip:a", "0, true, 'sip:a', -1"},
+        {"</uri><uri>sip:a</uri><status>0</status>",
+         "0, false, 'sip:a</uri><status>0</status>', -1"},
+        {"<sfiResult>x</uri></sfiResult><status>0</status><uri>a</uri>", "0, false, 'a</uri>', -1"},
+        {"</cfnrRingCount><cfnrRingCount>7</cfnrRingCount><uri>b</uri>", "0, true, 'b', 7"},
+        {"<sfiResult>sfiSuccess", "5, true, '', -1"},
+        {"</sfiResult><sfiResult>sfiSuccess</sfiResult>", "0, true, '', -1"},
         // The first start tag counts; names match whole, in their case.
-        {"<uri>first</uri><uri>second</uri>", 0, true, "first", -1},
-        {"<uris>x</uris><URI>y</URI><uri >z</uri>", 0, true, "", -1},
-        {"<uri><status>0</status></uri>", 0, false, "<status>0</status>", -1},
-        {"<uri>a\0b</uri>"s, 0, true, "a\0b"s, -1},
+        {"<uri>first</uri><uri>second</uri>", "0, true, 'first', -1"},
+        {"<uris>x</uris><URI>y</URI><uri >z</uri>", "0, true, '', -1"},
+        {"<uri><status>0</status></uri>", "0, false, '<status>0</status>', -1"},
+        {"<uri>a\0b</uri>"s, "0, true, 'a\0b', -1"s},
     };
-    for (const auto& row : rows)
-    {
-        channel.answer = row.answer;
-        bool status = !row.status;
-        std::string uri = "before";
-        int ringCount = 77;
-        EXPECT_EQ(service.getForwardingConfiguration(sfiForwardingType(1), status, uri, ringCount),
-                  row.result)
-            << row.answer;
-        EXPECT_EQ(status, row.status) << row.answer;
-        EXPECT_EQ(uri, row.uri) << row.answer;
-        EXPECT_EQ(ringCount, row.ringCount) << row.answer;
-    }
+    for (const auto& [answer, expected] : rows)
+        for (const bool before : {false, true})
+        {
+            channel.answer = answer;
+            bool status = before;
+            std::string uri = "before";
+            int ringCount = 77;
+            const int result =
+                service.getForwardingConfiguration(sfiForwardingType(1), status, uri, ringCount);
+            EXPECT_EQ(shown(result, status, uri, ringCount), expected) << answer;
+        }
 }
 
 TEST_F(RequestTest, MessageWaitingIsReadFromFieldsAndAlwaysWritten)
@@ -439,35 +441,30 @@ TEST_F(RequestTest, MessageWaitingIsReadFromFieldsAndAlwaysWritten)
         "<oldUrgMsgs>-1</oldUrgMsgs><newUrgMsgs>4294967295</newUrgMsgs><oldMsgs>x</oldMsgs>"
         "<newMsgs>-99999999999</newMsgs><Type> +5;</Type>"
         "<func_return_val>sfiFailureCallBackAllreadyExists</func_return_val>";
-    const struct
-    {
-        std::string answer;
-        std::string expected;
-    } rows[] = {
-        {whole, "5: 1, 2u, 3u, 4u, 5u, 6, 7, 8, '9000'"},
+    const std::pair<std::string, std::string> rows[] = {
+        {whole, "5, 1, 2u, 3u, 4u, 5u, 6, 7, 8, '9000'"},
         {extremes,
-         "4: 5, 2147483648u, 0u, 2147483647u, 4294967295u, -2147483648, 2147483647, -1, ' 9'"},
-        {"", "0: 0, 0u, 0u, 0u, 0u, 0, 0, 0, ''"},
+         "4, 5, 2147483648u, 0u, 2147483647u, 4294967295u, -2147483648, 2147483647, -1, ' 9'"},
+        {"", "0, 0, 0u, 0u, 0u, 0u, 0, 0, 0, ''"},
         {"<func_return_val>sfiSuccess</func_return_val><newMsgs>2</newMsgs>",
-         "5: 0, 2u, 0u, 0u, 0u, 0, 0, 0, ''"},
-        {"</Type><Type>12</Type><voiceMailNumber>9", "0: 12, 0u, 0u, 0u, 0u, 0, 0, 0, '9'"},
+         "5, 0, 2u, 0u, 0u, 0u, 0, 0, 0, ''"},
+        {"</Type><Type>12</Type><voiceMailNumber>9", "0, 12, 0u, 0u, 0u, 0u, 0, 0, 0, '9'"},
         {"<type>12</type><NewMsgs>3</NewMsgs><sfiResult>sfiSuccess</sfiResult>",
-         "0: 0, 0u, 0u, 0u, 0u, 0, 0, 0, ''"},
+         "0, 0, 0u, 0u, 0u, 0u, 0, 0, 0, ''"},
     };
-    for (const auto& row : rows)
+    for (const auto& [answer, expected] : rows)
     {
-        channel.answer = row.answer;
+        channel.answer = answer;
         int type = 70, returnType = 71, availableInfo = 72, messagesWaiting = 73;
         unsigned int newMsgs = 74, oldMsgs = 75, newUrgMsgs = 76, oldUrgMsgs = 77;
         std::string number = "before";
         const int result =
             service.getMessageWaitingIndicator(type, newMsgs, oldMsgs, newUrgMsgs, oldUrgMsgs,
                                                returnType, availableInfo, messagesWaiting, number);
-        EXPECT_EQ(show(result) + ": " + show(type) + ", " + show(newMsgs) + ", " + show(oldMsgs) +
-                      ", " + show(newUrgMsgs) + ", " + show(oldUrgMsgs) + ", " + show(returnType) +
-                      ", " + show(availableInfo) + ", " + show(messagesWaiting) + ", " +
-                      show(number),
-                  row.expected);
+        EXPECT_EQ(shown(result, type, newMsgs, oldMsgs, newUrgMsgs, oldUrgMsgs, returnType,
+                        availableInfo, messagesWaiting, number),
+                  expected)
+            << answer;
     }
 }
 

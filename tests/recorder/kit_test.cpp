@@ -1,12 +1,12 @@
 // The built plug-in in the stand-in framework, and its traces as the kit reads them.
 
-#include "Folder.h"
 #include "kit/framework/Framework.h"
 #include "kit/framework/Log.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/trace/Trace.h"
 #include "recorder/Mask.h"
+#include "tests/support/Folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

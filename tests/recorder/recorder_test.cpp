@@ -1,7 +1,7 @@
 // The recorder at work: what it writes, and what it does when it cannot.
 
-#include "Folder.h"
 #include "recorder/Recording.h"
+#include "tests/support/Folder.h"
 #include "tests/support/TracedFramework.h"
 
 #include <sys/resource.h>

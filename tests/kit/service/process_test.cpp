@@ -4,6 +4,7 @@
 #include "kit/framework/SocketConnection.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/support/Folder.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,27 +36,6 @@ using kit::Delivery;
 const std::string activate = "<Method>Activate</Method>";
 const std::string doNotDisturb = "<Method>SetDoNotDisturb</Method><Line>1001</Line>"
                                  "<doNotDisturbOn>1</doNotDisturbOn>";
-
-/// A folder that is gone afterwards, with all that is in it.
-class Folder
-{
-public:
-    Folder()
-    {
-        std::string name = testing::TempDir() + "kit-process-XXXXXX";
-        EXPECT_NE(mkdtemp(name.data()), nullptr);
-        path_ = name;
-    }
-    ~Folder() { EXPECT_EQ(std::system(("rm -r '" + path_ + "'").c_str()), 0); }
-
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
 
 /// The program, with both outputs in one; killed at the end unless it has ended.
 class Program

@@ -1,5 +1,5 @@
-#ifndef COMMUNICATIONS_SERVICE_TESTS_RECORDER_FOLDER_H
-#define COMMUNICATIONS_SERVICE_TESTS_RECORDER_FOLDER_H
+#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_FOLDER_H
+#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_FOLDER_H
 
 #include <stdlib.h>
 
@@ -14,7 +14,7 @@ class Folder
 public:
     Folder()
     {
-        char name[] = "/tmp/recorder-XXXXXX";
+        char name[] = "/tmp/test-XXXXXX";
         path_ = mkdtemp(name);
     }
     ~Folder() { std::filesystem::remove_all(path_); }
