@@ -110,10 +110,9 @@ int listenAt(const std::string& path, unsigned mode)
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (socket < 0)
         refuse(path, std::strerror(errno));
-    // The file is made with the rights of the socket: there is no moment at which it has others.
-    if (::fchmod(socket, S_IRUSR | S_IWUSR) == 0 &&
-        ::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+    if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
     {
+        // Nobody can connect before it listens, and then it has its rights.
         if (::chmod(path.c_str(), mode) == 0 && ::listen(socket, SOMAXCONN) == 0)
             return socket;
         const int error = errno;

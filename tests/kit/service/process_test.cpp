@@ -240,7 +240,8 @@ TEST(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
     EXPECT_EQ(connection.whyGone(), "it was ended");
 }
 
-/// The second comes while the first has bound the socket and does not listen yet.
+/// The second comes while the first has bound the socket and does not listen yet; nobody can connect
+/// before the socket has its rights.
 TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
 {
     const Folder folder;
@@ -257,6 +258,7 @@ TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
     const auto stale = made();
     const auto slow = []
     {
+        umask(0);
         setenv("LD_PRELOAD", SLOW_LISTEN, 1);
         setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
     };
@@ -264,6 +266,13 @@ TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
     for (auto now = stale; now == stale || now.first == 0; now = made())
         std::this_thread::sleep_for(1ms);
     Program second({"--socket", path}, slow);
+    int early = -1;
+    for (int i = 0; early < 0 && i < 10000; ++i, std::this_thread::sleep_for(1ms))
+        early = connectTo(path);
+    struct stat entry = {};
+    EXPECT_EQ(stat(path.c_str(), &entry), 0);
+    EXPECT_EQ(entry.st_mode & 0777U, 0600U) << "it listens, and others may come in";
+    close(early);
     EXPECT_TRUE(first.ready()) << first.said();
     ASSERT_FALSE(second.ready());
     EXPECT_EQ(second.status(), 1);
