@@ -34,7 +34,7 @@ struct Step
     numbers::CallState during;
     Time after;
     Act act;
-    std::string target = "";  ///< of a transfer
+    std::string target = {};  ///< of a transfer
 };
 
 /// How a number can be reached.

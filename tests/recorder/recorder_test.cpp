@@ -364,7 +364,7 @@ CommunicationsServiceProxy& proxyThatRecords(const std::string& file)
 {
     setenv("COMMUNICATIONS_SERVICE_RECORDING", ("file=" + file).c_str(), 1);
     static support::Channel channel;
-    CommunicationsServiceProxy* const proxy = createCommunicationsServiceProxy();
+    static CommunicationsServiceProxy* const proxy = createCommunicationsServiceProxy();
     proxy->initProxy(channel);
     return *proxy;
 }
