@@ -16,7 +16,8 @@ if(COMMUNICATIONS_SERVICE_SANITIZE)
   if(COMMUNICATIONS_SERVICE_SANITIZE MATCHES undefined)
     target_compile_options(
       CommunicationsServiceOptions
-      INTERFACE $<$<STREQUAL:$<TARGET_PROPERTY:NAME>,CommunicationsServiceKit>:-fno-sanitize=vptr>)
+      INTERFACE
+        "$<$<IN_LIST:$<TARGET_PROPERTY:NAME>,CommunicationsServiceKit;communications-service-sim>:-fno-sanitize=vptr>")
   endif()
   target_link_options(CommunicationsServiceOptions INTERFACE
                       -fsanitize=${COMMUNICATIONS_SERVICE_SANITIZE})
