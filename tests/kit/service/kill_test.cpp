@@ -33,7 +33,8 @@ constexpr int requestsPerThread = 2500;
 class Journal
 {
 public:
-    explicit Journal(const std::string& name) : path_(testing::TempDir() + name)
+    explicit Journal(const std::string& name)
+        : path_(testing::TempDir() + std::to_string(getpid()) + "-" + name)
     {
         std::remove(path_.c_str());
     }

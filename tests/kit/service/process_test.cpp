@@ -157,7 +157,6 @@ int connectTo(const std::string& path)
     return -1;
 }
 
-#ifndef SANITIZED
 void limit(int resource, rlim_t value)
 {
     struct rlimit limits = {};
@@ -165,7 +164,6 @@ void limit(int resource, rlim_t value)
     limits.rlim_cur = value;
     setrlimit(static_cast<__rlimit_resource>(resource), &limits);
 }
-#endif
 
 TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
 {
@@ -386,7 +384,6 @@ TEST(ServiceProgram, ALogThatCannotBeWrittenIsTold)
                                   "space left on device\n");
 }
 
-#ifndef SANITIZED
 TEST(ServiceProgram, WithoutDescriptorsItSaysSo)
 {
     const Folder folder;
@@ -439,7 +436,6 @@ TEST(ServiceProgram, OutOfDescriptorsLaterIsToldOnce)
     EXPECT_EQ(contentsOf(log), "a connection could not be taken: Too many open files; it waits, "
                                "and others with it, until somebody leaves\n");
 }
-#endif
 
 TEST(ServiceProgram, ClockThatRuns)
 {
