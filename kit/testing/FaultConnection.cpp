@@ -99,7 +99,7 @@ public:
         return gone_;
     }
 
-    void setGoneSink(Connection::GoneSink sink)
+    void setGoneSink(const Connection::GoneSink& sink)
     {
         bool already = false;
         {
@@ -275,7 +275,7 @@ void FaultConnection::setEventSink(EventSink sink)
 
 void FaultConnection::setGoneSink(GoneSink sink)
 {
-    faults_->setGoneSink(std::move(sink));
+    faults_->setGoneSink(sink);
     connection_->setGoneSink([faults = faults_] { faults->go(); });
 }
 
