@@ -164,6 +164,9 @@ add_subdirectory | fetch_content)
 kit)
     STANDARD=17 build kit -DCMAKE_PREFIX_PATH="$moved"
     ;;
+mocks)
+    STANDARD=17 build mocks -DCMAKE_PREFIX_PATH="$moved"
+    ;;
 new-application)
     # The application that the console phone begins, with nothing changed, by the commands that it
     # says: it alone knows of this prefix. CMake has a target of the same name.

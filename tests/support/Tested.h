@@ -10,14 +10,26 @@
 
 #include "recorder/Recording.h"
 
+#include <cstdio>
+#include <cstdlib>
+
+inline std::shared_ptr<recorder::Recorder> recorderOfTests()
+{
+    auto recorder = recorder::recorderOfProcess();
+    if (recorder != nullptr)
+        return recorder;
+    std::fputs("nothing is recorded: COMMUNICATIONS_SERVICE_RECORDING is not set\n", stderr);
+    std::exit(2);
+}
+
 struct TestedProxy : recorder::RecordingProxy
 {
-    TestedProxy() : RecordingProxy(recorder::recorderOfProcess()) {}
+    TestedProxy() : RecordingProxy(recorderOfTests()) {}
 };
 
 struct TestedEventInvoker : recorder::RecordingEventInvoker
 {
-    TestedEventInvoker() : RecordingEventInvoker(recorder::recorderOfProcess()) {}
+    TestedEventInvoker() : RecordingEventInvoker(recorderOfTests()) {}
 };
 
 #else

@@ -7,6 +7,7 @@
 #include "tests/support/Folder.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -308,6 +309,77 @@ TEST(ServiceProgram, TheSocketIsItsOwnersWhateverTheUmask)
         struct stat entry = {};
         ASSERT_EQ(stat((folder / "socket").c_str(), &entry), 0);
         EXPECT_EQ(entry.st_mode & 0777U, row.rights);
+    }
+}
+
+/// Subscribes, asks for A and gets an event of an hour later.
+const char* const trace =
+    R"({"time":0,"kind":"request","number":1,"sending":"subscribe","channel":"c","text":"S"}
+{"time":0,"kind":"answer","number":1,"sending":"subscribe","delivery":"done","text":"sfiSuccess"}
+{"time":0,"kind":"request","number":2,"sending":"request","text":"A"}
+{"time":0,"kind":"answer","number":2,"sending":"request","delivery":"done","text":"yes"}
+{"time":3600,"kind":"event","channel":"c","text":"E"}
+)";
+
+TEST(ServiceProgram, AReplayEndsWithWhetherAllWasAskedAsRecorded)
+{
+    const Folder folder;
+    std::ofstream(folder / "trace") << trace;
+    const struct
+    {
+        std::vector<std::string> asked;
+        int status;
+    } rows[] = {{{}, 3}, {{"A"}, 0}, {{"B"}, 3}, {{"A", "A"}, 3}};
+    for (const auto& row : rows)
+    {
+        Program program({"--socket", folder / "socket", "--replay", folder / "trace"});
+        ASSERT_TRUE(program.ready()) << program.said();
+        kit::SocketConnection connection(folder / "socket");
+        std::string answer;
+        connection.subscribe("S", answer, "c", 10s);
+        for (const std::string& text : row.asked)
+            EXPECT_EQ(connection.request(text, answer, 10s), Delivery::done);
+        EXPECT_EQ(program.endedBy(SIGTERM), row.status) << testing::PrintToString(row.asked);
+    }
+}
+
+TEST(ServiceProgram, AReplayKeepsTheTimeThatItIsToldTo)
+{
+    const Folder folder;
+    std::ofstream(folder / "trace") << trace;
+    const struct
+    {
+        std::vector<std::string> options;
+        bool comesAtOnce;
+        bool comesByItself;
+    } rows[] = {{{}, true, true},
+                {{"--realtime"}, false, false},
+                {{"--speed", "1000000"}, false, true}};
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(testing::PrintToString(row.options));
+        std::vector<std::string> options = {"--socket", folder / "socket", "--replay",
+                                            folder / "trace"};
+        options.insert(options.end(), row.options.begin(), row.options.end());
+        Program program(options);
+        ASSERT_TRUE(program.ready()) << program.said();
+        std::atomic<bool> came{false};
+        kit::SocketConnection connection(folder / "socket");
+        connection.setEventSink([&](const std::string&, const std::string&) { came = true; });
+        std::string answer;
+        kit::ControlAnswer said;
+        connection.subscribe("S", answer, "c", 10s);
+        connection.request("A", answer, 10s);
+        connection.control("replay", said, 10s);
+        EXPECT_TRUE(said.accepted) << said.text;
+        // What an hour takes at this speed is no matter here.
+        EXPECT_TRUE(came == row.comesAtOnce || row.comesByItself);
+        if (!row.comesByItself)
+            connection.control("advance 1h", said, 10s);
+        for (int i = 0; !came && i < 10000; ++i)
+            std::this_thread::sleep_for(1ms);
+        EXPECT_TRUE(came);
+        EXPECT_EQ(program.endedBy(SIGTERM), 0);
     }
 }
 
