@@ -16,6 +16,7 @@
 #include <iostream>
 #include <map>
 #include <mutex>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -192,34 +193,23 @@ TEST(ServiceDies, KilledInTheMiddleOfTenThousandRequests)
         EXPECT_EQ(result, sfiSuccess) << lamp;
 }
 
-/// An application of its own, in a process of its own; 0 when all went well.
-int application(const std::string& socket, int number)
+/// As a program: a forked child would lack the threads of its parent.
+pid_t startApplication(std::string socket, std::string number)
 {
-    kit::EventRecorder events;
-    kit::Framework framework(std::make_unique<kit::SocketConnection>(socket));
-    if (framework.service().subscribe(&events) != sfiSuccess)
-        return 1;
-    for (int i = 0; i < 200; ++i)
-    {
-        const std::string lamp = std::to_string(number) + "-" + std::to_string(i);
-        if (framework.service().setLampMode("1001", lamp, 1) != sfiSuccess)
-            return 2;
-    }
-    return events.waitFor("systemStatusEvent", {{"statusInfo", "all"}}, 60s) ? 0 : 3;
+    std::string program = APPLICATION_PROGRAM;
+    char* const arguments[] = {program.data(), socket.data(), number.data(), nullptr};
+    pid_t child = -1;
+    EXPECT_EQ(posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ), 0);
+    return child;
 }
 
 TEST(ServiceProcesses, SeveralApplicationsAtOnce)
 {
     const Journal journal("service-several-journal");
     kit::ServiceProcess process("", {"--journal", journal.path()});
-    // Before there is a thread in this process, so that the children are whole.
     std::vector<pid_t> children;
-    for (int i = 0; i < 3; ++i)
-    {
-        children.push_back(fork());
-        if (children.back() == 0)
-            _exit(application(process.socket(), i));
-    }
+    for (const char* number : {"0", "1", "2"})
+        children.push_back(startApplication(process.socket(), number));
     kit::SocketConnection watcher(process.socket());
     kit::ControlAnswer clients;
     const auto ready = [&]
