@@ -61,7 +61,7 @@ void CommunicationsServiceProxy::ask(std::string_view request, std::string& resp
 int CommunicationsServiceProxy::roundTrip(const RequestText& request)
 {
     std::string response;
-    ask(request, response);
+    requestChannel->sendRequest(request.str(), response);
     return resultOf(response);
 }
 
@@ -92,19 +92,15 @@ int CommunicationsServiceProxy::deactivate(bool allowAutoActivate)
 
 int CommunicationsServiceProxy::callClear(const std::string& line, int callId, CSTAEventCause cause)
 {
-    return roundTrip(RequestText("CallClearRequest")
-                         .line(line)
-                         .callId(callId)
-                         .number("Cause", static_cast<int>(cause)));
+    return roundTrip(
+        RequestText("CallClearRequest", line, callId).number("Cause", static_cast<int>(cause)));
 }
 
 int CommunicationsServiceProxy::outgoingCallMake(const std::string& line, int callId,
                                                  const char* destination, bool dssDirectCall,
                                                  bool bridgeCall, bool callCompletionCall)
 {
-    return roundTrip(RequestText("OutgoingCallMakeRequest")
-                         .line(line)
-                         .callId(callId)
+    return roundTrip(RequestText("OutgoingCallMakeRequest", line, callId)
                          .text("Destination", destination)
                          .flag("DSSDirectCall", dssDirectCall)
                          .flag("BridgeCall", bridgeCall)
@@ -113,49 +109,43 @@ int CommunicationsServiceProxy::outgoingCallMake(const std::string& line, int ca
 
 int CommunicationsServiceProxy::acceptCall(const std::string& line, int callId, bool autoAnswer)
 {
-    return roundTrip(
-        RequestText("AcceptCall").line(line).callId(callId).flag("AutoAnswer", autoAnswer));
+    return roundTrip(RequestText("AcceptCall", line, callId).flag("AutoAnswer", autoAnswer));
 }
 
 int CommunicationsServiceProxy::answerCall(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("AnswerCall").line(line).callId(callId));
+    return roundTrip(RequestText("AnswerCall", line, callId));
 }
 
 int CommunicationsServiceProxy::deflectCall(const std::string& line, int callId,
                                             const char* destination)
 {
-    return roundTrip(
-        RequestText("DeflectCall").line(line).callId(callId).text("Destination", destination));
+    return roundTrip(RequestText("DeflectCall", line, callId).text("Destination", destination));
 }
 
 int CommunicationsServiceProxy::holdCall(const std::string& line, int callId,
                                          sfiFeature holdCallReason, bool manual)
 {
-    return roundTrip(RequestText("HoldCall")
-                         .line(line)
-                         .callId(callId)
+    return roundTrip(RequestText("HoldCall", line, callId)
                          .number("HoldCallReason", holdCallReason)
                          .flag("Manual", manual));
 }
 
 int CommunicationsServiceProxy::retrieveCall(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("RetrieveCall").line(line).callId(callId));
+    return roundTrip(RequestText("RetrieveCall", line, callId));
 }
 
 int CommunicationsServiceProxy::consultationCall(const std::string& line, int callId,
                                                  const char* destination)
 {
-    return roundTrip(
-        RequestText("Consult").line(line).callId(callId).text("Destination", destination));
+    return roundTrip(RequestText("Consult", line, callId).text("Destination", destination));
 }
 
 int CommunicationsServiceProxy::attendedTransferCall(const std::string& line, int activeCall,
                                                      int heldCall)
 {
-    return roundTrip(RequestText("AttendedTransfer")
-                         .line(line)
+    return roundTrip(RequestText("AttendedTransfer", line)
                          .number("activeCall", activeCall)
                          .number("heldCall", heldCall));
 }
@@ -163,17 +153,14 @@ int CommunicationsServiceProxy::attendedTransferCall(const std::string& line, in
 int CommunicationsServiceProxy::blindTransferCall(const std::string& line, int callId,
                                                   const char* destination)
 {
-    return roundTrip(
-        RequestText("BlindTransfer").line(line).callId(callId).text("Destination", destination));
+    return roundTrip(RequestText("BlindTransfer", line, callId).text("Destination", destination));
 }
 
 int CommunicationsServiceProxy::refuseCall(const std::string& line, int callId,
                                            sfiRefuseCall refuseCallReason)
 {
-    return roundTrip(RequestText("RefuseCall")
-                         .line(line)
-                         .callId(callId)
-                         .number("RefuseCallReason", refuseCallReason));
+    return roundTrip(
+        RequestText("RefuseCall", line, callId).number("RefuseCallReason", refuseCallReason));
 }
 
 int CommunicationsServiceProxy::subscribe(Executable* subscriber)
@@ -201,14 +188,13 @@ int CommunicationsServiceProxy::subscribe(Executable* subscriber)
 int CommunicationsServiceProxy::SendCSTARequest(const std::string& line,
                                                 const std::string& cstaRequest)
 {
-    return roundTrip(RequestText("SendCSTARequest").line(line).payload(cstaRequest));
+    return roundTrip(RequestText("SendCSTARequest", line).payload(cstaRequest));
 }
 
 void CommunicationsServiceProxy::InitializeOrFinalizeServerFeatures(const std::string& line,
                                                                     bool initialize)
 {
-    requestChannel->sendOneWay(RequestText("InitializeOrFinalizeServerFeatures")
-                                   .line(line)
+    requestChannel->sendOneWay(RequestText("InitializeOrFinalizeServerFeatures", line)
                                    .flag("initialize", initialize)
                                    .str());
 }
@@ -217,26 +203,24 @@ int CommunicationsServiceProxy::directedPickupCall(const std::string& line, int 
                                                    const std::string& callToBePickedUp,
                                                    bool blfPickup)
 {
-    return roundTrip(RequestText("DirectedPickupCall")
-                         .line(line)
-                         .callId(callId)
+    return roundTrip(RequestText("DirectedPickupCall", line, callId)
                          .text("CallToBePickedUp", callToBePickedUp)
                          .flag("BLFPickup", blfPickup));
 }
 
 int CommunicationsServiceProxy::groupPickupCall(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("GroupPickupCall").line(line).callId(callId));
+    return roundTrip(RequestText("GroupPickupCall", line, callId));
 }
 
 int CommunicationsServiceProxy::activateCallbackRinging(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("ActivateCallbackRinging").line(line).callId(callId));
+    return roundTrip(RequestText("ActivateCallbackRinging", line, callId));
 }
 
 int CommunicationsServiceProxy::activateCallbackBusy(const std::string& line, int callId)
 {
-    return roundTrip(RequestText("ActivateCallbackBusy").line(line).callId(callId));
+    return roundTrip(RequestText("ActivateCallbackBusy", line, callId));
 }
 
 int CommunicationsServiceProxy::cancelCallbacks(const std::string& line, int callId,
@@ -244,9 +228,7 @@ int CommunicationsServiceProxy::cancelCallbacks(const std::string& line, int cal
                                                 sfiCancelCallBackType cancelCallBackType,
                                                 bool displayOutcomeCallUI)
 {
-    return roundTrip(RequestText("CancelCallbacks")
-                         .line(line)
-                         .callId(callId)
+    return roundTrip(RequestText("CancelCallbacks", line, callId)
                          .text("URI", uri)
                          .number("CancelCallBackType", cancelCallBackType)
                          .flag("DisplayOutcomeCallUI", displayOutcomeCallUI));
@@ -296,8 +278,7 @@ int CommunicationsServiceProxy::getServiceState(sfiServiceState& state)
 
 int CommunicationsServiceProxy::setDoNotDisturb(const std::string& line, bool doNotDisturbOn)
 {
-    return roundTrip(
-        RequestText("SetDoNotDisturb").line(line).flag("doNotDisturbOn", doNotDisturbOn));
+    return roundTrip(RequestText("SetDoNotDisturb", line).flag("doNotDisturbOn", doNotDisturbOn));
 }
 
 int CommunicationsServiceProxy::getDoNotDisturb(const std::string& deviceId, bool& doNotDisturbOn)
@@ -328,7 +309,7 @@ int CommunicationsServiceProxy::getMicrophoneMute(bool& muted)
 int CommunicationsServiceProxy::setAgentState(const std::string& line,
                                               const std::string& agentState)
 {
-    return roundTrip(RequestText("SetAgentState").line(line).text("agentState", agentState));
+    return roundTrip(RequestText("SetAgentState", line).text("agentState", agentState));
 }
 
 int CommunicationsServiceProxy::systemStatus(const char* systemStatus, const char* systemStatusInfo)
@@ -341,8 +322,7 @@ int CommunicationsServiceProxy::systemStatus(const char* systemStatus, const cha
 int CommunicationsServiceProxy::generateDigits(const std::string& line, int activeCall,
                                                const char* digits)
 {
-    return roundTrip(RequestText("GenerateDigits")
-                         .line(line)
+    return roundTrip(RequestText("GenerateDigits", line)
                          .number("activeCall", activeCall)
                          .text("digits", digits));
 }
@@ -350,8 +330,7 @@ int CommunicationsServiceProxy::generateDigits(const std::string& line, int acti
 int CommunicationsServiceProxy::conferenceCall(const std::string& line, int activeCall,
                                                int heldCall, sfiFeature feature)
 {
-    return roundTrip(RequestText("ConferenceCall")
-                         .line(line)
+    return roundTrip(RequestText("ConferenceCall", line)
                          .number("activeCall", activeCall)
                          .number("heldCall", heldCall)
                          .number("feature", feature));
@@ -371,13 +350,13 @@ void CommunicationsServiceProxy::RemoveConfParticipant(int callId,
 bool CommunicationsServiceProxy::getManualHoldIndication(const std::string& line, int callId)
 {
     std::string response;
-    ask(RequestText("getManualHoldIndication").line(line).callId(callId), response);
+    ask(RequestText("getManualHoldIndication", line, callId), response);
     return response == "true";
 }
 
 int CommunicationsServiceProxy::alternateCalls(const std::string& line)
 {
-    return roundTrip(RequestText("AlternateCalls").line(line));
+    return roundTrip(RequestText("AlternateCalls", line));
 }
 
 int CommunicationsServiceProxy::getMessageWaitingIndicator(
@@ -421,16 +400,14 @@ int CommunicationsServiceProxy::setLampMode(const std::string& line, const std::
                                             int lampMode)
 {
     return roundTrip(
-        RequestText("setLampMode").line(line).text("lampId", lampId).number("lampMode", lampMode));
+        RequestText("setLampMode", line).text("lampId", lampId).number("lampMode", lampMode));
 }
 
 int CommunicationsServiceProxy::makeSecurityChangeReinvite(const std::string& line, int callId,
                                                            bool forceFlag)
 {
-    return roundTrip(RequestText("makeSecurityChangeReinvite")
-                         .line(line)
-                         .callId(callId)
-                         .flag("forceFlag", forceFlag));
+    return roundTrip(
+        RequestText("makeSecurityChangeReinvite", line, callId).flag("forceFlag", forceFlag));
 }
 
 int CommunicationsServiceProxy::setForwardingConfiguration(const std::string& line,
@@ -438,8 +415,7 @@ int CommunicationsServiceProxy::setForwardingConfiguration(const std::string& li
                                                            const std::string& uri,
                                                            int cfnrRingCount, bool forceTKVSUpdate)
 {
-    return roundTrip(RequestText("setForwardingConfiguration")
-                         .line(line)
+    return roundTrip(RequestText("setForwardingConfiguration", line)
                          .number("fwType", fwType)
                          .flag("status", status)
                          .text("uri", uri)
@@ -468,8 +444,7 @@ void CommunicationsServiceProxy::setIsInServiceInitiatedState(const std::string&
                                                               bool isInServiceInitiatedState)
 {
     requestChannel->sendOneWay(
-        RequestText("setIsInServiceInitiatedState")
-            .line(line)
+        RequestText("setIsInServiceInitiatedState", line)
             .text("IsInServiceInitiatedState", isInServiceInitiatedState ? "TRUE" : "FALSE")
             .str());
 }
@@ -485,7 +460,7 @@ void CommunicationsServiceProxy::callbackDOFeatureCallID(const std::string& call
 bool CommunicationsServiceProxy::isCallHoldPossible(const std::string& line)
 {
     std::string response;
-    ask(RequestText("isCallHoldPossible").line(line), response);
+    ask(RequestText("isCallHoldPossible", line), response);
     return response == "true";
 }
 
@@ -500,5 +475,5 @@ void CommunicationsServiceProxy::sendUACSTAServerMessage(std::string& line,
                                                          std::string& serverMessage)
 {
     requestChannel->sendOneWay(
-        RequestText("SendUACSTAServerMessage").line(line).payload(serverMessage).str());
+        RequestText("SendUACSTAServerMessage", line).payload(serverMessage).str());
 }

@@ -33,9 +33,17 @@ void copy(char* to, const char* from, std::size_t length)
 
 RequestText::RequestText(std::string_view method) : at_(room_)
 {
-    opening("Method");
-    put(method);
-    closing("Method");
+    text("Method", method);
+}
+
+RequestText::RequestText(std::string_view method, std::string_view line) : at_(room_)
+{
+    text("Method", method).text("Line", line);
+}
+
+RequestText::RequestText(std::string_view method, std::string_view line, int callId) : at_(room_)
+{
+    text("Method", method).text("Line", line).number("CallID", callId);
 }
 
 void RequestText::outgrown()
@@ -43,62 +51,57 @@ void RequestText::outgrown()
     throw std::length_error("request");
 }
 
-RequestText& RequestText::line(const std::string& value)
+char* RequestText::put(std::string_view value, char* to)
 {
-    return text("Line", value);
-}
-
-RequestText& RequestText::callId(int value)
-{
-    return number("CallID", value);
-}
-
-void RequestText::put(std::string_view value)
-{
-    const std::size_t left = static_cast<std::size_t>(room_ + sizeof room_ - at_);
+    const std::size_t left = static_cast<std::size_t>(room_ + sizeof room_ - to);
     if (value.size() <= std::min(longestShortValue, left))
     {
-        copy(at_, value.data(), value.size());
-        at_ += value.size();
+        copy(to, value.data(), value.size());
+        return to + value.size();
     }
-    else if (cut_ == nullptr)
+    if (cut_ == nullptr)
     {
         if (longCount_ == std::size(longValues_))
             outgrown();
-        longValues_[longCount_++] = {static_cast<std::size_t>(at_ - room_), value};
+        longValues_[longCount_++] = {to, value.data(), value.size()};
     }
+    return to;
 }
 
-void RequestText::put(int value)
+char* RequestText::put(int value, char* to)
 {
-    at_ = std::to_chars(at_, at_ + longestNumber, value).ptr;
+    return std::to_chars(to, to + longestNumber, value).ptr;
 }
 
-void RequestText::putOrCut(const char* value)
+char* RequestText::putOrCut(const char* value, char* to)
 {
     if (value != nullptr)
-        put(std::string_view(value));
-    else if (cut_ == nullptr)
-        cut_ = at_;
+        return put(std::string_view(value), to);
+    if (cut_ == nullptr)
+        cut_ = to;
+    return to;
 }
 
 std::string RequestText::str() const
 {
-    const std::size_t end = static_cast<std::size_t>((cut_ != nullptr ? cut_ : at_) - room_);
+    const char* const end = cut_ != nullptr ? cut_ : at_;
     if (longCount_ == 0)
         return std::string(room_, end);
-    std::size_t length = end;
-    for (std::size_t i = 0; i < longCount_; ++i)
-        length += longValues_[i].value.size();
+    return withLongValues(end);
+}
+
+std::string RequestText::withLongValues(const char* end) const
+{
+    const LongValue* const last = longValues_ + longCount_;
+    std::size_t length = static_cast<std::size_t>(end - room_);
+    for (const LongValue* value = longValues_; value != last; ++value)
+        length += value->length;
     std::string text;
     text.reserve(length);
-    std::size_t from = 0;
-    for (std::size_t i = 0; i < longCount_; ++i)
-    {
-        text.append(room_ + from, longValues_[i].place - from);
-        text.append(longValues_[i].value);
-        from = longValues_[i].place;
-    }
-    text.append(room_ + from, end - from);
+    const char* from = room_;
+    for (const LongValue* value = longValues_; value != last; from = value++->place)
+        text.append(from, static_cast<std::size_t>(value->place - from))
+            .append(value->begin, value->length);
+    text.append(from, static_cast<std::size_t>(end - from));
     return text;
 }

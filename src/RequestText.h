@@ -19,47 +19,41 @@ class RequestText
 public:
     explicit RequestText(std::string_view method);
 
+    // With the two fields that most requests begin with.
+    RequestText(std::string_view method, std::string_view line);
+    RequestText(std::string_view method, std::string_view line, int callId);
+
     RequestText(const RequestText&) = delete;
     RequestText& operator=(const RequestText&) = delete;
 
-    [[gnu::always_inline]] RequestText& text(std::string_view tag, const std::string& value)
+    [[gnu::always_inline]] RequestText& text(std::string_view tag, std::string_view value)
     {
-        opening(tag);
-        put(value);
-        return closing(tag);
+        return closing(tag, put(value, opening(tag)));
     }
 
     /// A null value cuts the request off behind the opening tag, on purpose: nothing that follows
     /// is written.
     [[gnu::always_inline]] RequestText& text(std::string_view tag, const char* value)
     {
-        opening(tag);
-        putOrCut(value);
-        return closing(tag);
+        return closing(tag, putOrCut(value, opening(tag)));
     }
 
     [[gnu::always_inline]] RequestText& number(std::string_view tag, int value)
     {
-        opening(tag);
-        put(value);
-        return closing(tag);
+        return closing(tag, put(value, opening(tag)));
     }
 
     [[gnu::always_inline]] RequestText& flag(std::string_view tag, bool value)
     {
-        opening(tag);
-        *at_++ = value ? '1' : '0';
-        return closing(tag);
+        char* const to = opening(tag);
+        *to = value ? '1' : '0';
+        return closing(tag, to + 1);
     }
 
-    // The two fields that most requests begin with.
-    RequestText& line(const std::string& value);
-    RequestText& callId(int value);
-
     /// Raw bytes behind the last field, with no element around them.
-    RequestText& payload(const std::string& value)
+    RequestText& payload(std::string_view value)
     {
-        put(value);
+        at_ = put(value, at_);
         return *this;
     }
 
@@ -72,20 +66,21 @@ private:
 
     [[noreturn]] static void outgrown();
 
-    [[gnu::always_inline]] void opening(std::string_view tag)
+    // Where the next byte goes is handed from one to the next: kept in memory, each would wait for it.
+
+    [[gnu::always_inline]] char* opening(std::string_view tag)
     {
-        if (room_ + sizeof room_ - at_ < static_cast<std::ptrdiff_t>(2 * tag.size() + around))
-            outgrown();
         char* const to = at_;
+        if (room_ + sizeof room_ - to < static_cast<std::ptrdiff_t>(2 * tag.size() + around))
+            outgrown();
         to[0] = '<';
         tag.copy(to + 1, tag.size());
         to[tag.size() + 1] = '>';
-        at_ = to + tag.size() + 2;
+        return to + tag.size() + 2;
     }
 
-    [[gnu::always_inline]] RequestText& closing(std::string_view tag)
+    [[gnu::always_inline]] RequestText& closing(std::string_view tag, char* to)
     {
-        char* const to = at_;
         to[0] = '<';
         to[1] = '/';
         tag.copy(to + 2, tag.size());
@@ -94,14 +89,16 @@ private:
         return *this;
     }
 
-    void put(std::string_view value);
-    void put(int value);
-    void putOrCut(const char* value);
+    char* put(std::string_view value, char* to);
+    static char* put(int value, char* to);
+    char* putOrCut(const char* value, char* to);
+    std::string withLongValues(const char* end) const;
 
     struct LongValue
     {
-        std::size_t place;
-        std::string_view value;
+        const char* place;
+        const char* begin;
+        std::size_t length;
     };
 
     char* at_;
