@@ -60,7 +60,7 @@ struct Robot
     std::string name;
     std::string habit;  ///< for people
     Reach reach = Reach::rings;
-    std::vector<Step> steps;  ///< each is done once in a call
+    std::vector<Step> steps = {};  ///< each is done once in a call
     CallBackOutcome callBack = CallBackOutcome::available;
     Time callBackAfter = std::chrono::seconds(10);
 };
