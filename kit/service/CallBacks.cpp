@@ -1,6 +1,5 @@
 #include "kit/service/CallBacks.h"
 
-#include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
 
 namespace kit::service
@@ -33,7 +32,7 @@ void CallBacks::request(const Call& call, int type)
     callBack.destination = call.remote.from;
     callBack.type = type;
     callBacks_.push_back(callBack);
-    s_.outbox.emit(events::callCompletion(callBack, completionRequested));
+    s_.outbox.callCompletion(callBack, completionRequested);
     follow(callBack.id);
 }
 
@@ -65,7 +64,7 @@ void CallBacks::follow(int id)
                            if (callBack == nullptr || callBack->state != completionRequested)
                                return;
                            callBack->state = completionAvailable;
-                           s_.outbox.emit(events::callCompletion(*callBack, completionAvailable));
+                           s_.outbox.callCompletion(*callBack, completionAvailable);
                            s_.clock.after(callBackRings, [this, id] { ring(id); });
                        });
 }
@@ -81,7 +80,7 @@ void CallBacks::ring(int id)
     Arrival arrival;
     arrival.from = callBack->destination;
     arrival.type = callTypeCallBack;
-    s_.outbox.emit(events::callCompletion(*callBack, completionRinging));
+    s_.outbox.callCompletion(*callBack, completionRinging);
     const ArrivalOutcome outcome = s_.calls.arrive(line, arrival);
     if (outcome.kind != ArrivalOutcome::rings)
     {
@@ -97,7 +96,7 @@ void CallBacks::fail(int id, int why)
 {
     if (const CallBack* const callBack = find(id))
     {
-        s_.outbox.emit(events::callCompletionFailed(*callBack, why));
+        s_.outbox.callCompletionFailed(*callBack, why);
         remove(*callBack);
     }
 }
@@ -106,7 +105,7 @@ void CallBacks::end(int id, int state)
 {
     if (const CallBack* const callBack = find(id))
     {
-        s_.outbox.emit(events::callCompletion(*callBack, state));
+        s_.outbox.callCompletion(*callBack, state);
         remove(*callBack);
     }
 }

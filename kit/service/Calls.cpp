@@ -1,6 +1,5 @@
 #include "kit/service/Calls.h"
 
-#include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
 
 #include <algorithm>
@@ -94,7 +93,7 @@ void Calls::setState(Call& call, CallState state, Reason reason)
     call.state = state;
     call.reason = reason;
     ++call.stage;
-    s_.outbox.emit(events::callStateChange(call));
+    s_.outbox.callStateChange(call);
     s_.farEnd.follow(call);
 }
 
@@ -115,7 +114,7 @@ void Calls::clear(Call& call, Reason reason)
     const bool missed = waited && (reason == reasonNoAnswer || reason == reasonFarEndCleared ||
                                    reason == reasonOutOfService);
     if (missed)
-        s_.outbox.emit(events::incomingCallMissed(call, reason));
+        s_.outbox.incomingCallMissed(call, reason);
     if (call.conference != 0)
         s_.conferences.leave(call);
     setState(call, callCleared, reason);
@@ -226,13 +225,13 @@ ArrivalOutcome Calls::arrive(const std::string& lineName, const Arrival& arrival
         forwarding = forwarded(forwardBusy);
     if (forwarding != nullptr)
     {
-        s_.outbox.emit(events::callForwarded(notYet, forwarding->destination, reasonForwarded));
+        s_.outbox.callForwarded(notYet, forwarding->destination, reasonForwarded);
         return {ArrivalOutcome::forwarded, 0, reasonForwarded,
                 plainNumber(forwarding->destination)};
     }
     if (line->doNotDisturb || s_.settings.serviceState == sfiServiceDoNotDisturb)
     {
-        s_.outbox.emit(events::incomingCallMissed(notYet, reasonDoNotDisturb));
+        s_.outbox.incomingCallMissed(notYet, reasonDoNotDisturb);
         return {ArrivalOutcome::failed, 0, reasonDoNotDisturb, ""};
     }
     Call* const weaker = find(lineName, [&](const Call& call)
@@ -241,7 +240,7 @@ ArrivalOutcome Calls::arrive(const std::string& lineName, const Arrival& arrival
         preempt(*weaker, arrival.priority, preemptionHigherPriority, "a call of higher priority");
     if (full(lineName))
     {
-        s_.outbox.emit(events::incomingCallMissed(notYet, reasonBusy));
+        s_.outbox.incomingCallMissed(notYet, reasonBusy);
         return {ArrivalOutcome::failed, 0, reasonBusy, ""};
     }
 
@@ -249,10 +248,10 @@ ArrivalOutcome Calls::arrive(const std::string& lineName, const Arrival& arrival
     Call& call = calls_[notYet.id] = notYet;
     call.peer = arrival.peer;
     call.robot = s_.robots.find(arrival.from.number);
-    s_.outbox.emit(events::incomingCall(call));
+    s_.outbox.incomingCall(call);
     setState(call, callOffered, reasonNormal);
     if (s_.settings.associatedCalls && current != nullptr)
-        s_.outbox.emit(events::incomingAssociatedCall(lineName, current->id, call.id));
+        s_.outbox.incomingAssociatedCall(lineName, current->id, call.id);
 
     // Counted from the offer on, whether or not somebody has accepted meanwhile.
     if (const ForwardingSetting* const noAnswer = forwarded(forwardNoAnswer))
@@ -299,7 +298,7 @@ void Calls::divert(Call& call, const std::string& target, Reason reason, Diversi
     arrival.divertedBy = call.local;
     arrival.diversionReason = diversion;
     const int caller = call.peer;
-    s_.outbox.emit(events::callForwarded(call, target, reason));
+    s_.outbox.callForwarded(call, target, reason);
     call.callBack = 0;
     clear(call, reason);
     if (Call* const own = find(caller))
@@ -317,7 +316,7 @@ void Calls::hold(Call& call, bool manual)
 {
     call.manualHold = manual;
     setState(call, callHeld, reasonNormal);
-    s_.outbox.emit(events::callHeld(call));
+    s_.outbox.callHeld(call);
     if (Call* const other = find(call.peer))
         s_.farEnd.holds(*other);
 }
@@ -326,7 +325,7 @@ void Calls::retrieve(Call& call)
 {
     call.manualHold = false;
     setState(call, call.conference != 0 ? callConferenced : callConnected, reasonNormal);
-    s_.outbox.emit(events::callRetrieved(call, call.conference != 0));
+    s_.outbox.callRetrieved(call, call.conference != 0);
     if (Call* const other = find(call.peer))
         s_.farEnd.retrieves(*other);
 }
@@ -342,7 +341,7 @@ void Calls::join(Call& call, Call& other)
 
 void Calls::preempt(Call& call, int priority, int cause, const std::string& text)
 {
-    s_.outbox.emit(events::preemptionStatusChanged(call, priority, cause, text));
+    s_.outbox.preemptionStatusChanged(call, priority, cause, text);
     call.preemptionCause = cause;
     call.preemptionText = text;
     clear(call, reasonPreempted);
@@ -358,7 +357,7 @@ void Calls::tellSecurity(const Call& call)
             ids.push_back(entry.first);
             uris.push_back(Party{entry.second.line, ""}.uri());
         }
-    s_.outbox.emit(events::securityStatusChanged(call, ids, uris));
+    s_.outbox.securityStatusChanged(call, ids, uris);
 }
 
 // --- calls that ring at a colleague's ---
@@ -373,7 +372,7 @@ const PickupCall& Calls::ringAtColleague(const std::string& member, const Party&
     for (const Line& line : s_.lines)
         if (line.registered)
         {
-            s_.outbox.emit(events::incomingPickupCall(line.name, pickup.id, caller));
+            s_.outbox.incomingPickupCall(line.name, pickup.id, caller);
             break;
         }
     return atColleagues_.back();

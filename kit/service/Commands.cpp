@@ -2,7 +2,6 @@
 
 #include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
-#include "kit/service/EventText.h"
 #include "kit/service/Requests.h"
 #include "kit/service/Usage.h"
 #include "kit/service/Views.h"
@@ -63,6 +62,17 @@ void ring(Order& o)
     o.answer = "call " + std::to_string(made.id) + " rings at " + member;
 }
 
+void setRegistered(Order& o, bool registered, int otherwise)
+{
+    o.s.lines.setRegistered(o.a.line(), registered,
+                            o.a.number("result", Meaning::registrationResult, otherwise));
+}
+
+void associate(Order& o)
+{
+    o.s.outbox.incomingAssociatedCall(o.a.call().line, o.a.call().id, o.a.call("with").id);
+}
+
 void secure(Order& o)
 {
     Call& call = o.a.call();
@@ -74,7 +84,7 @@ void record(Order& o)
 {
     Call& call = o.a.call();
     call.recorded = o.a.on("ON", true);
-    o.s.outbox.emit(events::callRecordingStatus(call));
+    o.s.outbox.callRecordingStatus(call);
 }
 
 void preempt(Order& o)
@@ -89,7 +99,7 @@ void impact(Order& o)
     Arrival& remote = o.a.call().remote;
     remote.ilCallLevel = o.a.number("call-level", Meaning::impactLevel, remote.ilCallLevel);
     remote.ilLocalLevel = o.a.number("local-level", Meaning::impactLevel, remote.ilLocalLevel);
-    o.s.outbox.emit(events::impactLevelChanged(o.a.call()));
+    o.s.outbox.impactLevelChanged(o.a.call());
 }
 
 void bluetooth(Order& o)
@@ -98,24 +108,22 @@ void bluetooth(Order& o)
     settings.bluetoothAudio = o.a.on("audio", settings.bluetoothAudio);
     settings.bluetoothGateway = o.a.on("gateway", settings.bluetoothGateway);
     settings.bluetoothRinging = o.a.on("ringing", settings.bluetoothRinging);
-    o.s.outbox.emit(events::bluetoothAudioStatusChanged(
-        o.a.line().name, o.a.has("call") ? o.a.call("call").id : 0, settings.bluetoothAudio,
-        settings.bluetoothGateway, settings.bluetoothRinging));
+    o.s.outbox.bluetoothAudioStatusChanged(o.a.line().name,
+                                           o.a.has("call") ? o.a.call("call").id : 0, settings);
 }
 
 void agent(Order& o)
 {
     Line& line = o.a.line();
     line.agentState = o.a.text("AGENTSTATE");
-    o.s.outbox.emit(events::agentState(line.name, line.agentState));
+    o.s.outbox.agentState(line);
 }
 
 void features(Order& o)
 {
     Line& line = o.a.line();
     line.serverFeatures = o.a.on("ON", true);
-    o.s.outbox.emit(events::serverFeatureStatus(
-        line.name, line.serverFeatures ? words::serverFeaturesOn : words::serverFeaturesOff));
+    o.s.outbox.serverFeatureStatus(line);
 }
 
 void systemStatus(Order& o)
@@ -123,7 +131,7 @@ void systemStatus(Order& o)
     Settings& settings = o.s.settings;
     settings.systemStatus = o.a.text("STATUS");
     settings.systemStatusInfo = o.a.text("info");
-    o.s.outbox.emit(events::systemStatus(settings.systemStatus, settings.systemStatusInfo));
+    o.s.outbox.systemStatus(settings);
 }
 
 void mailbox(Order& o)
@@ -235,145 +243,87 @@ const Command* findCommand(Words& words, const std::string& first)
 
 const std::vector<Command>& commands()
 {
-    static const std::vector<CallState> talking = {callConnected, callConferenced, callHeldByFarEnd,
-                                                   callHeld};
-    static const std::vector<CallState> called = {callDelivered};
-    static const std::vector<CallState> alive = {callOffered,   callRinging,     callDelivered,
-                                                 callConnected, callConferenced, callHeldByFarEnd,
-                                                 callHeld};
+    using States = std::vector<CallState>;
+    static const States talking = {callConnected, callConferenced, callHeldByFarEnd, callHeld};
+    static const States connected = {callConnected};
+    static const States heldByFarEnd = {callHeldByFarEnd};
+    static const States called = {callDelivered};
+    static const States alive = {callOffered,     callRinging,      callDelivered, callConnected,
+                                 callConferenced, callHeldByFarEnd, callHeld};
     static const std::vector<Command> rows = {
         {"call",
          "LINE from NUMBER [name TEXT] [pai TEXT] [type CALLTYPE] [priority PRIORITY] "
          "[alert TEXT] [alert-info TEXT] [auto-answer] [zip] [video] [diverted-by NUMBER] "
          "[diversion-name TEXT] [diversion DIVERSION] [call-level LEVEL] [local-level LEVEL]",
-         "somebody calls a line",
-         {},
-         incoming},
-        {"answer", "[CALL]", "the far end answers", called,
-         [](Order& o) { o.s.farEnd.answers(o.a.call()); }},
-        {"busy", "[CALL]", "the far end is busy", called,
-         [](Order& o) { o.s.farEnd.fails(o.a.call(), reasonBusy); }},
-        {"refuse", "[CALL]", "the far end refuses", called,
-         [](Order& o) { o.s.farEnd.fails(o.a.call(), reasonRefused); }},
-        {"hang up", "[CALL]", "the far end hangs up, or gives up calling", alive,
-         [](Order& o) { o.s.farEnd.hangsUp(o.a.call()); }},
-        {"hold",
-         "[CALL]",
-         "the far end holds",
-         {callConnected},
-         [](Order& o) { o.s.farEnd.holds(o.a.call()); }},
-        {"retrieve",
-         "[CALL]",
-         "the far end comes back",
-         {callHeldByFarEnd},
-         [](Order& o) { o.s.farEnd.retrieves(o.a.call()); }},
+         "somebody calls a line", incoming},
+        {"answer", "[CALL]", "the far end answers",
+         [](Order& o) { o.s.farEnd.answers(o.a.call()); }, called},
+        {"busy", "[CALL]", "the far end is busy",
+         [](Order& o) { o.s.farEnd.fails(o.a.call(), reasonBusy); }, called},
+        {"refuse", "[CALL]", "the far end refuses",
+         [](Order& o) { o.s.farEnd.fails(o.a.call(), reasonRefused); }, called},
+        {"hang up", "[CALL]", "the far end hangs up, or gives up calling",
+         [](Order& o) { o.s.farEnd.hangsUp(o.a.call()); }, alive},
+        {"hold", "[CALL]", "the far end holds", [](Order& o) { o.s.farEnd.holds(o.a.call()); },
+         connected},
+        {"retrieve", "[CALL]", "the far end comes back",
+         [](Order& o) { o.s.farEnd.retrieves(o.a.call()); }, heldByFarEnd},
         {"transfer", "[CALL] to NUMBER [name TEXT]",
-         "the far end transfers the call to somebody else", talking,
-         [](Order& o) { o.s.farEnd.transfers(o.a.call(), o.a.party("to")); }},
+         "the far end transfers the call to somebody else",
+         [](Order& o) { o.s.farEnd.transfers(o.a.call(), o.a.party("to")); }, talking},
         {"identify", "[CALL] as NUMBER [name TEXT]", "the far end turns out to be somebody else",
-         alive, [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.party("as"), false, false); }},
-        {"join", "[CALL]", "the far end takes the call into a conference", talking,
-         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.call().remote.from, false, true); }},
-        {"leave", "[CALL]", "the far end takes the call out of its conference", talking,
-         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.call().remote.from, true, false); }},
-        {"ring",
-         "NUMBER from NUMBER [name TEXT]",
-         "a call rings at a colleague's and may be picked up",
-         {},
-         ring},
-        {"register",
-         "LINE [result RESULT]",
-         "a line becomes registered",
-         {},
-         [](Order& o)
-         {
-             o.s.lines.setRegistered(
-                 o.a.line(), true,
-                 o.a.number("result", Meaning::registrationResult, registrationDone));
-         }},
-        {"unregister",
-         "LINE [result RESULT]",
-         "a line loses its registration",
-         {},
-         [](Order& o)
-         {
-             o.s.lines.setRegistered(
-                 o.a.line(), false,
-                 o.a.number("result", Meaning::registrationResult, registrationTimedOut));
-         }},
-        {"associate", "CALL with CALL", "the second call belongs to the first", alive,
-         [](Order& o)
-         {
-             o.s.outbox.emit(events::incomingAssociatedCall(o.a.call().line, o.a.call().id,
-                                                            o.a.call("with").id));
-         }},
-        {"secure", "[CALL] [state SECURITY]", "the security of a call changes", alive, secure},
-        {"record", "[CALL] [ON]", "a call is recorded, or no longer", alive, record},
+         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.party("as"), false, false); }, alive},
+        {"join", "[CALL]", "the far end takes the call into a conference",
+         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.call().remote.from, false, true); },
+         talking},
+        {"leave", "[CALL]", "the far end takes the call out of its conference",
+         [](Order& o) { o.s.farEnd.becomes(o.a.call(), o.a.call().remote.from, true, false); },
+         talking},
+        {"ring", "NUMBER from NUMBER [name TEXT]",
+         "a call rings at a colleague's and may be picked up", ring},
+        {"register", "LINE [result RESULT]", "a line becomes registered",
+         [](Order& o) { setRegistered(o, true, registrationDone); }},
+        {"unregister", "LINE [result RESULT]", "a line loses its registration",
+         [](Order& o) { setRegistered(o, false, registrationTimedOut); }},
+        {"associate", "CALL with CALL", "the second call belongs to the first", associate, alive},
+        {"secure", "[CALL] [state SECURITY]", "the security of a call changes", secure, alive},
+        {"record", "[CALL] [ON]", "a call is recorded, or no longer", record, alive},
         {"preempt", "[CALL] [priority PRIORITY] [cause CAUSE] [reason TEXT]",
-         "a call gives way to one of higher priority", alive, preempt},
+         "a call gives way to one of higher priority", preempt, alive},
         {"impact", "[CALL] [call-level LEVEL] [local-level LEVEL]",
-         "the impact level of a call changes", alive, impact},
-        {"bluetooth",
-         "LINE [call CALL] [audio ON] [gateway ON] [ringing ON]",
-         "the Bluetooth audio changes",
-         {},
-         bluetooth},
-        {"agent", "LINE AGENTSTATE", "the agent's state changes", {}, agent},
-        {"features", "LINE [ON]", "the server features of a line change", {}, features},
-        {"system", "STATUS [info TEXT]", "the system status changes", {}, systemStatus},
-        {"dnd",
-         "LINE [ON]",
-         "do-not-disturb changes",
-         {},
+         "the impact level of a call changes", impact, alive},
+        {"bluetooth", "LINE [call CALL] [audio ON] [gateway ON] [ringing ON]",
+         "the Bluetooth audio changes", bluetooth},
+        {"agent", "LINE AGENTSTATE", "the agent's state changes", agent},
+        {"features", "LINE [ON]", "the server features of a line change", features},
+        {"system", "STATUS [info TEXT]", "the system status changes", systemStatus},
+        {"dnd", "LINE [ON]", "do-not-disturb changes",
          [](Order& o) { o.s.lines.setDoNotDisturb(o.a.line(), o.a.on("ON", true)); }},
-        {"csta",
-         "LINE REST",
-         "the CSTA peer sends a text, as it stands",
-         {},
-         [](Order& o)
-         { o.s.outbox.emit(events::b2buaCstaEventOrRequest(o.a.line().name, o.a.rest())); }},
-        {"event",
-         "REST",
-         "an event is sent as it stands",
-         {},
+        {"csta", "LINE REST", "the CSTA peer sends a text, as it stands",
+         [](Order& o) { o.s.outbox.b2buaCstaEventOrRequest(o.a.line().name, o.a.rest()); }},
+        {"event", "REST", "an event is sent as it stands",
          [](Order& o) { o.s.outbox.emit(o.a.rest()); }},
-        {"message",
-         "[urgent]",
-         "somebody leaves a message",
-         {},
+        {"message", "[urgent]", "somebody leaves a message",
          [](Order& o) { o.s.voiceMail.leave(o.a.has("urgent")); }},
-        {"mailbox",
-         "[new COUNT] [old COUNT] [new-urgent COUNT] [old-urgent COUNT]",
-         "the mailbox holds so many messages",
-         {},
-         mailbox},
-        {"add line", "NUMBER", "a line is added to the phone", {}, addLine},
-        {"remove line", "LINE", "a line is removed from the phone", {}, removeLine},
-        {"advance", "TIME", "time passes", {}, advance},
-        {"fail",
-         "METHOD [with TEXT] [times COUNT]",
+        {"mailbox", "[new COUNT] [old COUNT] [new-urgent COUNT] [old-urgent COUNT]",
+         "the mailbox holds so many messages", mailbox},
+        {"add line", "NUMBER", "a line is added to the phone", addLine},
+        {"remove line", "LINE", "a line is removed from the phone", removeLine},
+        {"advance", "TIME", "time passes", advance},
+        {"fail", "METHOD [with TEXT] [times COUNT]",
          "the next requests of a method (* for all) get this answer and no effect",
-         {},
          [](Order& o) { addFault(o, false); }},
-        {"silence",
-         "METHOD [times COUNT]",
+        {"silence", "METHOD [times COUNT]",
          "the next requests of a method (* for all) get no answer and no effect",
-         {},
          [](Order& o) { addFault(o, true); }},
-        {"heal", "", "forgets all faults", {}, [](Order& o) { o.world.faults.clear(); }},
-        {"go away", "", "drops all clients and forgets everything, as a restart does", {}, goAway},
-        {"robots", "FILE", "those of a text file can be called", {}, robots},
-        {"reset",
-         "",
-         "forgets everything but the clients and the robots",
-         {},
+        {"heal", "", "forgets all faults", [](Order& o) { o.world.faults.clear(); }},
+        {"go away", "", "drops all clients and forgets everything, as a restart does", goAway},
+        {"robots", "FILE", "those of a text file can be called", robots},
+        {"reset", "", "forgets everything but the clients and the robots",
          [](Order& o) { o.world.reset(); }},
-        {"show",
-         "WHAT",
-         "lines, calls, lamps, clients, callbacks, mailbox, faults, robots, system or log",
-         {},
-         show},
-        {"help", "[TEXT]", "lists the commands, or those that begin so", {}, help},
+        {"show", "WHAT",
+         "lines, calls, lamps, clients, callbacks, mailbox, faults, robots, system or log", show},
+        {"help", "[TEXT]", "lists the commands, or those that begin so", help},
     };
     return rows;
 }

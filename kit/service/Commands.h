@@ -24,8 +24,8 @@ struct Command
     const char* name;
     const char* usage;
     const char* help;
-    std::vector<numbers::CallState> states;  ///< of a CALL; any when empty
     void (*run)(Order& order);
+    std::vector<numbers::CallState> states = {};  ///< of a CALL; any when empty
 };
 
 /// What drives the simulation. A command is words as everywhere in the kit; what may follow its name

@@ -1,6 +1,5 @@
 #include "kit/service/Conferences.h"
 
-#include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
 
 #include <utility>
@@ -58,7 +57,7 @@ void Conferences::announce(int conference) const
     const std::string document =
         "<conference id=\"" + std::to_string(conference) + "\">" + users + "</conference>";
     for (const int id : members)
-        s_.outbox.emit(events::conferenceStatus(*s_.calls.find(id), document));
+        s_.outbox.conferenceStatus(*s_.calls.find(id), document);
 }
 
 }  // namespace kit::service

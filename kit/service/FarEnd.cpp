@@ -1,6 +1,5 @@
 #include "kit/service/FarEnd.h"
 
-#include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
 
 #include <utility>
@@ -44,7 +43,7 @@ void FarEnd::becomes(Call& call, const Party& party, bool exitConf, bool jointCa
 {
     call.remote.from = party;
     call.remote.fullPai.clear();
-    s_.outbox.emit(events::remoteEndpointDetailsChanged(call, exitConf, jointCall));
+    s_.outbox.remoteEndpointDetailsChanged(call, exitConf, jointCall);
 }
 
 void FarEnd::transfers(Call& call, const Party& target)

@@ -1,7 +1,6 @@
 #include "kit/service/Handlers.h"
 
 #include "kit/language/Wording.h"
-#include "kit/service/EventText.h"
 
 #include <algorithm>
 #include <map>
@@ -17,12 +16,17 @@ namespace
 
 constexpr Time autoActivation = std::chrono::seconds(30);
 
-std::string activate(Simulation& s, const Request&)
+void putInService(Simulation& s)
 {
-    ++s.settings.activations;
     s.settings.serviceState = sfiServiceInService;
     for (Line& line : s.lines)
         s.lines.setRegistered(line, true, registrationDone);
+}
+
+std::string activate(Simulation& s, const Request&)
+{
+    ++s.settings.activations;
+    putInService(s);
     return success;
 }
 
@@ -37,11 +41,8 @@ std::string deactivate(Simulation& s, const Request& r)
                       [&s, activation]
                       {
                           // Unless the application has decided otherwise meanwhile.
-                          if (s.settings.activations != activation)
-                              return;
-                          s.settings.serviceState = sfiServiceInService;
-                          for (Line& line : s.lines)
-                              s.lines.setRegistered(line, true, registrationDone);
+                          if (s.settings.activations == activation)
+                              putInService(s);
                       });
     return success;
 }
@@ -53,21 +54,18 @@ std::string subscribe(Simulation&, const Request&)
 
 std::string cancelCallbacks(Simulation& s, const Request& r)
 {
-    const Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
+    const Line& line = r.line();
     const bool all = r.number("CancelCallBackType") == cancelAll;
     const std::string number = plainNumber(r.text("URI"));
     std::vector<int> ids;
-    for (CallBack* const callBack : s.callBacks.of(line->name))
+    for (CallBack* const callBack : s.callBacks.of(line.name))
         if (all || callBack->destination.number == number)
         {
             callBack->displayOutcome = r.flag("DisplayOutcomeCallUI");
             ids.push_back(callBack->id);
         }
     if (ids.empty())
-        return r.failure("line " + line->name + " has no call-back" +
-                         (all ? "" : " for " + quoted(number)));
+        r.refuse("line " + line.name + " has no call-back" + (all ? "" : " for " + quoted(number)));
     for (const int id : ids)
         s.callBacks.end(id, completionCancelled);
     return success;
@@ -81,18 +79,13 @@ std::string setMicrophoneMute(Simulation& s, const Request& r)
 
 std::string setDoNotDisturb(Simulation& s, const Request& r)
 {
-    Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
-    s.lines.setDoNotDisturb(*line, r.flag("doNotDisturbOn"));
+    s.lines.setDoNotDisturb(r.line(), r.flag("doNotDisturbOn"));
     return r.featureSuccess(0, featureDoNotDisturb);
 }
 
 std::string setForwarding(Simulation&, const Request& r)
 {
-    Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
+    Line& line = r.line();
     const int type = r.number("fwType");
     ForwardingSetting setting;
     setting.on = r.flag("status");
@@ -102,15 +95,15 @@ std::string setForwarding(Simulation&, const Request& r)
     std::string why;
     if (setting.on && number.empty())
         why = "no destination";
-    else if (setting.on && number == line->name)
-        why = "line " + line->name + " cannot be forwarded to itself";
+    else if (setting.on && number == line.name)
+        why = "line " + line.name + " cannot be forwarded to itself";
     else if (setting.on && type == forwardNoAnswer &&
              (setting.ringCount < 1 || setting.ringCount >= ringsUntilCallerGivesUp))
         why = "wrong value " + std::to_string(setting.ringCount) + " for <cfnrRingCount>, 1 to " +
               std::to_string(ringsUntilCallerGivesUp - 1) + " rings are possible";
     if (!why.empty())
-        return r.featureFailure(0, featureForwarding, failureNotAllowed, why);
-    line->forwarding[type] = setting;
+        r.refuseFeature(0, featureForwarding, failureNotAllowed, why);
+    line.forwarding[type] = setting;
     return r.featureSuccess(0, featureForwarding);
 }
 
@@ -122,67 +115,57 @@ std::string setAssociatedCalls(Simulation& s, const Request& r)
 
 std::string setLampMode(Simulation&, const Request& r)
 {
-    Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
+    Line& line = r.line();
     const int mode = r.number("lampMode");
     if (mode < lampOff || mode > lampFlicker)
-        return r.failure("wrong value " + std::to_string(mode) + " for <lampMode>, one of " +
-                         choices(Meaning::lampMode) + " is possible");
+        r.refuse("wrong value " + std::to_string(mode) + " for <lampMode>, one of " +
+                 choices(Meaning::lampMode) + " is possible");
     if (r.text("lampId").empty())
-        return r.failure("<lampId> is empty");
-    line->lamps[r.text("lampId")] = mode;
+        r.refuse("<lampId> is empty");
+    line.lamps[r.text("lampId")] = mode;
     return success;
 }
 
 std::string securityReinvite(Simulation& s, const Request& r)
 {
-    Call* const found =
-        r.call("CallID", featureSecurity, {callConnected, callHeldByFarEnd, callHeld});
-    if (found == nullptr)
-        return failed;
+    Call& found = r.call("CallID", featureSecurity, {callConnected, callHeldByFarEnd, callHeld});
     // Without force it is encrypted; with it, the far end has to say who it is.
-    found->security = r.flag("forceFlag") ? securityAuthenticated : securityEncrypted;
-    s.calls.tellSecurity(*found);
-    return r.featureSuccess(found->id, featureSecurity);
+    found.security = r.flag("forceFlag") ? securityAuthenticated : securityEncrypted;
+    s.calls.tellSecurity(found);
+    return r.featureSuccess(found.id, featureSecurity);
 }
 
 std::string setInServiceInitiated(Simulation& s, const Request& r)
 {
-    const Line* const line = r.readyLine();
-    if (line == nullptr)
-        return "";
+    const Line& line = r.readyLine();
     Call* const initiated =
-        s.calls.find(line->name, [](const Call& any) { return any.state == callInitiated; });
+        s.calls.find(line.name, [](const Call& any) { return any.state == callInitiated; });
     if (!r.flag("IsInServiceInitiatedState"))
     {
         if (initiated != nullptr)
             s.calls.clear(*initiated, reasonNormal);
     }
-    else if (initiated == nullptr && r.lineFree(featureNone) && !s.calls.full(line->name))
-        s.calls.setState(s.calls.create(line->name, false, 0), callInitiated, reasonNormal);
+    else if (initiated == nullptr)
+    {
+        r.needFreeLine(featureNone);
+        if (!s.calls.full(line.name))
+            s.calls.setState(s.calls.create(line.name, false, 0), callInitiated, reasonNormal);
+    }
     return "";
 }
 
 std::string systemStatus(Simulation& s, const Request& r)
 {
-    const std::string& status = r.text("SystemStatus");
-    std::vector<std::string> known;
-    for (const NumberName& entry : namesOf(Meaning::systemStatus))
-        known.push_back(entry.name);
-    if (std::find(known.begin(), known.end(), status) == known.end())
-        return r.failure("unknown system status " + quoted(status) + didYouMean(status, known));
-    s.settings.systemStatus = status;
+    s.settings.systemStatus = r.word("SystemStatus", Meaning::systemStatus, "system status");
     s.settings.systemStatusInfo = r.text("SystemStatusInfo");
-    s.outbox.emit(events::systemStatus(s.settings.systemStatus, s.settings.systemStatusInfo));
+    s.outbox.systemStatus(s.settings);
     return success;
 }
 
 std::string setServiceState(Simulation& s, const Request& r)
 {
     int state = 0;
-    if (!numberOf(Meaning::serviceState, r.text("state"), state))
-        return failed;
+    numberOf(Meaning::serviceState, r.text("state"), state);
     ++s.settings.activations;
     const int before = std::exchange(s.settings.serviceState, state);
     for (Line& line : s.lines)
@@ -199,37 +182,28 @@ std::string setServiceState(Simulation& s, const Request& r)
 
 std::string activateCallBack(Simulation& s, const Request& r, bool busy)
 {
-    const Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
-    const auto refuse = [&](const char* word, const std::string& why)
-    {
-        r.failure(why);
-        return std::string(word);
-    };
+    const Line& line = r.line();
     const int callId = r.number("CallID");
     const Call* const call = s.calls.find(callId);
-    if (call == nullptr || call->line != line->name)
-        return refuse("sfiFailureCallBackNoCallInfo",
-                      "no call " + std::to_string(callId) + " on line " + line->name);
+    if (call == nullptr || call->line != line.name)
+        r.refuse("no call " + std::to_string(callId) + " on line " + line.name,
+                 "sfiFailureCallBackNoCallInfo");
     const CallState state = busy ? callFailed : callDelivered;
     if (call->incoming || call->state != state || (busy && call->reason != reasonBusy))
-        return refuse("sfiFailureCallBackInvalidState",
-                      "call " + std::to_string(callId) + " is " +
-                          nameOf(Meaning::callState, call->state) + ", not " +
-                          (busy ? "failed because of a busy far end" : "ringing at the far end"));
+        r.refuse("call " + std::to_string(callId) + " is " +
+                     nameOf(Meaning::callState, call->state) + ", not " +
+                     (busy ? "failed because of a busy far end" : "ringing at the far end"),
+                 "sfiFailureCallBackInvalidState");
     const std::string& number = call->remote.from.number;
-    const std::vector<CallBack*> waiting = s.callBacks.of(line->name);
+    const std::vector<CallBack*> waiting = s.callBacks.of(line.name);
     for (const CallBack* const callBack : waiting)
         if (callBack->destination.number == number)
-            return refuse("sfiFailureCallBackAllreadyExists", "line " + line->name +
-                                                                  " has a call-back for " +
-                                                                  quoted(number) + " already");
+            r.refuse("line " + line.name + " has a call-back for " + quoted(number) + " already",
+                     "sfiFailureCallBackAllreadyExists");
     if (waiting.size() >= maximumCallBacksPerLine)
-        return refuse("sfiFailureCallBackToMany",
-                      "line " + line->name + " has " + std::to_string(waiting.size()) +
-                          " call-backs, " + std::to_string(maximumCallBacksPerLine) +
-                          " are possible");
+        r.refuse("line " + line.name + " has " + std::to_string(waiting.size()) + " call-backs, " +
+                     std::to_string(maximumCallBacksPerLine) + " are possible",
+                 "sfiFailureCallBackToMany");
     s.callBacks.request(*call, busy ? completionBusy : completionNoAnswer);
     return r.featureSuccess(callId, busy ? featureCallBackBusy : featureCallBackRinging);
 }
@@ -251,8 +225,7 @@ std::string getMicrophoneMute(Simulation& s, const Request&)
 
 std::string getDoNotDisturb(Simulation&, const Request& r)
 {
-    const Line* const line = r.knownLine("deviceID");
-    return line == nullptr ? failed : line->doNotDisturb ? "true" : "false";
+    return r.line("deviceID").doNotDisturb ? "true" : "false";
 }
 
 std::string getServiceState(Simulation& s, const Request&)
@@ -293,11 +266,9 @@ std::string getDevices(Simulation& s, const Request&)
 
 std::string isCallHoldPossible(Simulation& s, const Request& r)
 {
-    const Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
+    const Line& line = r.line();
     const Call* const talking = s.calls.find(
-        line->name, [](const Call& any) { return any.active() && any.state != callDelivered; });
+        line.name, [](const Call& any) { return any.active() && any.state != callDelivered; });
     return talking != nullptr ? "true" : "false";
 }
 
@@ -305,35 +276,28 @@ std::string getManualHold(Simulation& s, const Request& r)
 {
     const Call* const found = s.calls.find(r.number("CallID"));
     if (found == nullptr || found->line != r.text("Line"))
-        return r.failure("no call " + r.text("CallID") + " on line " + quoted(r.text("Line")));
+        r.refuse("no call " + r.text("CallID") + " on line " + quoted(r.text("Line")));
     return found->manualHold ? "true" : "false";
 }
 
 std::string cstaRequest(Simulation& s, const Request& r)
 {
-    const Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
     // The peer echoes what it is asked, and has no answer to nothing.
-    s.outbox.emit(events::b2buaCstaResponse(line->name, !r.payload().empty(), r.payload()));
+    s.outbox.b2buaCstaResponse(r.line().name, !r.payload().empty(), r.payload());
     return success;
 }
 
 std::string uacstaMessage(Simulation& s, const Request& r)
 {
-    if (const Line* const line = r.knownLine())
-        s.outbox.emit(events::b2buaCstaEventOrRequest(line->name, r.payload()));
+    s.outbox.b2buaCstaEventOrRequest(r.line().name, r.payload());
     return "";
 }
 
 std::string serverFeatures(Simulation& s, const Request& r)
 {
-    if (Line* const line = r.knownLine())
-    {
-        line->serverFeatures = r.flag("initialize");
-        s.outbox.emit(events::serverFeatureStatus(
-            line->name, line->serverFeatures ? words::serverFeaturesOn : words::serverFeaturesOff));
-    }
+    Line& line = r.line();
+    line.serverFeatures = r.flag("initialize");
+    s.outbox.serverFeatureStatus(line);
     return "";
 }
 
@@ -341,25 +305,16 @@ std::string callBackFeatureCall(Simulation& s, const Request& r)
 {
     CallBack* const callBack = s.callBacks.find(r.number("instanceId"));
     if (callBack == nullptr)
-        r.failure("no call-back " + r.text("instanceId"));
-    else
-        callBack->featureCall = r.text("CallID");
+        r.refuse("no call-back " + r.text("instanceId"));
+    callBack->featureCall = r.text("CallID");
     return "";
 }
 
 std::string setAgentState(Simulation& s, const Request& r)
 {
-    Line* const line = r.knownLine();
-    if (line == nullptr)
-        return failed;
-    const std::string& state = r.text("agentState");
-    std::vector<std::string> known;
-    for (const NumberName& entry : namesOf(Meaning::agentState))
-        known.push_back(entry.name);
-    if (std::find(known.begin(), known.end(), state) == known.end())
-        return r.failure("unknown agent state " + quoted(state) + didYouMean(state, known));
-    line->agentState = state;
-    s.outbox.emit(events::agentState(line->name, state));
+    Line& line = r.line();
+    line.agentState = r.word("agentState", Meaning::agentState, "agent state");
+    s.outbox.agentState(line);
     return success;
 }
 
@@ -367,10 +322,7 @@ std::string removeParticipant(Simulation& s, const Request& r)
 {
     const Call* const any = s.calls.find(r.number("callID"));
     if (any == nullptr || any->conference == 0)
-    {
-        r.failure("call " + r.text("callID") + " is in no conference");
-        return "";
-    }
+        r.refuse("call " + r.text("callID") + " is in no conference");
     const std::string number = plainNumber(r.text("remoteParticipant"));
     for (const int id : s.conferences.membersOf(any->conference))
     {
@@ -381,10 +333,9 @@ std::string removeParticipant(Simulation& s, const Request& r)
         s.calls.clear(member, reasonNormal);
         return "";
     }
-    r.failure("conference " + std::to_string(any->conference) + " has no participant " +
-              quoted(r.text("remoteParticipant")) + " and no member " +
-              quoted(r.text("conferenceMemberId")));
-    return "";
+    r.refuse("conference " + std::to_string(any->conference) + " has no participant " +
+             quoted(r.text("remoteParticipant")) + " and no member " +
+             quoted(r.text("conferenceMemberId")));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "kit/service/Lines.h"
 
-#include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
 
 namespace kit::service
@@ -45,7 +44,7 @@ std::vector<std::string> Lines::names() const
 void Lines::add(const std::string& name)
 {
     lines_.push_back(lineCalled(name));
-    s_.outbox.emit(events::devicesChanged());
+    s_.outbox.devicesChanged();
 }
 
 void Lines::remove(const std::string& name)
@@ -54,13 +53,13 @@ void Lines::remove(const std::string& name)
     if (line->registered)
         setRegistered(*line, false, registrationUnknownLine);
     lines_.erase(lines_.begin() + (line - lines_.data()));
-    s_.outbox.emit(events::devicesChanged());
+    s_.outbox.devicesChanged();
 }
 
 void Lines::setRegistered(Line& line, bool registered, int result)
 {
     line.registered = registered;
-    s_.outbox.emit(events::registrationStateChange(line.name, 0, registered, result));
+    s_.outbox.registrationStateChange(line.name, registered, result);
     if (registered)
         return;
     for (const int id : s_.calls.on(line.name))
@@ -71,7 +70,7 @@ void Lines::setRegistered(Line& line, bool registered, int result)
 void Lines::setDoNotDisturb(Line& line, bool on)
 {
     line.doNotDisturb = on;
-    s_.outbox.emit(events::doNotDisturb(line.name, on));
+    s_.outbox.doNotDisturb(line);
 }
 
 }  // namespace kit::service

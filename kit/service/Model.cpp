@@ -32,6 +32,16 @@ bool Call::callBackPossible() const
                          (state == numbers::callFailed && reason == numbers::reasonBusy));
 }
 
+bool Call::takesDigits() const
+{
+    return state == numbers::callConnected || state == numbers::callConferenced;
+}
+
+std::string Call::remotePai() const
+{
+    return remote.fullPai.empty() ? remote.from.fullPai() : remote.fullPai;
+}
+
 bool Mailbox::operator==(const Mailbox& other) const
 {
     return newMessages == other.newMessages && oldMessages == other.oldMessages &&

@@ -87,6 +87,9 @@ struct Call
     /// Waits for somebody here to answer.
     bool waiting() const;
     bool callBackPossible() const;
+    bool takesDigits() const;
+    /// Asserted identity of the far end.
+    std::string remotePai() const;
 };
 
 /// A call that rings at a colleague's phone and may be picked up.

@@ -1,7 +1,6 @@
 #include "kit/service/Requests.h"
 
 #include "kit/language/Wording.h"
-#include "kit/service/EventText.h"
 #include "kit/service/Handlers.h"
 
 #include <algorithm>
@@ -33,15 +32,7 @@ bool checkValue(Outbox& outbox, const Operation& operation, const Field& field,
                         operation.method + ", " + possible);
         return false;
     };
-    const auto named = [&](Meaning meaning)
-    {
-        int number = 0;
-        bool known = numberOf(Meaning::none, value, number);
-        const std::vector<NumberName>& names = namesOf(meaning);
-        known = known && std::any_of(names.begin(), names.end(),
-                                     [&](const NumberName& name) { return name.number == number; });
-        return known || wrong("one of " + choices(meaning) + " is possible");
-    };
+    const std::vector<NumberName>& names = namesOf(field.names);
     int number = 0;
     switch (field.kind)
     {
@@ -51,20 +42,20 @@ bool checkValue(Outbox& outbox, const Operation& operation, const Field& field,
     case Kind::feature:
         return numberOf(Meaning::none, value, number) || wrong("a number is needed");
     case Kind::refusal:
-        return named(Meaning::refusal);
     case Kind::cancelType:
-        return named(Meaning::cancelCallBack);
     case Kind::forwarding:
-        return named(Meaning::forwarding);
+        return (numberOf(Meaning::none, value, number) &&
+                std::any_of(names.begin(), names.end(),
+                            [&](const NumberName& name) { return name.number == number; })) ||
+               wrong("one of " + choices(field.names) + " is possible");
     case Kind::flag:
         return value == "1" || value == "0" || wrong("1 or 0 is needed");
     case Kind::word:
         return value == "TRUE" || value == "FALSE" || wrong("TRUE or FALSE is needed");
     case Kind::state:
-        for (const NumberName& name : namesOf(Meaning::serviceState))
-            if (value == name.name)
-                return true;
-        return wrong("one of sfiServiceInService, sfiServiceOutOfService, "
+        return std::any_of(names.begin(), names.end(),
+                           [&](const NumberName& name) { return value == name.name; }) ||
+               wrong("one of sfiServiceInService, sfiServiceOutOfService, "
                      "sfiServiceDoNotDisturb is needed");
     default:
         return true;
@@ -183,71 +174,74 @@ bool Request::flag(const char* tag) const
     return text(tag) == "1" || text(tag) == "TRUE";
 }
 
-Line* Request::knownLine(const char* tag) const
+Line& Request::line(const char* tag) const
 {
     Line* const line = s_.lines.find(text(tag));
     if (line == nullptr)
-        failure("no line " + quoted(text(tag)) + didYouMean(text(tag), s_.lines.names()));
-    return line;
+        refuse("no line " + quoted(text(tag)) + didYouMean(text(tag), s_.lines.names()));
+    return *line;
 }
 
-Line* Request::readyLine() const
+Line& Request::readyLine() const
 {
-    Line* const line = knownLine();
-    if (line == nullptr || line->registered)
-        return line;
-    failure("line " + line->name + " is not registered, activate first");
-    return nullptr;
+    Line& ready = line();
+    if (!ready.registered)
+        refuse("line " + ready.name + " is not registered, activate first");
+    return ready;
 }
 
-Call* Request::call(const char* tag, int feature, const std::vector<CallState>& states) const
+Call& Request::call(const char* tag, int feature, const std::vector<CallState>& states) const
 {
-    const Line* const line = readyLine();
-    if (line == nullptr)
-        return nullptr;
+    const Line& line = readyLine();
     const int id = number(tag);
     Call* const found = s_.calls.find(id);
-    if (found == nullptr || found->line != line->name)
-        featureFailure(id, feature, failureNoSuchCall,
-                       "no call " + std::to_string(id) + " on line " + line->name);
-    else if (std::find(states.begin(), states.end(), found->state) == states.end())
-        featureFailure(id, feature, failureWrongState,
-                       "call " + std::to_string(id) + " is " +
-                           nameOf(Meaning::callState, found->state));
-    else
-        return found;
-    return nullptr;
+    if (found == nullptr || found->line != line.name)
+        refuseFeature(id, feature, failureNoSuchCall,
+                      "no call " + std::to_string(id) + " on line " + line.name);
+    if (std::find(states.begin(), states.end(), found->state) == states.end())
+        refuseFeature(id, feature, failureWrongState,
+                      "call " + std::to_string(id) + " is " +
+                          nameOf(Meaning::callState, found->state));
+    return *found;
 }
 
-bool Request::lineFree(int feature, int exceptCall) const
+void Request::needFreeLine(int feature, int exceptCall) const
 {
     const std::string& line = text("Line");
     const Call* const other =
         s_.calls.find(line, [&](const Call& any) { return any.active() && any.id != exceptCall; });
-    if (other == nullptr)
-        return true;
-    featureFailure(exceptCall, feature, failureBusy,
-                   "call " + std::to_string(other->id) + " on line " + line + " is " +
-                       nameOf(Meaning::callState, other->state) + ", hold it first");
-    return false;
+    if (other != nullptr)
+        refuseFeature(exceptCall, feature, failureBusy,
+                      "call " + std::to_string(other->id) + " on line " + line + " is " +
+                          nameOf(Meaning::callState, other->state) + ", hold it first");
 }
 
-std::string Request::failure(const std::string& why) const
+const std::string& Request::word(const char* tag, Meaning meaning, const char* what) const
 {
-    s_.outbox.complain(std::string(method()) + ": " + why);
-    return failed;
+    const std::string& given = text(tag);
+    std::vector<std::string> known;
+    for (const NumberName& entry : namesOf(meaning))
+        known.push_back(entry.name);
+    if (std::find(known.begin(), known.end(), given) == known.end())
+        refuse(std::string("unknown ") + what + " " + quoted(given) + didYouMean(given, known));
+    return given;
 }
 
-std::string Request::featureFailure(int callId, int feature, int why,
-                                    const std::string& explanation) const
+void Request::refuse(const std::string& why, const char* answer) const
 {
-    s_.outbox.emit(events::featureFailed(text("Line"), callId, feature, why));
-    return failure(explanation);
+    s_.outbox.complain(operation_.method + (": " + why));
+    throw Refusal{answer};
+}
+
+void Request::refuseFeature(int callId, int feature, int failure, const std::string& why) const
+{
+    s_.outbox.featureFailed(text("Line"), callId, feature, failure);
+    refuse(why);
 }
 
 std::string Request::featureSuccess(int callId, int feature) const
 {
-    s_.outbox.emit(events::featureSuccess(text("Line"), callId, feature));
+    s_.outbox.featureSuccess(text("Line"), callId, feature);
     return success;
 }
 
@@ -278,7 +272,14 @@ std::string answerRequest(Simulation& simulation, const std::string& text)
     }
     if (!checkFields(simulation.outbox, *operation, message))
         return failed;
-    return handler->run(simulation, Request(simulation, *operation, message));
+    try
+    {
+        return handler->run(simulation, Request(simulation, *operation, message));
+    }
+    catch (const Refusal& refusal)
+    {
+        return operation->answer == Answer::none ? "" : refusal.answer;
+    }
 }
 
 }  // namespace kit::service

@@ -14,6 +14,12 @@ namespace kit::service
 constexpr const char* success = "sfiSuccess";
 constexpr const char* failed = "sfiFailure";
 
+/// A request is not carried out; why has been told.
+struct Refusal
+{
+    std::string answer;
+};
+
 /// A request whose fields are all there and have values of their kinds, and what the handlers of
 /// requests share: looking up what the fields name, and telling how it went.
 class Request
@@ -21,26 +27,30 @@ class Request
 public:
     Request(Simulation& simulation, const Operation& operation, Message message);
 
-    const char* method() const { return operation_.method; }
     const std::string& text(const char* tag) const;
     int number(const char* tag) const;
     bool flag(const char* tag) const;
     const std::string& payload() const { return message_.payload; }
 
-    // --- null, with a complaint, when it is not as it must be ---
+    // --- they refuse the request when it is not as it must be ---
 
-    Line* knownLine(const char* tag = "Line") const;
+    Line& line(const char* tag = "Line") const;
     /// The line, when calls can be made there.
-    Line* readyLine() const;
+    Line& readyLine() const;
     /// The call that a field names, when it is on the line and in a state that fits.
-    Call* call(const char* tag, int feature, const std::vector<numbers::CallState>& states) const;
-    /// Nobody talks on the line but perhaps in this call.
-    bool lineFree(int feature, int exceptCall = 0) const;
+    Call& call(const char* tag, int feature, const std::vector<numbers::CallState>& states) const;
+    /// Nobody may talk on the line but perhaps in this call.
+    void needFreeLine(int feature, int exceptCall = 0) const;
+    /// One of the words that a field may have.
+    const std::string& word(const char* tag, Meaning meaning, const char* what) const;
 
-    // --- what they return is the answer ---
+    /// Complains, and raises Refusal.
+    [[noreturn]] void refuse(const std::string& why, const char* answer = failed) const;
+    /// The same with an event.
+    [[noreturn]] void refuseFeature(int callId, int feature, int failure,
+                                    const std::string& why) const;
 
-    std::string failure(const std::string& why) const;
-    std::string featureFailure(int callId, int feature, int why, const std::string& text) const;
+    /// Returns the answer.
     std::string featureSuccess(int callId, int feature) const;
 
 private:

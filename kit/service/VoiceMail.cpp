@@ -1,6 +1,5 @@
 #include "kit/service/VoiceMail.h"
 
-#include "kit/service/EventText.h"
 #include "kit/service/Simulation.h"
 
 namespace kit::service
@@ -25,7 +24,7 @@ void VoiceMail::set(const Mailbox& mailbox)
     mailbox_ = mailbox;
     for (const Line& line : s_.lines)
         if (line.registered)
-            s_.outbox.emit(events::messageWaiting(line.name, mailbox_));
+            s_.outbox.messageWaiting(line.name, mailbox_);
 }
 
 void VoiceMail::leave(bool urgent)
