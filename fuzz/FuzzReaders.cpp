@@ -4,7 +4,7 @@
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
 #include "FieldReaders.h"
-#include "Fuzzer.h"
+#include "tests/support/Comparison.h"
 #include "tests/support/Events.h"
 
 #include <algorithm>

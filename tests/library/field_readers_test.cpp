@@ -112,6 +112,9 @@ TEST(FieldReaders, EachByteOfATagCounts)
     {
         const std::string tag = letters.substr(0, length);
         expectSearch({tag}, element(tag, "1"));
+        for (const std::string& other : {tag + "X", "X" + tag, " " + tag, tag + " ", tag + "/",
+                                         "/" + tag, "<" + tag, tag.substr(1)})
+            expectSearch({tag}, element(other, "1") + "<" + tag + ">2</" + other + ">");
         for (std::size_t i = 0; i <= length; ++i)
         {
             std::string other = tag + ">";
@@ -122,11 +125,20 @@ TEST(FieldReaders, EachByteOfATagCounts)
     }
 }
 
+/// Searching anew from each bracket would not come to an end here.
 TEST(FieldReaders, NothingIsTooFarAway)
 {
     const std::string much(70000, 'x');
-    const std::string many(70000, '<');
-    for (const std::string& text : {much, many, element("Reason", much)})
+    std::vector<std::string> texts = {much, element("Reason", much)};
+    for (const char* piece :
+         {"<", "</", "<a", "</ab", "<a></a>", "<LineID", "</LineID>", "<LineID>"})
+        for (const int amount : {1, 2, 17, 45, 64, 257, 20000})
+        {
+            texts.emplace_back();
+            for (int i = 0; i < amount; ++i)
+                texts.back() += piece;
+        }
+    for (const std::string& text : texts)
         expectSearch(three, text + element("URI", text + "1") + element("LineID", text) + text);
 }
 

@@ -278,16 +278,6 @@ TEST_F(RequestTest, NothingIsSentWithoutANumberOrARequest)
 
 // Answers.
 
-/// "5, true, 'sip:1234', 3"
-template <typename... Values>
-std::string shown(const Values&... values)
-{
-    std::string text;
-    CallText call(text);
-    (call.add(values), ...);
-    return text;
-}
-
 TEST_F(RequestTest, FlagsAreSearchedInTheAnswer)
 {
     const struct
@@ -514,7 +504,11 @@ TEST_F(RequestTest, AMillionBracketsAreReadInOnePass)
     channel.answer = "<a>" + channel.answer;
     EXPECT_EQ(service.getDevices(devices), 5);
     EXPECT_EQ(devices, Lines{"a"});
-    channel.answer += "<cfnrRingCount>7</cfnrRingCount>";
+    const std::string far(70000, 'x');
+    channel.answer = far + "<" + far + "><b>" + far;
+    EXPECT_EQ(service.getDevices(devices), 5);
+    EXPECT_EQ(devices, (Lines{"a", far, "b"}));
+    channel.answer = std::string(1000000, '<') + "<cfnrRingCount>7</cfnrRingCount>";
     bool status = false;
     std::string uri;
     int ringCount = 0;

@@ -6,7 +6,6 @@
 #include "CommunicationsServiceProxy.h"
 #include "tests/support/Channel.h"
 #include "tests/support/Events.h"
-#include "tests/support/Queries.h"
 #include "tests/support/Requests.h"
 #include "tests/support/Tested.h"
 #include "tests/support/WritingSubscriber.h"
@@ -217,7 +216,7 @@ TEST_F(AllocationFaults, OutputsOfQueries)
         };
         const auto check = [&](bool thrown)
         {
-            EXPECT_EQ(all(left, flag, n[0], n[1], n[2], n[3], c[0], c[1], c[2], c[3]),
+            EXPECT_EQ(shown(left, flag, n[0], n[1], n[2], n[3], c[0], c[1], c[2], c[3]),
                       thrown ? "'before', true, 77, 77, 77, 77, 77u, 77u, 77u, 77u"
                              : show(longText) + after);
         };

@@ -31,7 +31,7 @@ struct Channel : ProxyRequest
     void sendRequest(const std::string& request, std::string& response) override
     {
         sent = request;
-        response = answer;
+        response = appends ? response + answer : answer;
     }
     void sendRequestTimed(const std::string& request, std::string& response, int) override
     {
@@ -50,6 +50,7 @@ struct Channel : ProxyRequest
 
     std::string sent;
     std::string answer;
+    bool appends = false;  ///< puts the answer behind what stands in the response
     bool refuses = false;
 };
 

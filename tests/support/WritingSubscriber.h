@@ -84,6 +84,16 @@ std::string show(const Value& value)
     return text;
 }
 
+/// "5, true, 'sip:1234'"
+template <typename... Values>
+std::string shown(const Values&... values)
+{
+    std::string text;
+    CallText call(text);
+    (call.add(values), ...);
+    return text;
+}
+
 /// Writes down what is heard.
 class Writer
 {
