@@ -42,6 +42,12 @@ bool isName(const std::string& text)
     return true;
 }
 
+/// "$name", not in quotes.
+bool isVariable(const Word& word)
+{
+    return !word.quoted && word.text.size() > 1 && word.text[0] == '$';
+}
+
 }  // namespace
 
 Words::Words(std::string text, std::size_t column, std::string separators)
@@ -202,7 +208,7 @@ void fillIn(std::vector<Word>& words, const Variables& variables)
 {
     for (Word& word : words)
     {
-        if (word.quoted || word.text.size() < 2 || word.text[0] != '$')
+        if (!isVariable(word))
             continue;
         const auto found = variables.find(word.text.substr(1));
         if (found == variables.end())
@@ -217,6 +223,28 @@ void fillIn(std::vector<Word>& words, const Variables& variables)
         }
         word.text = found->second;
     }
+}
+
+std::string filledIn(const std::string& text, const Variables& variables)
+{
+    std::vector<Word> words;
+    try
+    {
+        words = splitWords(text);
+    }
+    catch (const Mistake&)
+    {
+        return text;
+    }
+    std::string filled = text;
+    // From the end, so that columns stay right.
+    for (auto word = words.rbegin(); word != words.rend(); ++word)
+        if (const auto found =
+                isVariable(*word) ? variables.find(word->text.substr(1)) : variables.end();
+            found != variables.end())
+            filled.replace(word->column - 1 + word->whole().size() - word->text.size(),
+                           word->text.size(), found->second);
+    return filled;
 }
 
 }  // namespace kit

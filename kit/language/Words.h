@@ -88,6 +88,9 @@ std::vector<Word> splitWords(const std::string& text, std::size_t column = 1,
 using Variables = std::map<std::string, std::string>;
 void fillIn(std::vector<Word>& words, const Variables& variables);
 
+/// The same in a text that somebody else reads: all else, names that are not known too, stays as it is.
+std::string filledIn(const std::string& text, const Variables& variables);
+
 }  // namespace kit
 
 #endif

@@ -16,11 +16,16 @@ namespace kit::phone
 namespace
 {
 
-const char* const aTime = "a time, as in \"wait 2s\"";
-
 std::vector<Word> wordsOf(const Statement& statement)
 {
     return splitWords(statement.rest, statement.restColumn);
+}
+
+std::vector<Word> wordsOf(const Statement& statement, const Variables& captured)
+{
+    std::vector<Word> words = wordsOf(statement);
+    fillIn(words, captured);
+    return words;
 }
 
 /// The one word behind a command.
@@ -35,24 +40,13 @@ Word onlyWord(const Statement& statement, const std::string& what)
                       words[1].column);
     // What looks like name=value is one word here.
     Word word = words[0];
-    if (!word.name.empty())
-        word.text = word.name + "=" + word.text;
+    word.text = word.whole();
     return word;
 }
 
-bool onOff(const Statement& statement)
+bool isQuoted(const Statement& statement)
 {
-    const Word word = onlyWord(statement, "on or off");
-    return parseSwitch(word);
-}
-
-void nothingBehind(const Statement& statement)
-{
-    const std::vector<Word> words = wordsOf(statement);
-    if (!words.empty())
-        throw Mistake(statement.command.text + " stands alone; what is " +
-                          shown(words[0].text, 40) + "?",
-                      words[0].column);
+    return statement.rest[0] == '"' || statement.rest[0] == '\'';
 }
 
 /// The rest of the line as it stands, or, when it is one quoted word, what the quotes hold.
@@ -60,119 +54,35 @@ std::string rawText(const Statement& statement, const std::string& what)
 {
     if (statement.rest.empty())
         throw Mistake(statement.command.text + " needs " + what);
-    if (statement.rest[0] != '"' && statement.rest[0] != '\'')
-        return statement.rest;
-    return onlyWord(statement, what).text;
+    return isQuoted(statement) ? onlyWord(statement, what).text : statement.rest;
 }
 
-/// An event as it travels, from raw text or from its name and some of its fields.
-std::string eventFrom(const Statement& statement, const Variables& variables)
+// Two ways to read what many commands have behind them.
+
+auto alone(Report (*run)(Session& session))
 {
-    std::string raw = rawText(statement, "an event: its text, or its name and fields");
-    if (raw[0] == '<' || statement.rest[0] == '"' || statement.rest[0] == '\'')
-        return raw;
-    std::vector<Word> words = wordsOf(statement);
-    if (words.empty())
-        throw Mistake("event needs an event: its text, or its name and fields");
-    const Event* const event = findEvent(words[0].text);
-    if (event == nullptr)
+    return [run](const Statement& statement, Variables&) -> Action
     {
-        throw Mistake("there is no event " + shown(words[0].text, 40) +
-                          didYouMean(words[0].text, eventNames(),
-                                     "; \"help events\" lists them, and a raw text begins with < "
-                                     "or a quote"),
-                      words[0].column);
-    }
-    fillIn(words, variables);
-    Values values;
-    for (auto word = words.begin() + 1; word != words.end(); ++word)
+        const std::vector<Word> words = wordsOf(statement);
+        if (!words.empty())
+            throw Mistake(statement.command.text + " stands alone; what is " +
+                              shown(words[0].text, 40) + "?",
+                          words[0].column);
+        return run;
+    };
+}
+
+auto onOff(void (*set)(Session& session, bool on))
+{
+    return [set](const Statement& statement, Variables&) -> Action
     {
-        if (word->name.empty())
-            throw Mistake("fields of an event are written as field=value, not " +
-                              shown(word->text, 40),
-                          word->column);
-        try
+        const bool on = parseSwitch(onlyWord(statement, "on or off"));
+        return [set, on](Session& session)
         {
-            values.assign(1, {word->name, word->text});
-            (void)eventText(*event, values);
-        }
-        catch (const std::invalid_argument& error)
-        {
-            throw Mistake(printable(error.what(), 200), word->column);
-        }
-    }
-    values.clear();
-    for (auto word = words.begin() + 1; word != words.end(); ++word)
-        values.emplace_back(word->name, word->text);
-    return eventText(*event, values);
-}
-
-/// Puts captured values in; everything else is for the simulation to read.
-std::string filledIn(const std::string& text, const Variables& variables)
-{
-    std::string filled = text;
-    for (const auto& [name, value] : variables)
-    {
-        const std::string mark = "$" + name;
-        for (std::size_t at = filled.find(mark); at != std::string::npos;
-             at = filled.find(mark, at + value.size()))
-        {
-            const std::size_t end = at + mark.size();
-            if ((at == 0 || filled[at - 1] == ' ') && (end == filled.size() || filled[end] == ' '))
-                filled.replace(at, mark.size(), value);
-        }
-    }
-    return filled;
-}
-
-void checkEvent(const Statement& statement, Variables& captured)
-{
-    (void)eventFrom(statement, captured);
-}
-
-void checkExpect(const Statement& statement, Variables& captured)
-{
-    std::vector<Word> words = wordsOf(statement);
-    fillIn(words, captured);
-    const Expectation expectation = Expectation::parse(words);
-    if (!expectation.name.empty())
-        captured[expectation.name] = "1";
-}
-
-void checkWait(const Statement& statement, Variables&)
-{
-    (void)parseDuration(onlyWord(statement, aTime));
-}
-
-void checkOnOff(const Statement& statement, Variables&)
-{
-    (void)onOff(statement);
-}
-
-void checkAlone(const Statement& statement, Variables&)
-{
-    nothingBehind(statement);
-}
-
-void checkRun(const Statement& statement, Variables&)
-{
-    (void)onlyWord(statement, "a script");
-}
-
-void checkRecord(const Statement& statement, Variables&)
-{
-    (void)onlyWord(statement, "a file, or off");
-}
-
-void checkRaw(const Statement& statement, Variables&)
-{
-    (void)rawText(statement, "the text of a request");
-}
-
-void checkSay(const Statement& statement, Variables&)
-{
-    if (!statement.rest.empty())
-        (void)rawText(statement, "a text");
+            set(session, on);
+            return Report();
+        };
+    };
 }
 
 std::string featuresText(const std::map<std::string, std::string>& features)
@@ -183,67 +93,18 @@ std::string featuresText(const std::map<std::string, std::string>& features)
     return text;
 }
 
-Report help(Session& session, const Statement& statement)
+Action help(const Statement& statement, Variables&)
 {
     const std::vector<Word> words = wordsOf(statement);
-    session.display().print(helpOn(words.empty() ? "" : words[0].text));
-    return {};
+    return [topic = words.empty() ? Word() : words[0]](Session& session)
+    {
+        session.display().print(helpOn(topic));
+        return Report();
+    };
 }
 
-Report expect(Session& session, const Statement& statement)
+Report lines(Session& session)
 {
-    std::vector<Word> words = wordsOf(statement);
-    fillIn(words, session.variables());
-    const Expectation expectation = Expectation::parse(words);
-    std::string call;
-    const Report report = session.phone().expect(expectation, call);
-    if (!call.empty() && !expectation.name.empty())
-        session.variables()[expectation.name] = call;
-    return report;
-}
-
-Report check(Session& session, const Statement& statement)
-{
-    std::vector<Word> words = wordsOf(statement);
-    fillIn(words, session.variables());
-    return session.phone().check(words);
-}
-
-Report wait(Session& session, const Statement& statement)
-{
-    session.phone().wait(parseDuration(onlyWord(statement, aTime)));
-    return {};
-}
-
-Report forget(Session& session, const Statement& statement)
-{
-    nothingBehind(statement);
-    session.phone().events().passAll();
-    return {};
-}
-
-Report sim(Session& session, const Statement& statement)
-{
-    if (statement.rest.empty())
-        throw Mistake("sim needs a command to the simulation; \"sim help\" lists them");
-    return session.phone().control(filledIn(statement.rest, session.variables()));
-}
-
-Report raw(Session& session, const Statement& statement)
-{
-    return session.phone().raw(rawText(statement, "the text of a request"));
-}
-
-Report event(Session& session, const Statement& statement)
-{
-    if (!session.phone().inject(eventFrom(statement, session.variables())))
-        session.display().print("the library has no callback for it", Display::Style::faint);
-    return {};
-}
-
-Report lines(Session& session, const Statement& statement)
-{
-    nothingBehind(statement);
     const CallBook& book = session.phone().book();
     for (const std::string& line : book.lines())
     {
@@ -256,9 +117,8 @@ Report lines(Session& session, const Statement& statement)
     return {};
 }
 
-Report calls(Session& session, const Statement& statement)
+Report calls(Session& session)
 {
-    nothingBehind(statement);
     const CallBook& book = session.phone().knownBook();
     for (const CallBook::Call& call : book.calls())
         session.display().print(std::to_string(call.id) + " line=" + call.line + " " +
@@ -269,9 +129,8 @@ Report calls(Session& session, const Statement& statement)
     return {};
 }
 
-Report lamps(Session& session, const Statement& statement)
+Report lamps(Session& session)
 {
-    nothingBehind(statement);
     const auto& all = session.phone().knownBook().lamps();
     for (const auto& [line, lamps] : all)
         session.display().print(line + featuresText(lamps));
@@ -280,79 +139,170 @@ Report lamps(Session& session, const Statement& statement)
     return {};
 }
 
-Report lastEvents(Session& session, const Statement& statement)
+Action lastEvents(const Statement& statement, Variables&)
 {
-    std::size_t count = 10;
+    int count = 10;
     if (!statement.rest.empty())
     {
         const Word word = onlyWord(statement, "a number of events");
-        int number = 0;
-        if (!numberOf(Meaning::none, word.text, number) || number < 1)
+        if (!numberOf(Meaning::none, word.text, count) || count < 1)
             throw Mistake("events takes a number from 1, not " + shown(word.text, 40), word.column);
-        count = static_cast<std::size_t>(number);
     }
-    const std::deque<ReceivedEvent>& all = session.phone().events().events();
-    for (std::size_t i = all.size() - std::min(all.size(), count); i < all.size(); ++i)
-        session.display().print("* " + fullEventLabel(all[i]), Display::Style::event);
-    if (all.empty())
-        session.display().print("no events yet");
+    return [count](Session& session)
+    {
+        const std::deque<ReceivedEvent>& all = session.phone().events().events();
+        for (std::size_t i = all.size() - std::min(all.size(), static_cast<std::size_t>(count));
+             i < all.size(); ++i)
+            session.display().print("* " + fullEventLabel(all[i]), Display::Style::event);
+        if (all.empty())
+            session.display().print("no events yet");
+        return Report();
+    };
+}
+
+Action expect(const Statement& statement, Variables& captured)
+{
+    const Expectation expectation = Expectation::parse(wordsOf(statement, captured));
+    if (!expectation.name.empty())
+        captured[expectation.name] = "1";
+    return [expectation](Session& session)
+    {
+        std::string call;
+        const Report report = session.phone().expect(expectation, call);
+        if (!call.empty() && !expectation.name.empty())
+            session.variables()[expectation.name] = call;
+        return report;
+    };
+}
+
+Action check(const Statement& statement, Variables& captured)
+{
+    return [words = wordsOf(statement, captured)](Session& session)
+    { return session.phone().check(words); };
+}
+
+Report forget(Session& session)
+{
+    session.phone().events().passAll();
     return {};
 }
 
-Report say(Session& session, const Statement& statement)
+Action wait(const Statement& statement, Variables&)
 {
-    const std::string text = statement.rest.empty() ? "" : rawText(statement, "a text");
-    if (session.recorder().picture() == Recorder::Picture::mermaid)
-        session.display().print("    %% " + printable(text));
-    else if (!session.recorder().draws())
-        session.display().print(printable(text), Display::Style::heading);
-    return {};
+    const auto time = parseDuration(onlyWord(statement, "a time, as in \"wait 2s\""));
+    return [time](Session& session) { return session.phone().wait(time); };
 }
 
-Report echo(Session& session, const Statement& statement)
+Action sim(const Statement& statement, Variables& captured)
 {
-    session.setEcho(onOff(statement));
-    return {};
+    if (statement.rest.empty())
+        throw Mistake("sim needs a command to the simulation; \"sim help\" lists them");
+    return [command = filledIn(statement.rest, captured)](Session& session)
+    { return session.phone().control(command); };
 }
 
-Report wire(Session& session, const Statement& statement)
+Action raw(const Statement& statement, Variables&)
 {
-    session.recorder().setWire(onOff(statement));
-    return {};
+    return [text = rawText(statement, "the text of a request")](Session& session)
+    { return session.phone().raw(text); };
 }
 
-Report ladder(Session& session, const Statement& statement)
+const char* const anEvent = "an event: its text, or its name and fields";
+
+/// An event as it travels, from its name and some of its fields.
+std::string eventFrom(const std::vector<Word>& words)
 {
-    const bool on = onOff(statement);
+    if (words.empty())
+        throw Mistake(std::string("event needs ") + anEvent);
+    const Event& event = eventNamed(
+        words[0], "; \"help events\" lists them, and a raw text begins with < or a quote");
+    Values values;
+    for (auto word = words.begin() + 1; word != words.end(); ++word)
+    {
+        if (word->name.empty())
+            throw Mistake("fields of an event are written as field=value, not " +
+                              shown(word->text, 40),
+                          word->column);
+        values.emplace_back(word->name, word->text);
+        try
+        {
+            (void)eventText(event, values);
+        }
+        catch (const std::invalid_argument& error)
+        {
+            throw Mistake(printable(error.what(), 200), word->column);
+        }
+    }
+    return eventText(event, values);
+}
+
+Action event(const Statement& statement, Variables& captured)
+{
+    std::string text = rawText(statement, anEvent);
+    if (text[0] != '<' && !isQuoted(statement))
+        text = eventFrom(wordsOf(statement, captured));
+    return [text](Session& session)
+    {
+        if (!session.phone().inject(text))
+            session.display().print("the library has no callback for it", Display::Style::faint);
+        return Report();
+    };
+}
+
+void wire(Session& session, bool on)
+{
+    session.recorder().setWire(on);
+}
+
+void ladder(Session& session, bool on)
+{
     session.phone().pump();
     session.recorder().setLadder(on);
-    return {};
 }
 
-Report run(Session& session, const Statement& statement)
+Action say(const Statement& statement, Variables&)
+{
+    return [text = statement.rest.empty() ? "" : rawText(statement, "a text")](Session& session)
+    {
+        if (session.recorder().picture() == Recorder::Picture::mermaid)
+            session.display().print("    %% " + printable(text));
+        else if (!session.recorder().draws())
+            session.display().print(printable(text), Display::Style::heading);
+        return Report();
+    };
+}
+
+void echo(Session& session, bool on)
+{
+    session.setEcho(on);
+}
+
+Action run(const Statement& statement, Variables&)
 {
     // What went wrong has been told where it happened.
-    return {session.runScript(onlyWord(statement, "a script").text), {}};
+    return [file = onlyWord(statement, "a script").text](Session& session)
+    { return Report(session.runScript(file), {}); };
 }
 
-Report record(Session& session, const Statement& statement)
+Action record(const Statement& statement, Variables&)
 {
-    const Word word = onlyWord(statement, "a file, or off");
-    if (word.text != "off")
+    return [file = onlyWord(statement, "a file, or off").text](Session& session)
     {
-        session.scriptWriter().open(word.text);
-        return {};
-    }
-    const std::string file = session.scriptWriter().close();
-    if (file.empty())
-        throw Mistake("nothing is being recorded");
-    session.display().print("recorded in " + printable(file), Display::Style::faint);
-    return {};
+        if (file != "off")
+        {
+            session.scriptWriter().open(file);
+            return Report();
+        }
+        const std::string written = session.scriptWriter().close();
+        if (written.empty())
+            throw Mistake("nothing is being recorded");
+        session.display().print("recorded in " + printable(written), Display::Style::faint);
+        return Report();
+    };
 }
 
-Report reconnect(Session& session, const Statement& statement)
+Report reconnect(Session& session)
 {
-    nothingBehind(statement);
     const Report report = session.phone().reconnect();
     // A script says for itself what it wants.
     if (report.verdict == Verdict::met && session.place().typed())
@@ -360,9 +310,8 @@ Report reconnect(Session& session, const Statement& statement)
     return report;
 }
 
-Report quit(Session& session, const Statement& statement)
+Report quit(Session& session)
 {
-    nothingBehind(statement);
     session.end();
     return {};
 }
@@ -372,35 +321,32 @@ Report quit(Session& session, const Statement& statement)
 const std::vector<Command>& commands()
 {
     static const std::vector<Command> table = {
-        {"help", "[OPERATION|EVENT|COMMAND]", "explains; alone, lists everything", help, nullptr},
-        {"lines", "", "the lines, and what the events have told about them", lines, checkAlone},
-        {"calls", "", "the calls, as the events have told them", calls, checkAlone},
-        {"lamps", "", "the lamps that were set in this session", lamps, checkAlone},
-        {"events", "[NUMBER]", "the last events with all their fields", lastEvents, nullptr},
+        {"help", "[OPERATION|EVENT|COMMAND]", "explains; alone, lists everything", help},
+        {"lines", "", "the lines, and what the events have told about them", alone(lines)},
+        {"calls", "", "the calls, as the events have told them", alone(calls)},
+        {"lamps", "", "the lamps that were set in this session", alone(lamps)},
+        {"events", "[NUMBER]", "the last events with all their fields", lastEvents},
         {"expect", "[no] EVENT [field=value ...] [within TIME] [as NAME]",
-         "waits for an event, 1 s unless told otherwise; $NAME is its call from then on", expect,
-         checkExpect},
+         "waits for an event, 1 s unless told otherwise; $NAME is its call from then on", expect},
         {"check", "result=VALUE field=value ...", "compares what the last operation returned",
-         check, nullptr},
-        {"forget", "", "lets the next expect look at later events only", forget, checkAlone},
-        {"wait", "TIME", "lets time pass", wait, checkWait},
+         check},
+        {"forget", "", "lets the next expect look at later events only", alone(forget)},
+        {"wait", "TIME", "lets time pass", wait},
         {"sim", "COMMAND", "drives the simulation: far end, clock, faults; \"sim help\" lists all",
-         sim, nullptr},
-        {"raw", "TEXT", "sends a request as it stands, without the library", raw, checkRaw},
+         sim},
+        {"raw", "TEXT", "sends a request as it stands, without the library", raw},
         {"event", "TEXT | EVENT [field=value ...]",
-         "lets an event come in as if the service had sent it", event, checkEvent},
-        {"wire", "on|off", "shows what goes over the channel", wire, checkOnOff},
-        {"ladder", "on|off", "draws what happens as a call flow", ladder, checkOnOff},
-        {"say", "TEXT", "prints the text", say, checkSay},
-        {"echo", "on|off", "prints each line of a script before it is carried out", echo,
-         checkOnOff},
-        {"run", "FILE", "carries out a script", run, checkRun},
+         "lets an event come in as if the service had sent it", event},
+        {"wire", "on|off", "shows what goes over the channel", onOff(wire)},
+        {"ladder", "on|off", "draws what happens as a call flow", onOff(ladder)},
+        {"say", "TEXT", "prints the text", say},
+        {"echo", "on|off", "prints each line of a script before it is carried out", onOff(echo)},
+        {"run", "FILE", "carries out a script", run},
         {"record", "FILE|off",
-         "writes what was typed and what came as a script that expects the same", record,
-         checkRecord},
-        {"reconnect", "", "connects anew, after the service went away", reconnect, checkAlone},
-        {"quit", "", "ends the phone, as Ctrl-D does", quit, checkAlone},
-        {"exit", "", "the same", quit, checkAlone},
+         "writes what was typed and what came as a script that expects the same", record},
+        {"reconnect", "", "connects anew, after the service went away", alone(reconnect)},
+        {"quit", "", "ends the phone, as Ctrl-D does", alone(quit)},
+        {"exit", "", "the same", alone(quit)},
     };
     return table;
 }
@@ -424,6 +370,22 @@ std::vector<std::string> commandWords()
     for (const Operation& operation : operations())
         words.push_back(operation.name);
     return words;
+}
+
+const Operation& resolve(const Word& command, std::vector<Word>& words)
+{
+    if (const Operation* operation = findOperation(command.text))
+        return *operation;
+    const auto positionals =
+        std::count_if(words.begin(), words.end(), [](const Word& w) { return w.name.empty(); });
+    const ShortWord* const shortWord =
+        findShortWord(command.text, static_cast<std::size_t>(positionals));
+    if (shortWord == nullptr)
+        throw Mistake("there is no command " + shown(command.text, 40) +
+                          didYouMean(command.text, commandWords(), " (\"help\" lists all)"),
+                      command.column);
+    words = expand(*shortWord, words);
+    return *findOperation(shortWord->operation);
 }
 
 }  // namespace kit::phone

@@ -1,10 +1,13 @@
 #include "kit/phone/Completion.h"
 
+#include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
+#include "kit/phone/Expectation.h"
 
 #include <algorithm>
-#include <sstream>
+#include <cctype>
+#include <filesystem>
 
 namespace kit::phone
 {
@@ -17,40 +20,56 @@ bool beginsWith(const std::string& text, const std::string& beginning)
     return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-/// The words before the one that is being typed, and that one.
+/// A line up to the cursor.
 struct Typed
 {
-    std::vector<std::string> before;
-    std::string last;
-    std::size_t begin = 0;
+    std::string command;       ///< "" while it is being typed itself
+    std::vector<Word> before;  ///< the words between it and the last
+    std::string last;          ///< the word that is being typed
+    std::size_t begin = 0;     ///< of that
 };
 
-Typed split(const std::string& line)
+/// False where nothing can be completed: in quotes, in a comment, behind a mistake.
+bool split(const std::string& line, Typed& typed)
 {
-    Typed typed;
-    std::istringstream in(line);
-    std::string word;
-    while (in >> word)
-        typed.before.push_back(word);
-    typed.begin = line.size();
-    const bool open = !line.empty() && line.back() != ' ' && line.back() != '\t';
-    if (open && !typed.before.empty())
+    // The cursor stands for one more character of the word that is being typed.
+    const Statement statement = parseStatement(line + "_");
+    typed.before = splitWords(statement.rest, statement.restColumn);
+    Word last = statement.command;
+    if (!statement.rest.empty() && !typed.before.empty())
     {
-        typed.last = typed.before.back();
+        typed.command = statement.command.text;
+        last = typed.before.back();
         typed.before.pop_back();
-        typed.begin -= typed.last.size();
     }
-    if (!typed.before.empty() && typed.before[0] == "!")
-        typed.before.erase(typed.before.begin());
-    // "!hold" is "! hold".
-    if (typed.before.empty() && beginsWith(typed.last, "!"))
+    typed.begin = last.column - 1;
+    typed.last = line.substr(typed.begin);
+    return last.whole() == typed.last + "_";
+}
+
+std::size_t positionals(const std::vector<Word>& words)
+{
+    return static_cast<std::size_t>(std::count_if(
+        words.begin(), words.end(), [](const Word& word) { return word.name.empty(); }));
+}
+
+/// Paths that begin so; of a folder with the "/" behind it.
+std::vector<std::string> filesAt(const std::string& typed)
+{
+    namespace fs = std::filesystem;
+    const std::string folder = typed.substr(0, typed.rfind('/') + 1);
+    const bool hidden = typed.compare(folder.size(), 1, ".") == 0;
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator at(folder.empty() ? "." : folder, error), end; !error && at != end;
+         at.increment(error))
     {
-        typed.last.erase(0, 1);
-        ++typed.begin;
+        const std::string name = at->path().filename().string();
+        if ((name[0] == '.') == hidden && quote(name) == name)
+            names.push_back(folder + name + (at->is_directory(error) ? "/" : ""));
     }
-    else if (!typed.before.empty() && beginsWith(typed.before[0], "!"))
-        typed.before[0].erase(0, 1);
-    return typed;
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 class Finder
@@ -62,22 +81,20 @@ public:
     {
     }
 
-    std::vector<std::string> find(const Typed& typed)
+    std::vector<std::string> find(const Typed& typed) const
     {
-        if (typed.before.empty())
+        if (typed.command.empty())
             return commandWords();
-        const std::string& command = typed.before[0];
-        if (command == "help")
-            return topics();
-        if (command == "wire" || command == "echo" || command == "ladder")
-            return {"on", "off"};
-        if (command == "expect" || command == "event")
-            return forEvent(typed, command == "expect");
-        if (command == "sim")
+        if (typed.command == "expect" || typed.command == "event")
+            return forEvent(typed, typed.command == "expect");
+        if (typed.command == "sim")
             return forSimulation(typed);
-        if (findCommand(command) != nullptr)
+        const Command* const command = findCommand(typed.command);
+        if (command == nullptr)
+            return forOperation(typed);
+        if (!typed.before.empty())
             return {};
-        return forOperation(typed);
+        return typed.command == "help" ? topics() : alternatives(command->usage, typed.last);
     }
 
 private:
@@ -87,6 +104,18 @@ private:
         words.push_back("operations");
         for (const std::string& name : eventNames())
             words.push_back(name);
+        return words;
+    }
+
+    /// What a usage like "FILE|off" offers.
+    static std::vector<std::string> alternatives(const std::string& usage, const std::string& typed)
+    {
+        std::vector<std::string> words;
+        for (const Word& word : splitWords(usage, 1, "|"))
+            if (word.text == "FILE")
+                words = filesAt(typed);
+            else if (word.name.empty() && std::islower(word.text[0]) != 0)
+                words.push_back(word.text);
         return words;
     }
 
@@ -113,14 +142,12 @@ private:
         std::vector<std::string> words;
         for (const Field& field : fields)
         {
-            if (field.kind == Kind::subscriber)
-                continue;
-            const std::string begin = std::string(field.argument) + "=";
             const bool there =
                 std::any_of(typed.before.begin(), typed.before.end(),
-                            [&](const std::string& word) { return beginsWith(word, begin); });
-            if (there)
+                            [&](const Word& word) { return word.name == field.argument; });
+            if (there || field.kind == Kind::subscriber)
                 continue;
+            const std::string begin = std::string(field.argument) + "=";
             if (beginsWith(typed.last, begin))
                 for (const std::string& value : valuesOf(field))
                     words.push_back(begin + value);
@@ -132,50 +159,44 @@ private:
 
     std::vector<std::string> forEvent(const Typed& typed, bool expect) const
     {
-        const std::size_t at = expect && typed.before.size() > 1 && typed.before[1] == "no" ? 2 : 1;
+        const std::size_t at = expect && !typed.before.empty() && typed.before[0].text == "no";
         if (typed.before.size() <= at)
         {
             std::vector<std::string> words = eventNames();
-            if (expect && at == 1)
+            if (expect && at == 0)
                 words.push_back("no");
             return words;
         }
-        const Event* const event = findEvent(typed.before[at]);
+        const Event* const event = findEvent(typed.before[at].text);
         if (event == nullptr)
             return {};
         std::vector<std::string> words = named(typed, event->arguments);
-        if (expect && typed.before.back() != "within" && typed.before.back() != "as")
-        {
-            words.push_back("within");
-            words.push_back("as");
-        }
+        const std::string& last = typed.before.back().text;
+        if (expect && last != "within" && last != "as")
+            words.insert(words.end(), {"within", "as"});
         return words;
     }
 
     std::vector<std::string> forOperation(const Typed& typed) const
     {
-        const Operation* operation = findOperation(typed.before[0]);
-        const ShortWord* shortWord = nullptr;
-        if (operation == nullptr)
-        {
-            shortWord = findShortWord(typed.before[0], typed.before.size());
-            if (shortWord == nullptr)
-                return {};
-            operation = findOperation(shortWord->operation);
-        }
-        std::vector<std::string> words;
         // The value that comes next when none is named.
-        std::size_t place = typed.before.size() - 1;
-        for (const Field& field : operation->arguments)
+        const std::size_t place = positionals(typed.before);
+        const Operation* operation = findOperation(typed.command);
+        const ShortWord* const shortWord = findShortWord(typed.command, place + 1);
+        std::string next;
+        if (operation != nullptr)
+            next = place < operation->arguments.size() ? operation->arguments[place].argument : "";
+        else if (shortWord != nullptr)
         {
-            const bool next = shortWord != nullptr
-                                  ? place < shortWord->positional.size() &&
-                                        std::string(shortWord->positional[place]) == field.argument
-                                  : &field == &operation->arguments[0] + place;
-            if (next)
-                for (const std::string& value : valuesOf(field))
-                    words.push_back(value);
+            operation = findOperation(shortWord->operation);
+            next = place < shortWord->positional.size() ? shortWord->positional[place] : "";
         }
+        else
+            return {};
+        std::vector<std::string> words;
+        for (const Field& field : operation->arguments)
+            if (next == field.argument)
+                words = valuesOf(field);
         for (const std::string& word : named(typed, operation->arguments))
             words.push_back(word);
         return words;
@@ -188,16 +209,16 @@ private:
         {
             const std::size_t blank = command.name.find(' ');
             const std::string first = command.name.substr(0, blank);
-            if (typed.before.size() == 1)
+            if (typed.before.empty())
                 words.push_back(first);
-            else if (typed.before[1] == first)
+            else if (typed.before[0].text == first)
             {
-                if (blank != std::string::npos && typed.before.size() == 2)
+                if (blank != std::string::npos && typed.before.size() == 1)
                     words.push_back(command.name.substr(blank + 1));
                 for (const UsageSlot& slot : command.slots())
                 {
                     words.push_back(slot.keyword);
-                    const std::vector<std::string> values = simulationValues(slot.value);
+                    const std::vector<std::string> values = valuesOf(slot.value, typed.last);
                     words.insert(words.end(), values.begin(), values.end());
                 }
             }
@@ -205,9 +226,11 @@ private:
         return words;
     }
 
-    std::vector<std::string> simulationValues(const std::string& kind) const
+    std::vector<std::string> valuesOf(const std::string& kind, const std::string& typed) const
     {
         std::vector<std::string> values = wordsFor(kind);
+        if (kind == "FILE")
+            values = filesAt(typed);
         if (kind == "LINE")
             values = book_.lines();
         if (kind == "CALL")
@@ -239,8 +262,17 @@ std::string Completions::commonPart() const
 Completions complete(const std::string& line, const CallBook& book, const Variables& variables,
                      const std::vector<CommandUsage>& simulation)
 {
-    const Typed typed = split(line);
     Completions completions;
+    Typed typed;
+    try
+    {
+        if (!split(line, typed))
+            return completions;
+    }
+    catch (const Mistake&)
+    {
+        return completions;
+    }
     completions.begin = typed.begin;
     for (const std::string& word : Finder(book, variables, simulation).find(typed))
         if (!word.empty() && beginsWith(word, typed.last) &&

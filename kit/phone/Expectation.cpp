@@ -18,19 +18,6 @@ bool isText(Kind kind)
     return kind == Kind::text || kind == Kind::party || kind == Kind::payload;
 }
 
-const Event& eventNamed(const Word& word)
-{
-    if (const Event* event = findEvent(word.text))
-        return *event;
-    if (const Event* event = findCallback(word.text))
-        return *event;
-    const std::string near = nearest(word.text, eventNames());
-    throw Mistake(
-        "there is no event " + shown(word.text, 40) +
-            (near.empty() ? " (\"help events\" lists them)" : ", did you mean " + near + "?"),
-        word.column);
-}
-
 std::size_t argumentNamed(const Event& event, const Word& word)
 {
     const std::size_t place = placeOf(event.arguments, word.name);
@@ -39,13 +26,9 @@ std::size_t argumentNamed(const Event& event, const Word& word)
     std::vector<std::string> names;
     for (const Field& field : event.arguments)
         names.push_back(field.argument);
-    const std::string near = nearest(word.name, names);
-    std::string all;
-    for (const std::string& name : names)
-        all += (all.empty() ? "" : ", ") + name;
     throw Mistake(std::string(event.method) + " has no field " + word.name +
-                      (near.empty() ? "" : ", did you mean " + near + "?") + " (it has " +
-                      (all.empty() ? "none" : all) + ")",
+                      didYouMean(word.name, names) + " (it has " +
+                      (names.empty() ? "none" : listed(names)) + ")",
                   word.column);
 }
 
@@ -131,6 +114,16 @@ std::vector<std::string> Expectation::explain(const std::deque<ReceivedEvent>& e
             others += (others.empty() ? "" : ", ") + other->method();
     lines.push_back(others.empty() ? "no event came" : "events that came: " + others);
     return lines;
+}
+
+const Event& eventNamed(const Word& word, const std::string& otherwise)
+{
+    for (const Event* event : {findEvent(word.text), findCallback(word.text)})
+        if (event != nullptr)
+            return *event;
+    throw Mistake("there is no event " + shown(word.text, 40) +
+                      didYouMean(word.text, eventNames(), otherwise),
+                  word.column);
 }
 
 std::string capturedBy(const ReceivedEvent& received)

@@ -33,6 +33,11 @@ struct Expectation
                                      std::size_t begin) const;
 };
 
+/// By the name of the event or of its callback; raises Mistake, which ends as told when no event is
+/// nearly called so.
+const Event& eventNamed(const Word& word,
+                        const std::string& otherwise = " (\"help events\" lists them)");
+
 /// The argument whose value is kept as the event's call; "" when the event has none.
 std::string capturedBy(const ReceivedEvent& received);
 

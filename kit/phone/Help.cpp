@@ -188,8 +188,9 @@ std::string operationList()
 
 }  // namespace
 
-std::string helpOn(const std::string& topic)
+std::string helpOn(const Word& word)
 {
+    const std::string& topic = word.text;
     if (topic.empty())
         return overview();
     if (const Command* command = findCommand(topic))
@@ -218,7 +219,8 @@ std::string helpOn(const std::string& topic)
     for (const std::string& name : eventNames())
         topics.push_back(name);
     throw Mistake("there is no help on " + shown(topic, 40) +
-                  didYouMean(topic, topics, "; \"help\" alone lists everything"));
+                      didYouMean(topic, topics, "; \"help\" alone lists everything"),
+                  word.column);
 }
 
 }  // namespace kit::phone

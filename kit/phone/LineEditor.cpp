@@ -215,8 +215,8 @@ unsigned char LineEditor::completeWord(EditLine* editor, int)
         return CC_REFRESH_BEEP;
     const std::string word = typed.substr(found.begin);
     std::string more = found.commonPart().substr(word.size());
-    // Behind "name=" comes a value.
-    if (found.words.size() == 1 && found.words[0].back() != '=')
+    // Behind "name=" comes a value, behind a folder what is in it.
+    if (found.words.size() == 1 && found.words[0].back() != '=' && found.words[0].back() != '/')
         more += ' ';
     if (!more.empty())
     {

@@ -344,9 +344,10 @@ void Phone::pump()
     framework_->pump();
 }
 
-void Phone::wait(std::chrono::milliseconds time)
+Report Phone::wait(std::chrono::milliseconds time)
 {
     waitFor(time, [] { return false; });
+    return {interruptions() > 0 ? Verdict::interrupted : Verdict::met, {}};
 }
 
 bool Phone::waitFor(std::chrono::milliseconds limit, const std::function<bool()>& done)

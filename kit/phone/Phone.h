@@ -68,7 +68,8 @@ public:
     /// With a new connection; what was believed of calls and lines is forgotten.
     Report reconnect();
 
-    void wait(std::chrono::milliseconds time);
+    /// Lets time pass.
+    Report wait(std::chrono::milliseconds time);
 
     /// Delivers and prints what has arrived.
     void pump();

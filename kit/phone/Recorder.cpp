@@ -1,7 +1,6 @@
 #include "kit/phone/Recorder.h"
 
 #include "kit/language/Wording.h"
-#include "kit/trace/Page.h"
 
 #include <cerrno>
 #include <cstring>
@@ -14,7 +13,6 @@ namespace kit::phone
 
 Recorder::Recorder(const Settings& settings, Display& display)
     : display_(display),
-      pageFile_(settings.pageFile),
       pageTitle_(settings.pageTitle),
       width_(settings.width),
       picture_(settings.picture),
@@ -25,12 +23,8 @@ Recorder::Recorder(const Settings& settings, Display& display)
     if (pipe2(wake_, O_NONBLOCK | O_CLOEXEC) != 0)
         throw std::runtime_error(std::string("no pipe: ") + std::strerror(errno));
     pageTrace_.head = tracer_.head("communications-phone");
-    if (!pageFile_.empty())
-    {
-        page_.open(pageFile_, std::ios::trunc);
-        if (!page_)
-            throw std::runtime_error("cannot write " + pageFile_ + ": " + std::strerror(errno));
-    }
+    if (!settings.pageFile.empty())
+        page_ = std::make_unique<PageFile>(settings.pageFile);
     if (!settings.traceFile.empty())
         trace_ = std::make_unique<TraceFile>(settings.traceFile, pageTrace_.head);
     if (picture_ == Picture::mermaid)
@@ -49,7 +43,7 @@ void Recorder::take(const TraceRecord& record)
         const std::lock_guard<std::mutex> lock(mutex_);
         if (trace_)
             trace_->add(record);
-        if (page_.is_open())
+        if (page_)
             pageTrace_.records.push_back(record);
         if (picture_ != Picture::none || wire_)
             records_.push_back(record);
@@ -146,14 +140,18 @@ bool Recorder::finish()
     if (draws())
         draw(flow_.finish());
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (page_.is_open())
+    bool complete = !trace_ || trace_->problem().empty();
+    try
     {
-        writePage(page_, pageTrace_, pageTitle_);
-        page_.close();
+        if (page_)
+            page_->write(pageTrace_, pageTitle_);
     }
-    if (!page_)
-        display_.complain("the page is not complete: " + pageFile_ + " could not be written");
-    return page_ && (!trace_ || trace_->problem().empty());
+    catch (const Failure& failure)
+    {
+        display_.complain(failure.what());
+        complete = false;
+    }
+    return complete;
 }
 
 }  // namespace kit::phone

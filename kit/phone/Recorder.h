@@ -2,11 +2,11 @@
 #define KIT_PHONE_RECORDER_H
 
 #include "kit/phone/Display.h"
+#include "kit/phone/PageFile.h"
 #include "kit/trace/Ladder.h"
 #include "kit/trace/TraceFile.h"
 #include "kit/trace/Tracer.h"
 
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -74,7 +74,6 @@ private:
     void draw(const std::vector<FlowStep>& steps);
 
     Display& display_;
-    const std::string pageFile_;
     const std::string pageTitle_;
     const std::size_t width_;
     int wake_[2] = {-1, -1};
@@ -82,7 +81,7 @@ private:
     std::mutex mutex_;
     std::unique_ptr<TraceFile> trace_;
     bool traceProblemTold_ = false;
-    std::ofstream page_;
+    std::unique_ptr<PageFile> page_;
     Trace pageTrace_;                      ///< all of it, for the page
     std::vector<TraceRecord> records_;     ///< not shown yet
     std::vector<std::string> complaints_;  ///< likewise

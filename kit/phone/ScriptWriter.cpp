@@ -32,11 +32,6 @@ std::string typed(ScriptWriter::Time time)
                                     : std::to_string(time.count()) + "ms";
 }
 
-bool isNameCharacter(char c)
-{
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
-
 }  // namespace
 
 int ScriptWriter::begin(Time now, const std::string& line, const Variables& variables)
@@ -62,16 +57,11 @@ int ScriptWriter::begin(Time now, const std::string& line, const Variables& vari
         return number_;
     }
     // Names under which expectations have kept calls: those expectations are not written.
-    for (const auto& [name, value] : variables)
-    {
-        const auto known = calls_.find(value);
-        const std::string mark = "$" + name;
-        const std::string instead = known != calls_.end() ? "$" + known->second : value;
-        for (std::size_t at = line_.find(mark); at != std::string::npos;
-             at = line_.find(mark, at + instead.size()))
-            if (at + mark.size() == line_.size() || !isNameCharacter(line_[at + mark.size()]))
-                line_.replace(at, mark.size(), instead);
-    }
+    Variables renamed = variables;
+    for (auto& [name, value] : renamed)
+        if (const auto known = calls_.find(value); known != calls_.end())
+            value = "$" + known->second;
+    line_ = filledIn(line_, renamed);
     started_ = now;
     const Time quiet = (now - last_) / 100 * 100;
     if (calls_.empty())

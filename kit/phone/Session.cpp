@@ -27,25 +27,6 @@ bool speaksForItself(const Statement& statement)
            statement.command.text == "wire";
 }
 
-/// The operation that is meant by its name or by a short word, which changes the words.
-const Operation& resolve(const Statement& statement, std::vector<Word>& words)
-{
-    const std::string& word = statement.command.text;
-    if (const Operation* operation = findOperation(word))
-        return *operation;
-    const auto positionals =
-        std::count_if(words.begin(), words.end(), [](const Word& w) { return w.name.empty(); });
-    const ShortWord* const shortWord = findShortWord(word, static_cast<std::size_t>(positionals));
-    if (shortWord == nullptr)
-    {
-        throw Mistake("there is no command " + shown(word, 40) +
-                          didYouMean(word, commandWords(), " (\"help\" lists all)"),
-                      statement.command.column);
-    }
-    words = expand(*shortWord, words);
-    return *findOperation(shortWord->operation);
-}
-
 }  // namespace
 
 Session::Session(Settings settings, Display& display)
@@ -113,9 +94,12 @@ Verdict Session::execute(const std::string& line, const Place& place)
 Report Session::carryOut(const Statement& statement)
 {
     if (const Command* command = findCommand(statement.command.text))
-        return command->run(*this, statement);
+    {
+        Variables captured = variables_;
+        return command->read(statement, captured)(*this);
+    }
     std::vector<Word> words = splitWords(statement.rest, statement.restColumn);
-    const Operation& operation = resolve(statement, words);
+    const Operation& operation = resolve(statement.command, words);
     fillIn(words, variables_);
     return phone_.call(operation, words, statement.mustFail);
 }
@@ -153,12 +137,11 @@ void Session::check(const std::string& line, Variables& captured) const
         return;
     if (const Command* command = findCommand(statement.command.text))
     {
-        if (command->check != nullptr)
-            command->check(statement, captured);
+        (void)command->read(statement, captured);
         return;
     }
     std::vector<Word> words = splitWords(statement.rest, statement.restColumn);
-    const Operation& operation = resolve(statement, words);
+    const Operation& operation = resolve(statement.command, words);
     fillIn(words, captured);
     (void)bindArguments(operation, words, phone_.knownBook(), Purpose::looking);
 }

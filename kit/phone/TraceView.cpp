@@ -1,9 +1,9 @@
 #include "kit/phone/TraceView.h"
 
 #include "kit/phone/Interruptions.h"
+#include "kit/phone/PageFile.h"
 #include "kit/trace/Comparison.h"
 #include "kit/trace/Ladder.h"
-#include "kit/trace/Page.h"
 
 #include <cerrno>
 #include <cstring>
@@ -61,11 +61,7 @@ Verdict writePage(const TraceView& view)
     std::ifstream in = open(view.file);
     Trace trace = readTrace(in, view.file);
     trace.records = filtered(trace.records, view.wanted);
-    std::ofstream out(view.page, std::ios::trunc);
-    if (out)
-        kit::writePage(out, trace, view.file.substr(view.file.rfind('/') + 1));
-    if (!out.flush())
-        throw std::runtime_error("cannot write " + view.page + ": " + std::strerror(errno));
+    PageFile(view.page).write(trace, view.file.substr(view.file.rfind('/') + 1));
     return complain(trace.complaint);
 }
 

@@ -1,6 +1,7 @@
 #ifndef KIT_PHONE_VERDICT_H
 #define KIT_PHONE_VERDICT_H
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +18,17 @@ enum class Verdict
     unreachable = 3,  ///< the service is gone or did not answer in time
     unwritten = 4,    ///< the trace, or what was to be printed
     interrupted = 130
+};
+
+/// Ends the program; the text is one line for people.
+class Failure : public std::runtime_error
+{
+public:
+    Failure(Verdict verdict, const std::string& why) : std::runtime_error(why), verdict_(verdict) {}
+    Verdict verdict() const { return verdict_; }
+
+private:
+    Verdict verdict_;
 };
 
 /// What a line came to, and why.

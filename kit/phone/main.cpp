@@ -26,27 +26,18 @@ namespace
 struct Options
 {
     std::string socket;
-    std::string library;
     std::string script;
     std::string robots;
-    std::string trace;
-    std::string ladderFrom;
-    std::string page;
-    std::string other;
-    std::string newApplication;
-    std::string line;
-    std::string call;
-    std::vector<std::string> methods;
-    bool watch = false;
     std::string history;
-    std::string timeout = "5s";
+    std::string page;
+    std::string newApplication;
     std::size_t width = 0;
     bool ladder = false;
     bool mermaid = false;
-    bool echo = false;
-    bool wire = false;
     bool realTime = false;
     bool driveClock = false;
+    Session::Settings session;  ///< for lines that are carried out
+    TraceView view;             ///< or for a trace that is looked at
 };
 
 const char* const footer =
@@ -62,8 +53,31 @@ const char* const footer =
     "\n"
     "Environment: NO_COLOR switches colours off; COMMUNICATIONS_SERVICE_LIBRARY names the library.";
 
+std::chrono::milliseconds timeout(const std::string& text)
+{
+    Word word;
+    word.text = text;
+    const std::chrono::milliseconds time = parseDuration(word);
+    if (time.count() == 0)
+        throw Mistake("--timeout must be longer than 0");
+    return time;
+}
+
+/// A method that no message has would leave an empty picture.
+std::string problemOfMethod(const std::string& method)
+{
+    std::vector<std::string> methods = eventNames();
+    for (const Operation& operation : operations())
+        methods.push_back(operation.method);
+    return std::find(methods.begin(), methods.end(), method) != methods.end()
+               ? ""
+               : "no message is called " + shown(method, 60) + didYouMean(method, methods);
+}
+
 void declare(CLI::App& app, Options& options)
 {
+    Session::Settings& session = options.session;
+    TraceView& view = options.view;
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", "communications-phone " COMMUNICATIONS_PHONE_VERSION,
                          "Print the version and exit");
@@ -74,46 +88,51 @@ void declare(CLI::App& app, Options& options)
                    "Who else can be called in the service of this process")
         ->type_name("FILE")
         ->excludes(socket);
-    app.add_option("--library", options.library, "Open this client library")->type_name("PATH");
+    app.add_option("--library", session.phone.library, "Open this client library")
+        ->type_name("PATH");
     app.add_option("--script", options.script, "Carry out the lines of this file, - for stdin")
         ->type_name("FILE");
-    app.add_option("--timeout", options.timeout, "Longest wait for an answer")
+    app.add_option_function<std::string>(
+           "--timeout", [&](const std::string& text) { session.phone.timeout = timeout(text); },
+           "Longest wait for an answer")
         ->type_name("TIME")
-        ->capture_default_str();
+        ->default_str("5s");
     app.add_flag("--real-time", options.realTime,
                  "In scripts, let time pass as outside and not at once");
     app.add_flag("--drive-clock", options.driveClock,
                  "With --socket: let this phone drive the clock of the simulation there")
         ->needs(socket);
-    app.add_flag("--echo", options.echo, "Print each line of a script before it is carried out");
-    app.add_flag("--wire", options.wire, "Show what goes over the channel");
-    app.add_option("--trace", options.trace, "Write what goes over the channel as JSON Lines")
+    app.add_flag("--echo", session.echo, "Print each line of a script before it is carried out");
+    app.add_flag("--wire", session.recorder.wire, "Show what goes over the channel");
+    app.add_option("--trace", session.recorder.traceFile,
+                   "Write what goes over the channel as JSON Lines")
         ->type_name("FILE");
     CLI::Option* const ladder =
         app.add_flag("--ladder", options.ladder, "Draw what happens as a call flow");
     app.add_flag("--mermaid", options.mermaid, "The same as a Mermaid sequence diagram");
     CLI::Option* const from =
-        app.add_option("--ladder-from", options.ladderFrom,
+        app.add_option("--ladder-from", view.file,
                        "Draw the call flow of a trace, with --mermaid as such, and exit")
             ->type_name("FILE")
             ->excludes(ladder);
-    app.add_option("--compare", options.other,
+    app.add_option("--compare", view.other,
                    "Tell how this trace differs from the one of --ladder-from, and exit")
         ->type_name("FILE")
         ->needs(from);
-    app.add_flag("--watch", options.watch,
+    app.add_flag("--watch", view.watch,
                  "With --ladder-from: go on with what is written into the trace, until Ctrl-C")
         ->needs(from);
-    app.add_option("--line", options.line, "With --ladder-from: only what this line is in")
+    app.add_option("--line", view.wanted.line, "With --ladder-from: only what this line is in")
         ->type_name("LINE")
         ->needs(from);
-    app.add_option("--call", options.call, "With --ladder-from: only what this call is in")
+    app.add_option("--call", view.wanted.call, "With --ladder-from: only what this call is in")
         ->type_name("NUMBER")
         ->needs(from);
-    app.add_option("--method", options.methods,
+    app.add_option("--method", view.wanted.methods,
                    "With --ladder-from: only messages of this name; may be given several times")
         ->type_name("NAME")
-        ->needs(from);
+        ->needs(from)
+        ->check(problemOfMethod);
     app.add_option("--html", options.page,
                    "Write the trace, of what is done here or of --ladder-from, as a page "
                    "for a browser")
@@ -148,87 +167,26 @@ std::string describe(const CLI::App& app, const CLI::ParseError& error)
            didYouMean(left.front().substr(0, left.front().find('=')), names, "; --help lists them");
 }
 
-std::size_t widthFor(const Options& options)
-{
-    return options.width != 0 ? options.width : screenWidth();
-}
-
-/// A method that no message has would leave an empty picture.
-void checkMethod(const std::string& method)
-{
-    std::vector<std::string> methods = eventNames();
-    for (const Operation& operation : operations())
-        methods.push_back(operation.method);
-    if (std::find(methods.begin(), methods.end(), method) == methods.end())
-        throw Mistake("--method: no message is called " + shown(method, 60) +
-                      didYouMean(method, methods));
-}
-
-int view(const Options& options)
-{
-    TraceView view;
-    view.file = options.ladderFrom;
-    view.wanted.line = options.line;
-    view.wanted.call = options.call;
-    for (const std::string& method : options.methods)
-    {
-        checkMethod(method);
-        view.wanted.methods.insert(method);
-    }
-    view.other = options.other;
-    view.page = options.page;
-    view.mermaid = options.mermaid;
-    view.watch = options.watch;
-    view.width = widthFor(options);
-    catchInterruptions();
-    return static_cast<int>(viewTrace(view));
-}
-
-/// Nobody would see it.
-class Unwritten : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// Cannot be reached, or is none.
-class Unreachable : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
-
 class Program
 {
 public:
-    explicit Program(const Options& options)
-        : options_(options), display_(std::cout, std::cerr, coloursWanted())
+    explicit Program(Options options)
+        : options_(std::move(options)), display_(std::cout, std::cerr, coloursWanted())
     {
     }
 
-    int run()
+    Verdict run()
     {
         const bool typed = options_.script.empty() && isatty(STDIN_FILENO) != 0;
-        Word timeout;
-        timeout.text = options_.timeout;
-        Session::Settings settings;
-        settings.phone.timeout = parseDuration(timeout);
-        if (settings.phone.timeout.count() == 0)
-            throw Mistake("--timeout must be longer than 0");
-        settings.phone.library = options_.library;
+        Session::Settings& settings = options_.session;
         settings.phone.realTime = typed || options_.realTime;
-        settings.recorder.traceFile = options_.trace;
-        settings.recorder.pageFile = options_.page;
+        settings.remember = typed;
+        settings.progress = !typed && isatty(STDERR_FILENO) != 0;
         settings.recorder.pageTitle =
             options_.script.empty() ? "communications-phone" : options_.script;
         settings.recorder.picture = options_.mermaid  ? Recorder::Picture::mermaid
                                     : options_.ladder ? Recorder::Picture::text
                                                       : Recorder::Picture::none;
-        settings.recorder.width = widthFor(options_);
-        settings.recorder.wire = options_.wire;
-        settings.echo = options_.echo;
-        settings.remember = typed;
-        settings.progress = !typed && isatty(STDERR_FILENO) != 0;
         if (options_.socket.empty())
             embed(settings.phone);
         else
@@ -243,7 +201,7 @@ public:
                                     ? session_->runLines(std::cin, "stdin")
                                     : session_->runScript(options_.script);
         const bool traced = session_->finish();
-        return static_cast<int>(traced || verdict != Verdict::met ? verdict : Verdict::unwritten);
+        return traced || verdict != Verdict::met ? verdict : Verdict::unwritten;
     }
 
 private:
@@ -277,7 +235,7 @@ private:
         }
         catch (const std::exception& error)
         {
-            throw Unreachable(error.what());
+            throw Failure(Verdict::unreachable, error.what());
         }
     }
 
@@ -293,11 +251,20 @@ private:
         return Verdict::met;
     }
 
-    const Options& options_;
+    Options options_;
     Display display_;
     std::shared_ptr<SimulatedService> service_;
     std::unique_ptr<Session> session_;
 };
+
+Verdict begin(const CLI::App& app, const Options& options)
+{
+    for (const CLI::Option* option : app.get_options())
+        if (option->count() > 0 && !option->check_lname("new-application"))
+            throw Mistake("--new-application goes with no other option");
+    std::cout << makeApplication(options.newApplication) << '\n';
+    return Verdict::met;
+}
 
 int run(int argc, char** argv)
 {
@@ -316,22 +283,21 @@ int run(int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
-        std::cerr << "communications-phone: " << describe(app, error) << '\n';
-        return static_cast<int>(Verdict::mistake);
+        throw Mistake(describe(app, error));
     }
-    int status = static_cast<int>(Verdict::met);
-    if (app.count("--new-application") > 0)
-    {
-        for (const CLI::Option* option : app.get_options())
-            if (option->count() > 0 && !option->check_lname("new-application"))
-                throw std::runtime_error("--new-application goes with no other option");
-        std::cout << makeApplication(options.newApplication) << '\n';
-    }
-    else
-        status = options.ladderFrom.empty() ? Program(options).run() : view(options);
+    options.view.page = options.session.recorder.pageFile = options.page;
+    options.view.width = options.session.recorder.width =
+        options.width != 0 ? options.width : screenWidth();
+    options.view.mermaid = options.mermaid;
+    const bool looking = !options.view.file.empty();
+    if (looking)
+        catchInterruptions();
+    const Verdict verdict = app.count("--new-application") > 0 ? begin(app, options)
+                            : looking                          ? viewTrace(options.view)
+                                                               : Program(options).run();
     if (!std::cout.flush())
-        throw Unwritten("what was to be printed could not be written");
-    return status;
+        throw Failure(Verdict::unwritten, "what was to be printed could not be written");
+    return static_cast<int>(verdict);
 }
 
 int complain(const std::exception& error, Verdict verdict)
@@ -351,13 +317,9 @@ int main(int argc, char** argv)
     {
         return run(argc, argv);
     }
-    catch (const Unreachable& error)
+    catch (const Failure& error)
     {
-        return complain(error, Verdict::unreachable);
-    }
-    catch (const Unwritten& error)
-    {
-        return complain(error, Verdict::unwritten);
+        return complain(error, error.verdict());
     }
     catch (const std::exception& error)
     {

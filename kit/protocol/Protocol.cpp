@@ -179,8 +179,14 @@ const std::string* valueFor(const Field& field, const Values& values)
 
 void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values)
 {
-    for (const auto& entry : values)
-        checkedPlaceOf(message, fields, entry.first);
+    std::vector<bool> given(fields.size());
+    for (const auto& [name, value] : values)
+    {
+        const std::size_t place = checkedPlaceOf(message, fields, name);
+        if (given[place])
+            throw std::invalid_argument(message + ": " + name + " is given twice");
+        given[place] = true;
+    }
 }
 
 const Operation* findOperation(const std::string& name)

@@ -145,7 +145,7 @@ std::string eventText(const Event& event, const Values& values, Others others = 
 std::string requestText(const Operation& operation, const Values& values);
 
 /// Throws std::invalid_argument for a name that is none of the fields', with the one that was
-/// probably meant; `message` is what the text calls the message.
+/// probably meant, and for a field that is given twice; `message` is what the text calls the message.
 void checkNames(const std::string& message, const std::vector<Field>& fields, const Values& values);
 
 /// Place of the field with this argument or tag; the number of fields when there is none.

@@ -5,8 +5,10 @@
 #include "kit/language/Wording.h"
 #include "kit/language/Words.h"
 #include "kit/phone/Arguments.h"
+#include "kit/phone/Commands.h"
 #include "kit/phone/Completion.h"
 #include "tests/kit/phone/Transcript.h"
+#include "tests/support/Folder.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -79,15 +81,9 @@ std::string bound(const std::string& line, const CallBook& book)
 {
     const Statement statement = parseStatement(line);
     std::vector<Word> words = splitWords(statement.rest, statement.restColumn);
-    const Operation* operation = findOperation(statement.command.text);
-    if (operation == nullptr)
-    {
-        const ShortWord* const shortWord = findShortWord(statement.command.text, words.size());
-        words = expand(*shortWord, words);
-        operation = findOperation(shortWord->operation);
-    }
-    const Binding binding = bindArguments(*operation, words, book);
-    std::string text = operation->name;
+    const Operation& operation = resolve(statement.command, words);
+    const Binding binding = bindArguments(operation, words, book);
+    std::string text = operation.name;
     for (const auto& [name, value] : binding.values)
         text += " " + name + "=" + value;
     for (const std::string& name : binding.nulls)
@@ -101,6 +97,7 @@ std::string offered(const std::string& line, const CallBook& book)
         parseCommandHelp("call LINE from NUMBER [video]: somebody calls a line\n"
                          "hang up [CALL]: the far end hangs up\n"
                          "record [CALL] [ON]: a call is recorded\n"
+                         "robots FILE: those of a text file can be called\n"
                          "show WHAT: one of the views");
     const Completions found =
         complete(line.substr(0, line.size() - 1), book, {{"first", "7"}}, simulation);
@@ -128,6 +125,10 @@ TEST(Language, IsReadAsItsTranscriptSays)
              fillIn(words, {{"call", "12"}});
              return inWords(words);
          }},
+        {"a text with captured values",
+         [](const std::string& text) {
+             return filledIn(text, {{"call", "12"}});
+         }},
         {"times", [](const std::string& text)
          { return std::to_string(parseDuration(wordAt(4, text)).count()); }},
         {"switches",
@@ -145,6 +146,28 @@ TEST(Language, IsReadAsItsTranscriptSays)
                      return [type = parts.at(part)](const std::string& line)
                      { return outcomeOf([&] { return type(line); }) + "\n"; };
                  });
+}
+
+TEST(Language, CompletesNamesOfFiles)
+{
+    const Folder folder;
+    for (const char* name : {"tour", "tower", "other", ".hidden", "two words"})
+        std::ofstream(folder / name) << "x";
+    std::filesystem::create_directory(folder / "to");
+    const auto names = [&](const std::string& command, const std::string& typed)
+    {
+        std::string words = offered(command + folder / typed + "|", {});
+        for (std::size_t at = 0; (at = words.find(folder / "")) != std::string::npos;)
+            words.erase(at, (folder / "").size());
+        return words;
+    };
+    EXPECT_EQ(names("run ", "to"), "4: to/ tour tower");
+    EXPECT_EQ(names("record ", "tou"), "7: tour");
+    EXPECT_EQ(names("sim robots ", "o"), "11: other");
+    EXPECT_EQ(names("run ", "."), "4: .hidden");
+    EXPECT_EQ(names("run ", "tw"), "4:") << "it needs quotes";
+    EXPECT_EQ(names("run ", "nowhere/"), "4:");
+    EXPECT_EQ(offered("record of|", {}), "7: off");
 }
 
 TEST(Language, KnowsBytesThatAreNoText)

@@ -1,5 +1,6 @@
 // Lines that are carried out over a service in this process.
 
+#include "kit/phone/Interruptions.h"
 #include "kit/phone/Session.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
@@ -114,10 +115,16 @@ TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
     EXPECT_EQ(run("record /nowhere/x"), Verdict::mistake);
     EXPECT_EQ(errors_.str(), "s:3: cannot write /nowhere/x: No such file or directory\n");
     for (const char* line :
-         {"record ", "subscribe", "dial 2001", "activate", "dial 2001", "wait 3s", "calls",
-          "expect CallStateChangeEvent callState=connected as mine", "! hold 99", "hold $mine",
-          "getDevices", "! sim show nothing", "nonsense", "record off"})
-        (void)run(std::string(line) == "record " ? line + file : line);
+         {"record ", "subscribe", "dial 2001", "activate", "dial 2001", "wait 1h", "wait 3s",
+          "calls", "expect CallStateChangeEvent callState=connected as mine", "! hold 99",
+          "hold $mine", "getDevices", "! sim show nothing", "nonsense", "record off"})
+    {
+        // Nobody waits where Ctrl-C was pressed, and so much time has not passed.
+        setInterruptions(std::string(line) == "wait 1h" ? 1 : 0);
+        const Verdict verdict = run(std::string(line) == "record " ? line + file : line);
+        EXPECT_EQ(verdict == Verdict::interrupted, interruptions() > 0) << line;
+    }
+    setInterruptions(0);
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();
     const std::string recorded = text.str();
