@@ -267,7 +267,7 @@ Action say(const Statement& statement, Variables&)
         if (session.recorder().picture() == Recorder::Picture::mermaid)
             session.display().print("    %% " + printable(text));
         else if (!session.recorder().draws())
-            session.display().print(printable(text), Display::Style::heading);
+            session.display().print(printable(text), Display::Style::strong);
         return Report();
     };
 }

@@ -16,8 +16,7 @@ const char* colourOf(Display::Style style)
 {
     switch (style)
     {
-    case Display::Style::echo:
-    case Display::Style::heading:
+    case Display::Style::strong:
         return "\033[1m";
     case Display::Style::good:
         return "\033[32m";
@@ -25,8 +24,6 @@ const char* colourOf(Display::Style style)
         return "\033[31m";
     case Display::Style::event:
         return "\033[36m";
-    case Display::Style::outgoing:
-    case Display::Style::incoming:
     case Display::Style::faint:
         return "\033[2m";
     case Display::Style::plain:
@@ -44,22 +41,21 @@ Display::Display(std::ostream& out, std::ostream& errors, bool colours)
 
 void Display::print(const std::string& text, Style style)
 {
-    endProgress();
-    if (before_)
-        before_();
-    out_ << styled(text, style) << '\n' << std::flush;
-    if (after_)
-        after_();
+    write(out_, text, style);
 }
 
 void Display::complain(const std::string& text)
 {
+    write(errors_, text, Style::bad);
+}
+
+void Display::write(std::ostream& stream, const std::string& text, Style style)
+{
     endProgress();
     if (before_)
         before_();
-    // What was printed so far stands before it, also when both go to one file.
-    out_ << std::flush;
-    errors_ << styled(text, Style::bad) << '\n' << std::flush;
+    const std::string colour = colours_ ? colourOf(style) : "";
+    stream << colour << text << (colour.empty() ? "" : "\033[0m") << '\n' << std::flush;
     if (after_)
         after_();
 }
@@ -83,18 +79,28 @@ void Display::setSurroundings(std::function<void()> before, std::function<void()
     after_ = std::move(after);
 }
 
-std::string Display::styled(const std::string& text, Style style) const
-{
-    const std::string colour = colours_ ? colourOf(style) : "";
-    return colour.empty() ? text : colour + text + "\033[0m";
-}
-
 bool coloursWanted()
 {
     const char* const forbidden = std::getenv("NO_COLOR");
     const char* const terminal = std::getenv("TERM");
     return isatty(STDOUT_FILENO) != 0 && (forbidden == nullptr || *forbidden == '\0') &&
            (terminal == nullptr || std::string(terminal) != "dumb");
+}
+
+std::string sideBySide(const std::vector<std::string>& words, std::size_t width, std::size_t indent)
+{
+    std::string text;
+    std::string line;
+    for (const std::string& word : words)
+    {
+        if (!line.empty() && line.size() + 2 + word.size() > width)
+        {
+            text += line + "\n";
+            line.clear();
+        }
+        line += std::string(line.empty() ? indent : 2, ' ') + word;
+    }
+    return line.empty() ? text : text + line + "\n";
 }
 
 std::size_t screenWidth()

@@ -1,9 +1,11 @@
 #ifndef KIT_PHONE_DISPLAY_H
 #define KIT_PHONE_DISPLAY_H
 
+#include <cstddef>
 #include <functional>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace kit::phone
 {
@@ -15,14 +17,11 @@ public:
     enum class Style
     {
         plain,
-        echo,  ///< a command of a script
-        good,  ///< a result that is a success
-        bad,   ///< a result that is none
+        strong,  ///< what a script says, and its lines
+        good,    ///< a result that is a success
+        bad,     ///< a result that is none
         event,
-        outgoing,  ///< raw text to the service
-        incoming,  ///< raw text from the service
-        faint,
-        heading
+        faint  ///< raw texts, and what the phone remarks
     };
 
     Display(std::ostream& out, std::ostream& errors, bool colours);
@@ -39,9 +38,9 @@ public:
     /// What to do around each line while a line is being typed below.
     void setSurroundings(std::function<void()> before, std::function<void()> after);
 
-    std::string styled(const std::string& text, Style style) const;
-
 private:
+    void write(std::ostream& stream, const std::string& text, Style style);
+
     std::ostream& out_;
     std::ostream& errors_;
     const bool colours_;
@@ -52,6 +51,10 @@ private:
 
 /// Colours are for terminals, and for those who do not forbid them with NO_COLOR.
 bool coloursWanted();
+
+/// Words in lines of at most this many columns, each line behind an indent.
+std::string sideBySide(const std::vector<std::string>& words, std::size_t width,
+                       std::size_t indent = 0);
 
 /// Columns of the terminal that is printed to, 80 where it is none.
 std::size_t screenWidth();

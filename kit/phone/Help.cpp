@@ -3,6 +3,7 @@
 #include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
+#include "kit/phone/Display.h"
 
 #include <algorithm>
 
@@ -27,23 +28,6 @@ std::string twoColumns(const std::string& first, const std::string& second)
            " " + second + "\n";
 }
 
-/// Words side by side, in lines of some 90 characters.
-std::string paragraph(const std::vector<std::string>& words)
-{
-    std::string text;
-    std::string line = " ";
-    for (const std::string& word : words)
-    {
-        if (line.size() + word.size() > 90)
-        {
-            text += line + "\n";
-            line = " ";
-        }
-        line += " " + word;
-    }
-    return text + line;
-}
-
 std::string wordUsage(const ShortWord& shortWord)
 {
     std::string text = shortWord.word;
@@ -56,52 +40,37 @@ std::string wordUsage(const ShortWord& shortWord)
     return text;
 }
 
-std::string shortWordList()
-{
-    std::string text;
-    for (const ShortWord& shortWord : shortWords())
-    {
-        const Operation& operation = *findOperation(shortWord.operation);
-        text +=
-            twoColumns(wordUsage(shortWord), padded(operation.name, 27) + " " + operation.summary);
-    }
-    return text;
-}
-
 std::string overview()
 {
     std::string text = "Commands:\n";
     for (const Command& command : commands())
         text += twoColumns(std::string(command.name) + " " + command.usage, command.summary);
     text += "Short words, each for an operation; line and call follow from what the phone does:\n";
-    text += shortWordList();
+    for (const ShortWord& shortWord : shortWords())
+    {
+        std::string presets;
+        for (const auto& [argument, value] : shortWord.presets)
+            presets += std::string(" (") + argument + "=" + value + ")";
+        const Operation& operation = *findOperation(shortWord.operation);
+        text += twoColumns(wordUsage(shortWord),
+                           padded(operation.name, 27) + " " + operation.summary + presets);
+    }
     text += "Operations (help OPERATION shows arguments and wire text):\n";
     std::vector<std::string> names;
     for (const Operation& operation : operations())
         names.push_back(operation.name);
-    text += paragraph(names) + "\nEvents (help EVENT shows the fields):\n";
-    text += paragraph(eventNames());
-    text += "\nLanguage: word name=value \"two words\" # comment. \"!\" before a command that must "
-            "fail.\nTry: dial 2001. Far ends that can be called: sim show robots.";
+    text += sideBySide(names, 90, 2) + "Events (help EVENT shows the fields):\n";
+    text += sideBySide(eventNames(), 90, 2);
+    text += "Language: word name=value \"two words\" # comment. \"!\" before a command that must "
+            "fail.\nTry: dial 2001. Far ends that can be called: sim show robots.\n";
     return text;
 }
 
 std::string fieldLine(const Field& field, const std::string& more)
 {
-    std::string text = "  " + padded(field.argument, 26) + " " + field.explanation + more;
-    if (isFlag(field.kind))
-        return text;
-    std::string line;
-    for (const std::string& name : namesFor(field))
-    {
-        if (line.size() + name.size() > 60)
-        {
-            text += "\n" + std::string(31, ' ') + line;
-            line.clear();
-        }
-        line += (line.empty() ? "" : " ") + name;
-    }
-    return line.empty() ? text : text + "\n" + std::string(31, ' ') + line;
+    const std::string text =
+        "  " + padded(field.argument, 26) + " " + field.explanation + more + "\n";
+    return isFlag(field.kind) ? text : text + sideBySide(namesFor(field), 91, 31);
 }
 
 std::string wireText(const std::string& method, const std::vector<Field>& fields)
@@ -129,7 +98,7 @@ std::string answerText(const Operation& operation)
 
 std::string helpOnOperation(const Operation& operation)
 {
-    std::string text = usageOf(operation) + "\n  " + operation.summary;
+    std::string text = usageOf(operation) + "\n  " + operation.summary + "\n";
     for (const Field& argument : operation.arguments)
     {
         if (argument.kind == Kind::subscriber)
@@ -142,85 +111,79 @@ std::string helpOnOperation(const Operation& operation)
             more = " [that of the call, or the first]";
         else if (isCallArgument(argument))
             more = " [the one that fits]";
-        text += "\n" + fieldLine(argument, more);
+        text += fieldLine(argument, more);
     }
     for (const Field& output : operation.outputs)
-        text += "\n" + fieldLine(output, " (returned)");
+        text += fieldLine(output, " (returned)");
     if (operation.sending != Sending::nothing)
-        text += "\n  wire:   " + (*operation.method != '\0'
-                                      ? wireText(operation.method, operation.arguments)
-                                      : std::string("SigEvent:...data..."));
-    text += "\n  answer: " + answerText(operation);
+        text += "  wire:   " +
+                (*operation.method != '\0' ? wireText(operation.method, operation.arguments)
+                                           : std::string("SigEvent:...data...")) +
+                "\n";
+    text += "  answer: " + answerText(operation) + "\n";
     std::vector<std::string> words;
     for (const ShortWord& shortWord : shortWords())
         if (operation.name == std::string(shortWord.operation))
             words.push_back(wordUsage(shortWord));
-    if (!words.empty())
-        text += "\n  short:  " + listed(words);
-    return text;
+    return words.empty() ? text : text + "  short:  " + listed(words) + "\n";
 }
 
 std::string helpOnEvent(const Event& event)
 {
     std::string text =
-        std::string(event.method) + ", callback " + event.callback + "\n  " + event.summary;
+        std::string(event.method) + ", callback " + event.callback + "\n  " + event.summary + "\n";
     for (const Field& argument : event.arguments)
-        text += "\n" + fieldLine(argument, "");
-    return text + "\n  wire: " + wireText(event.method, event.arguments);
+        text += fieldLine(argument, "");
+    return text + "  wire: " + wireText(event.method, event.arguments) + "\n";
 }
 
-std::string eventList()
+/// "" when there is nothing of that name.
+std::string helpOnName(const std::string& topic)
 {
     std::string text;
-    for (const Event& event : events())
-        text += (text.empty() ? "  " : "\n  ") + padded(event.method, 34) + " " + event.summary;
-    return text;
-}
-
-std::string operationList()
-{
-    std::string text;
-    for (const Operation& operation : operations())
-        text +=
-            (text.empty() ? "  " : "\n  ") + padded(operation.name, 34) + " " + operation.summary;
+    if (topic == "events")
+    {
+        for (const Event& event : events())
+            text += "  " + padded(event.method, 34) + " " + event.summary + "\n";
+        return text;
+    }
+    if (topic == "operations")
+    {
+        for (const Operation& operation : operations())
+            text += "  " + padded(operation.name, 34) + " " + operation.summary + "\n";
+        return text;
+    }
+    if (const Command* command = findCommand(topic))
+        return std::string(command->name) + " " + command->usage + "\n  " + command->summary + "\n";
+    for (const ShortWord& shortWord : shortWords())
+        if (topic == shortWord.word)
+            text += wordUsage(shortWord) + ": short for\n" +
+                    helpOnOperation(*findOperation(shortWord.operation));
+    for (const Operation* operation : {findOperation(topic), findRequest(topic)})
+        if (operation != nullptr && text.empty())
+            text = helpOnOperation(*operation);
+    for (const Event* event : {findEvent(topic), findCallback(topic)})
+        if (event != nullptr && text.empty())
+            text = helpOnEvent(*event);
     return text;
 }
 
 }  // namespace
 
-std::string helpOn(const Word& word)
+std::string helpOn(const Word& topic)
 {
-    const std::string& topic = word.text;
-    if (topic.empty())
-        return overview();
-    if (const Command* command = findCommand(topic))
-        if (topic != "events")
-            return std::string(command->name) + " " + command->usage + "\n  " + command->summary;
-    if (topic == "events")
-        return eventList();
-    if (topic == "operations")
-        return operationList();
-    std::string shorts;
-    for (const ShortWord& shortWord : shortWords())
-        if (topic == shortWord.word)
-            shorts += (shorts.empty() ? "" : "\n") + wordUsage(shortWord) + ": short for\n" +
-                      helpOnOperation(*findOperation(shortWord.operation));
-    if (!shorts.empty())
-        return shorts;
-    if (const Operation* operation = findOperation(topic))
-        return helpOnOperation(*operation);
-    if (const Operation* operation = findRequest(topic))
-        return helpOnOperation(*operation);
-    if (const Event* event = findEvent(topic))
-        return helpOnEvent(*event);
-    if (const Event* event = findCallback(topic))
-        return helpOnEvent(*event);
-    std::vector<std::string> topics = commandWords();
-    for (const std::string& name : eventNames())
-        topics.push_back(name);
-    throw Mistake("there is no help on " + shown(topic, 40) +
-                      didYouMean(topic, topics, "; \"help\" alone lists everything"),
-                  word.column);
+    std::string text = topic.text.empty() ? overview() : helpOnName(topic.text);
+    if (text.empty())
+    {
+        std::vector<std::string> topics = commandWords();
+        for (const std::string& name : eventNames())
+            topics.push_back(name);
+        throw Mistake("there is no help on " + shown(topic.text, 40) +
+                          didYouMean(topic.text, topics, "; \"help\" alone lists everything"),
+                      topic.column);
+    }
+    text.pop_back();
+    return text;
 }
 
 }  // namespace kit::phone

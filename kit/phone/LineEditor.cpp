@@ -223,18 +223,8 @@ unsigned char LineEditor::completeWord(EditLine* editor, int)
         el_insertstr(editor, more.c_str());
         return CC_REFRESH;
     }
-    std::string list;
-    std::size_t width = 0;
-    for (const std::string& candidate : found.words)
-    {
-        if (width + candidate.size() + 2 > screenWidth() && width > 0)
-        {
-            list += '\n';
-            width = 0;
-        }
-        list += (width > 0 ? "  " : "") + candidate;
-        width += candidate.size() + 2;
-    }
+    std::string list = sideBySide(found.words, screenWidth());
+    list.pop_back();
     self.display_.print(list, Display::Style::faint);
     return CC_NORM;
 }

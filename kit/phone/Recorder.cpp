@@ -81,14 +81,14 @@ void Recorder::show()
         if (draws())
             draw(flow_.add(record));
         else if (record.kind == Kind::request)
-            display_.print("  -> " + printable(record.text), Display::Style::outgoing);
+            display_.print("  -> " + printable(record.text), Display::Style::faint);
         else if (record.kind == Kind::answer)
             display_.print("  <- " + (record.delivery == Delivery::done
                                           ? printable(record.text)
                                           : std::string("(no answer)")),
-                           Display::Style::incoming);
+                           Display::Style::faint);
         else if (record.kind == Kind::event)
-            display_.print("  <= " + printable(record.text), Display::Style::incoming);
+            display_.print("  <= " + printable(record.text), Display::Style::faint);
     if (!draws())
         for (const std::string& complaint : complaints)
             display_.print("  service: " + printable(complaint, 400), Display::Style::faint);

@@ -65,7 +65,7 @@ Verdict Session::execute(const std::string& line, const Place& place)
         {
             if (echo_ && !recorder_.draws() && !place.typed() && !speaksForItself(statement))
                 display_.print("> " + printable(line.substr(line.find_first_not_of(" \t"))),
-                               Display::Style::echo);
+                               Display::Style::strong);
             const Report report = carryOut(statement);
             phone_.pump();
             verdict = judge(statement, report);
