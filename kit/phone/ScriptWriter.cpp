@@ -44,6 +44,8 @@ int ScriptWriter::begin(Time now, const std::string& line, const Variables& vari
     ++number_;
     open_ = true;
     line_.clear();
+    wait_.clear();
+    before_ = last_;
     try
     {
         const Statement statement = parseStatement(line);
@@ -70,7 +72,7 @@ int ScriptWriter::begin(Time now, const std::string& line, const Variables& vari
     }
     else if (quiet >= std::chrono::seconds(1))
     {
-        text_ += "wait " + typed(quiet) + "\n";
+        wait_ = "wait " + typed(quiet) + "\n";
         last_ += quiet;
     }
     return number_;
@@ -90,6 +92,11 @@ bool ScriptWriter::finish(Verdict verdict, const Values& returned)
     open_ = false;
     const bool written =
         !line_.empty() && verdict != Verdict::mistake && verdict != Verdict::interrupted;
+    // What is not written needs no time before it.
+    if (written || !events_.empty())
+        text_ += wait_;
+    else
+        last_ = before_;
     if (written)
     {
         // Met with "!" in front is failed, and the other way round.

@@ -55,11 +55,13 @@ private:
     std::string text_;    ///< not in a file yet
     std::string events_;  ///< those that came while the line was carried out
     std::string line_;    ///< being carried out; "" when it is not to be written
+    std::string wait_;    ///< what stands before it
     bool mustFail_ = false;
     int number_ = 0;
     bool open_ = false;
     Time started_{0};                           ///< when the line was
     Time last_{0};                              ///< up to when the script lets time pass
+    Time before_{0};                            ///< the same, before the line
     std::map<std::string, std::string> calls_;  ///< names of the calls that have been captured
 };
 

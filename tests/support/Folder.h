@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,12 @@ public:
 private:
     std::string path_;
 };
+
+inline std::string contentsOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
 
 /// The lines of a file; a last one without its end counts too.
 inline std::vector<std::string> linesOf(const std::string& path)

@@ -3,6 +3,7 @@
 #include "kit/testing/ServiceProcess.h"
 #include "kit/trace/Trace.h"
 #include "tests/kit/phone/Transcript.h"
+#include "tests/support/Folder.h"
 
 #include <csignal>
 #include <cstdio>
@@ -14,7 +15,6 @@
 #include <memory>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -26,32 +26,15 @@ namespace kit::phone
 namespace
 {
 
-/// A folder that goes with the test, in which `phone` is the program.
-class Folder
+/// A folder in which `phone` is the program.
+class PhoneFolder : public Folder
 {
 public:
-    Folder()
-    {
-        char name[] = "/tmp/communications-phone-test-XXXXXX";
-        if (mkdtemp(name) == nullptr)
-            throw std::runtime_error("no folder");
-        path_ = name;
-        std::filesystem::create_symlink(PHONE_PROGRAM, file("phone"));
-    }
+    PhoneFolder() { std::filesystem::create_symlink(PHONE_PROGRAM, file("phone")); }
 
-    ~Folder() { std::filesystem::remove_all(path_); }
+    std::string file(const std::string& name) const { return *this / name; }
 
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-    std::string read(const std::string& name) const
-    {
-        std::ostringstream text;
-        text << std::ifstream(file(name), std::ios::binary).rdbuf();
-        return text.str();
-    }
+    std::string read(const std::string& name) const { return contentsOf(file(name)); }
 
     /// Waits until the file has the text.
     bool comes(const std::string& name, const std::string& text) const
@@ -66,7 +49,7 @@ public:
     /// in "out" and "err".
     int run(const std::string& command) const
     {
-        std::ofstream(file("command")) << "cd " << path_ << "\nPATH=.:$PATH\nTOUR=" PHONE_SCRIPTS
+        std::ofstream(file("command")) << "cd " << file("") << "\nPATH=.:$PATH\nTOUR=" PHONE_SCRIPTS
                                        << "/tour\nEVERYTHING=" PHONE_SCRIPTS "/everything\n"
                                        << command << "\n";
         const int status = std::system(
@@ -74,16 +57,13 @@ public:
                 .c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
-
-private:
-    std::string path_;
 };
 
 /// The program, which runs until it is interrupted and prints into "out".
 class Running
 {
 public:
-    Running(const Folder& folder, std::vector<const char*> arguments) : child_(fork())
+    Running(const PhoneFolder& folder, std::vector<const char*> arguments) : child_(fork())
     {
         if (child_ != 0)
             return;
@@ -113,7 +93,7 @@ TEST(PhoneProgram, DoesWhatItsTranscriptSays)
     test::replay("program",
                  [](const std::string&) -> test::Typing
                  {
-                     const auto folder = std::make_shared<Folder>();
+                     const auto folder = std::make_shared<PhoneFolder>();
                      return [folder](const std::string& command)
                      {
                          const int status = folder->run(command);
@@ -128,7 +108,7 @@ TEST(PhoneProgram, DoesWhatItsTranscriptSays)
 
 TEST(PhoneProgram, IsInterruptedInAScriptWithItsOwnExitStatus)
 {
-    const Folder folder;
+    const PhoneFolder folder;
     const std::string script = folder.file("script");
     std::ofstream(script) << "say begun\nwait 1min\nsay not reached\n";
     const Running phone(folder, {"--real-time", "--script", script.c_str()});
@@ -139,7 +119,7 @@ TEST(PhoneProgram, IsInterruptedInAScriptWithItsOwnExitStatus)
 
 TEST(PhoneProgram, SaysWhenAServiceHangsOrDies)
 {
-    const Folder folder;
+    const PhoneFolder folder;
     ServiceProcess service;
     const std::string at = "the service at " + service.socket();
     const auto phone = [&](const std::string& lines)
@@ -177,7 +157,7 @@ TEST(PhoneProgram, SaysWhenAServiceHangsOrDies)
 
 TEST(PhoneProgram, WatchesATraceAsItGrows)
 {
-    const Folder folder;
+    const PhoneFolder folder;
     const std::string trace = folder.file("trace");
     const auto event = [](const std::string& call)
     {
@@ -245,7 +225,7 @@ void expectEverythingIn(const std::vector<TraceRecord>& records, const std::stri
 
 TEST(PhoneProgram, EverythingIsCoveredInProcessAndOverASocket)
 {
-    const Folder folder;
+    const PhoneFolder folder;
     ServiceProcess service;
     std::ostringstream script;
     script << std::ifstream(PHONE_SCRIPTS "/everything").rdbuf();

@@ -7,13 +7,12 @@
 
 #include "tests/kit/Complaint.h"
 #include "tests/kit/phone/Transcript.h"
+#include "tests/support/Folder.h"
 
-#include <cstdio>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
-#include <unistd.h>
 
 namespace kit::phone
 {
@@ -110,7 +109,8 @@ TEST_F(Phone, SubscribesAnewWhenAReconnectionIsTypedByHand)
 
 TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
 {
-    const std::string file = testing::TempDir() + "recording-" + std::to_string(getpid());
+    const Folder folder;
+    const std::string file = folder / "recording";
     EXPECT_EQ(run("record off"), Verdict::mistake);
     EXPECT_EQ(run("record /nowhere/x"), Verdict::mistake);
     EXPECT_EQ(errors_.str(), "s:3: cannot write /nowhere/x: No such file or directory\n");
@@ -125,9 +125,7 @@ TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
         EXPECT_EQ(verdict == Verdict::interrupted, interruptions() > 0) << line;
     }
     setInterruptions(0);
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    const std::string recorded = text.str();
+    const std::string recorded = contentsOf(file);
     EXPECT_EQ(recorded, R"(# Recorded by communications-phone.
 subscribe
 ! dial 2001
@@ -157,13 +155,13 @@ check result=sfiSuccess devices=1001,1002,1003
     connect();
     std::ofstream(file) << std::string(recorded).erase(recorded.find("hold $call1\n"), 12);
     EXPECT_EQ(session_->runScript(file), Verdict::unmet);
-    std::remove(file.c_str());
 }
 
 TEST(ScriptWriter, WritesTheTimeThatPassed)
 {
     using Time = ScriptWriter::Time;
-    const std::string file = testing::TempDir() + "script-" + std::to_string(getpid());
+    const Folder folder;
+    const std::string file = folder / "script";
     ScriptWriter writer;
     writer.remember();
     ReceivedEvent held;
@@ -184,18 +182,14 @@ TEST(ScriptWriter, WritesTheTimeThatPassed)
     writer.add(Time(13000), held);
     writer.open(file);
     EXPECT_EQ(writer.close(), file);
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    EXPECT_EQ(text.str(), "# Recorded by communications-phone.\n"
-                          "hold\n"
-                          "expect CallHeldEvent lineId=1001 as call1\n"
-                          "expect CallHeldEvent lineId=1001 callId=$call1 within 4s\n"
-                          "retrieve\n"
-                          "wait 3300ms\n"
-                          "hangup\n"
-                          "wait 1s\n"
-                          "expect CallHeldEvent lineId=1001 callId=$call1 within 2s\n");
-    std::remove(file.c_str());
+    EXPECT_EQ(contentsOf(file), "# Recorded by communications-phone.\n"
+                                "hold\n"
+                                "expect CallHeldEvent lineId=1001 as call1\n"
+                                "expect CallHeldEvent lineId=1001 callId=$call1 within 4s\n"
+                                "retrieve\n"
+                                "wait 3300ms\n"
+                                "hangup\n"
+                                "expect CallHeldEvent lineId=1001 callId=$call1 within 3s\n");
     writer.open("/dev/full");
     line(13000, "hold");
     EXPECT_EQ(writer.takeProblem(), "the recording ends here: /dev/full cannot be written");

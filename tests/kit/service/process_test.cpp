@@ -16,7 +16,6 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -121,12 +120,6 @@ private:
     int output_ = -1;
     std::string said_;
 };
-
-std::string contentsOf(const std::string& path)
-{
-    std::ifstream in(path);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 bool exists(const std::string& path)
 {
