@@ -238,20 +238,21 @@ int CommunicationsServiceProxy::getDevices(std::vector<std::string>& devices)
 {
     std::string response;
     ask("<Method>GetDevices</Method>", response);
-    if (response == "sfiFailure")
+    const std::string_view answer = response;
+    if (answer == "sfiFailure")
         return sfiFailure;
     // An item reaches from each "<" to the next ">", also past another "<", on purpose.
-    std::size_t open = response.find('<');
-    if (open == std::string::npos)
+    std::size_t open = answer.find('<');
+    if (open == std::string_view::npos)
         return sfiSuccess;
-    const std::size_t last = response.rfind('>');
-    if (last == std::string::npos || last < open)
+    const std::size_t last = answer.rfind('>');
+    if (last == std::string_view::npos || last < open)
         return sfiSuccess;
     // Room for all if they are as long as the first; not for very many, since they may not be.
-    const std::size_t likely = (last + 1 - open) / (response.find('>', open) + 1 - open);
+    const std::size_t likely = (last + 1 - open) / (answer.find('>', open) + 1 - open);
     devices.reserve(devices.size() + std::min(likely, std::size_t{64}));
-    for (; open < last; open = response.find('<', open + 1))
-        devices.emplace_back(response, open + 1, response.find('>', open) - open - 1);
+    for (; open < last; open = answer.find('<', open + 1))
+        devices.emplace_back(answer.substr(open + 1, answer.find('>', open) - open - 1));
     return sfiSuccess;
 }
 
