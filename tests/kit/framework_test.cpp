@@ -96,14 +96,17 @@ TEST_F(FrameworkTest, WhoDoesNotAnswerIsReportedByNameAndNotAskedAgain)
     EXPECT_EQ(framework->service().activate(), sfiFailure);
     service_.delivery = Delivery::gone;
     EXPECT_EQ(framework->service().deactivate(true), sfiFailure);
+    service_.whyGone = "it was closed";
     framework->service().setIsInServiceInitiatedState("1001", true);
     framework->service().processSignallingComponentEvent("x", 1);
-    EXPECT_THAT(problems(),
-                ElementsAre("AnswerCall has no answer: the fake service did not answer within 5 s",
-                            "Activate has no answer: the fake service did not answer within 100 s",
-                            "Deactivate has no answer: the fake service is gone",
-                            "setIsInServiceInitiatedState was not sent: the fake service is gone",
-                            "signalling data was not sent: the fake service is gone"));
+    EXPECT_THAT(
+        problems(),
+        ElementsAre("AnswerCall has no answer: the fake service did not answer within 5 s",
+                    "Activate has no answer: the fake service did not answer within 100 s",
+                    "Deactivate has no answer: the fake service is gone",
+                    "setIsInServiceInitiatedState was not sent: the fake service is gone: "
+                    "it was closed",
+                    "signalling data was not sent: the fake service is gone: it was closed"));
     EXPECT_EQ(service_.received.size(), 5u);
 }
 
@@ -333,6 +336,33 @@ TEST_F(FrameworkTest, RequestsOfOtherThreadsDoNotWaitForACallback)
     EXPECT_FALSE(framework->settle(milliseconds(1)));
     gate.open();
     EXPECT_TRUE(framework->settle(seconds(10)));
+}
+
+TEST_F(FrameworkTest, WhoWaitsUntilAllIsDeliveredIsWoken)
+{
+    const std::unique_ptr<Framework> framework = subscribed(makePumped());
+    const auto pump = [&] { framework->pump(); };
+    const struct
+    {
+        const char* what;
+        std::function<void()> arrives, ends;
+    } rows[] = {
+        {"a callback has ended", [&] { service_.sendHeld(1); }, pump},
+        {"it was for nobody", [&] { framework->inject("nobody", "<Method>x</Method>"); }, pump},
+        {"the service has gone", [&] { service_.goneSink(); }, pump},
+        {"another connection is used", [&] { service_.sendHeld(1); },
+         [&] { framework->reconnect(std::make_unique<FakeConnection>(service_)); }},
+    };
+    for (const auto& row : rows)
+    {
+        row.arrives();
+        EXPECT_FALSE(framework->settle(milliseconds(0)));
+        std::future<bool> settled =
+            std::async(std::launch::async, [&] { return framework->settle(seconds(20)); });
+        settled.wait_for(milliseconds(20));  // mostly it waits by then
+        row.ends();
+        EXPECT_EQ(settled.wait_for(seconds(10)), std::future_status::ready) << row.what;
+    }
 }
 
 TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
