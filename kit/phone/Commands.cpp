@@ -110,7 +110,7 @@ Report lines(Session& session)
     {
         const auto known = book.features().find(line);
         session.display().print(
-            line + (known == book.features().end() ? "" : featuresText(known->second)));
+            printable(line) + (known == book.features().end() ? "" : featuresText(known->second)));
     }
     if (book.lines().empty())
         session.display().print("no lines");
@@ -121,7 +121,7 @@ Report calls(Session& session)
 {
     const CallBook& book = session.phone().knownBook();
     for (const CallBook::Call& call : book.calls())
-        session.display().print(std::to_string(call.id) + " line=" + call.line + " " +
+        session.display().print(std::to_string(call.id) + " line=" + printable(call.line) + " " +
                                 nameOf(Meaning::callState, call.state) +
                                 (call.farEnd.empty() ? "" : " " + printable(call.farEnd, 80)));
     if (book.calls().empty())

@@ -10,6 +10,7 @@
 #include "kit/trace/Labels.h"
 
 #include <algorithm>
+#include <sstream>
 #include <utility>
 
 namespace kit::phone
@@ -232,8 +233,9 @@ Report Phone::control(const std::string& command)
         return unreachable(delivery, "the simulation has not answered: ");
     if (!answer.accepted)
         return {Verdict::unmet, {"sim: " + printable(answer.text, 400)}};
-    if (!recorder_.draws() && !answer.text.empty())
-        display_.print(answer.text, Display::Style::faint);
+    std::istringstream lines(answer.text);
+    for (std::string line; !recorder_.draws() && std::getline(lines, line);)
+        display_.print(printable(line), Display::Style::faint);
     return {};
 }
 
