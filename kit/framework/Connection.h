@@ -3,7 +3,9 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace kit
 {
@@ -74,6 +76,43 @@ public:
 
     /// For messages to people: "the service in this process", "the service at /run/x.sock".
     virtual std::string description() const = 0;
+};
+
+/// Passes everything on to another connection, which it owns: for those that do some of it
+/// otherwise.
+class ConnectionDecorator : public Connection
+{
+public:
+    explicit ConnectionDecorator(std::unique_ptr<Connection> decorated)
+        : inner(std::move(decorated))
+    {
+    }
+
+    void setEventSink(EventSink sink) override { inner->setEventSink(std::move(sink)); }
+    void setGoneSink(GoneSink sink) override { inner->setGoneSink(std::move(sink)); }
+    std::string whyGone() const override { return inner->whyGone(); }
+    void setComplaintSink(ComplaintSink sink) override { inner->setComplaintSink(std::move(sink)); }
+    Delivery request(const std::string& request, std::string& answer,
+                     std::chrono::milliseconds timeout) override
+    {
+        return inner->request(request, answer, timeout);
+    }
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, std::chrono::milliseconds timeout) override
+    {
+        return inner->subscribe(request, answer, channelName, timeout);
+    }
+    Delivery post(const std::string& message) override { return inner->post(message); }
+    Delivery control(const std::string& command, ControlAnswer& answer,
+                     std::chrono::milliseconds timeout) override
+    {
+        return inner->control(command, answer, timeout);
+    }
+    bool takesTime() const override { return inner->takesTime(); }
+    std::string description() const override { return inner->description(); }
+
+protected:
+    const std::unique_ptr<Connection> inner;
 };
 
 }  // namespace kit

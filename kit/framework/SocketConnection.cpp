@@ -52,41 +52,98 @@ int connectTo(const std::string& path)
     throw ConnectionError("no service at " + path + ": " + why);
 }
 
-}  // namespace
-
-class SocketConnection::Core
+class Core final : public Connection
 {
 public:
-    explicit Core(const std::string& socketPath)
-        : path(socketPath),
-          stream(std::make_shared<FrameStream>(
-              FrameStream::Socket(io, asio::local::stream_protocol(), connectTo(socketPath))))
+    explicit Core(const std::string& path)
+        : path_(path),
+          stream_(std::make_shared<FrameStream>(
+              FrameStream::Socket(io_, asio::local::stream_protocol(), connectTo(path))))
     {
-        stream->start({[this](Frame& frame) { take(frame); },
-                       [this](const std::string& what) { stream->end("it sent " + what); }, nullptr,
-                       [this](const std::string& why) { end(why); }});
-        thread = std::thread([this] { io.run(); });
+        stream_->start({[this](Frame& frame) { take(frame); },
+                        [this](const std::string& what) { stream_->end("it sent " + what); },
+                        nullptr, [this](const std::string& why) { end(why); }});
+        thread_ = std::thread([this] { io_.run(); });
     }
 
-    ~Core()
+    ~Core() override
     {
-        stream->waitUntilSent(farewell);
-        io.stop();
-        thread.join();
+        stream_->waitUntilSent(farewell);
+        io_.stop();
+        thread_.join();
     }
 
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
 
-    /// The answer's type goes into the frame.
-    Delivery ask(Frame& frame, std::string& answer, std::chrono::milliseconds timeout);
-    Delivery post(const Frame& frame);
-    void setGoneSink(const GoneSink& to);
-    void setSink(EventSink newSink);
-    void setComplaintSink(ComplaintSink to);
-    std::string whyGone() const;
+    void setEventSink(EventSink sink) override
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        eventSink_ = std::move(sink);
+    }
 
-    const std::string path;
+    void setGoneSink(GoneSink sink) override
+    {
+        bool already = false;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            already = gone_;
+            goneSink_ = sink;
+        }
+        if (already && sink)
+            sink();
+    }
+
+    void setComplaintSink(ComplaintSink sink) override
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        complaintSink_ = std::move(sink);
+    }
+
+    std::string whyGone() const override
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return reason_;
+    }
+
+    Delivery request(const std::string& request, std::string& answer,
+                     std::chrono::milliseconds timeout) override
+    {
+        Frame frame{Frame::request, 0, "", request};
+        return ask(frame, answer, timeout);
+    }
+
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, std::chrono::milliseconds timeout) override
+    {
+        Frame frame{Frame::subscribe, 0, channelName, request};
+        return ask(frame, answer, timeout);
+    }
+
+    Delivery post(const std::string& message) override
+    {
+        switch (stream_->send({Frame::post, 0, "", message}))
+        {
+        case FrameStream::Sent::taken:
+            return Delivery::done;
+        case FrameStream::Sent::tooMuch:
+            return Delivery::timedOut;
+        default:
+            return Delivery::gone;
+        }
+    }
+
+    Delivery control(const std::string& command, ControlAnswer& answer,
+                     std::chrono::milliseconds timeout) override
+    {
+        Frame frame{Frame::control, 0, "", command};
+        const Delivery delivery = ask(frame, answer.text, timeout);
+        answer.accepted = delivery == Delivery::done && frame.type == Frame::answer;
+        return delivery;
+    }
+
+    bool takesTime() const override { return true; }
+    std::string description() const override { return "the service at " + path_; }
 
 private:
     /// A call that waits for its answer; lives on the stack of the one who waits.
@@ -98,94 +155,65 @@ private:
         Frame::Type type;
     };
 
+    Delivery ask(Frame& frame, std::string& answer, std::chrono::milliseconds timeout);
     void take(Frame& frame);
     void end(const std::string& why);
 
-    asio::io_context io;
-    const std::shared_ptr<FrameStream> stream;
+    const std::string path_;
+    asio::io_context io_;
+    const std::shared_ptr<FrameStream> stream_;
 
-    mutable std::mutex mutex;
-    EventSink sink;
-    GoneSink goneSink;
-    ComplaintSink complaintSink;
-    std::map<std::uint64_t, Waiter*> waiters;
-    std::uint64_t lastId = 0;
-    bool gone = false;
-    std::string reason;
+    mutable std::mutex mutex_;
+    EventSink eventSink_;
+    GoneSink goneSink_;
+    ComplaintSink complaintSink_;
+    std::map<std::uint64_t, Waiter*> waiters_;
+    std::uint64_t lastId_ = 0;
+    bool gone_ = false;
+    std::string reason_;
 
-    std::thread thread;
+    std::thread thread_;
 };
 
-Delivery SocketConnection::Core::ask(Frame& frame, std::string& answer,
-                                     std::chrono::milliseconds timeout)
+/// The answer's type goes into the frame.
+Delivery Core::ask(Frame& frame, std::string& answer, std::chrono::milliseconds timeout)
 {
     const auto until = std::chrono::steady_clock::now() + std::min(timeout, longestWait);
-    std::unique_lock<std::mutex> lock(mutex);
-    if (gone)
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (gone_)
         return Delivery::gone;
     Waiter waiter{{}, &answer, false, Frame::answer};
-    frame.id = ++lastId;
-    if (stream->send(frame) == FrameStream::Sent::tooMuch)
+    frame.id = ++lastId_;
+    if (stream_->send(frame) == FrameStream::Sent::tooMuch)
         return Delivery::timedOut;
-    waiters[frame.id] = &waiter;
-    waiter.changed.wait_until(lock, until, [&] { return waiter.answered || gone; });
-    waiters.erase(frame.id);
+    waiters_[frame.id] = &waiter;
+    waiter.changed.wait_until(lock, until, [&] { return waiter.answered || gone_; });
+    waiters_.erase(frame.id);
     if (waiter.answered)
     {
         frame.type = waiter.type;
         return Delivery::done;
     }
-    if (gone)
+    if (gone_)
         return Delivery::gone;
     // Nobody waits for it any more.
-    stream->takeBack(frame.id);
+    stream_->takeBack(frame.id);
     return Delivery::timedOut;
 }
 
-Delivery SocketConnection::Core::post(const Frame& frame)
+void Core::take(Frame& frame)
 {
-    switch (stream->send(frame))
-    {
-    case FrameStream::Sent::taken:
-        return Delivery::done;
-    case FrameStream::Sent::tooMuch:
-        return Delivery::timedOut;
-    default:
-        return Delivery::gone;
-    }
-}
-
-void SocketConnection::Core::setSink(EventSink newSink)
-{
-    const std::lock_guard<std::mutex> lock(mutex);
-    sink = std::move(newSink);
-}
-
-void SocketConnection::Core::setComplaintSink(ComplaintSink to)
-{
-    const std::lock_guard<std::mutex> lock(mutex);
-    complaintSink = std::move(to);
-}
-
-std::string SocketConnection::Core::whyGone() const
-{
-    const std::lock_guard<std::mutex> lock(mutex);
-    return reason;
-}
-
-void SocketConnection::Core::take(Frame& frame)
-{
-    std::unique_lock<std::mutex> lock(mutex);
+    std::unique_lock<std::mutex> lock(mutex_);
     if (frame.type == Frame::event)
     {
-        const EventSink to = sink;
+        const EventSink to = eventSink_;
         lock.unlock();
         if (to)
             to(frame.channel, frame.text);
     }
     else if (frame.type == Frame::complaint)
     {
-        const ComplaintSink to = complaintSink;
+        const ComplaintSink to = complaintSink_;
         lock.unlock();
         if (to)
             to(frame.text);
@@ -193,13 +221,13 @@ void SocketConnection::Core::take(Frame& frame)
     else if (frame.type == Frame::farewell)
     {
         lock.unlock();
-        stream->end(frame.text);
+        stream_->end(frame.text);
     }
     else if (frame.type == Frame::answer || frame.type == Frame::refusal)
     {
         // Without a waiter, its time has run out.
-        const auto found = waiters.find(frame.id);
-        if (found == waiters.end() || found->second->answered)
+        const auto found = waiters_.find(frame.id);
+        if (found == waiters_.end() || found->second->answered)
             return;
         *found->second->answer = std::move(frame.text);
         found->second->type = frame.type;
@@ -212,94 +240,26 @@ void SocketConnection::Core::take(Frame& frame)
 }
 
 /// The connection is over; everyone who waits learns it now.
-void SocketConnection::Core::end(const std::string& why)
+void Core::end(const std::string& why)
 {
     GoneSink to;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        gone = true;
-        to = goneSink;
-        reason = why;
-        for (const auto& entry : waiters)
+        const std::lock_guard<std::mutex> lock(mutex_);
+        gone_ = true;
+        to = goneSink_;
+        reason_ = why;
+        for (const auto& entry : waiters_)
             entry.second->changed.notify_one();
     }
     if (to)
         to();
 }
 
-void SocketConnection::Core::setGoneSink(const GoneSink& to)
+}  // namespace
+
+SocketConnection::SocketConnection(const std::string& path)
+    : ConnectionDecorator(std::make_unique<Core>(path))
 {
-    bool already = false;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        already = gone;
-        goneSink = to;
-    }
-    if (already && to)
-        to();
-}
-
-SocketConnection::SocketConnection(const std::string& path) : core_(std::make_unique<Core>(path)) {}
-
-SocketConnection::~SocketConnection() = default;
-
-void SocketConnection::setEventSink(EventSink sink)
-{
-    core_->setSink(std::move(sink));
-}
-
-void SocketConnection::setGoneSink(GoneSink sink)
-{
-    core_->setGoneSink(sink);
-}
-
-Delivery SocketConnection::request(const std::string& request, std::string& answer,
-                                   std::chrono::milliseconds timeout)
-{
-    Frame frame{Frame::request, 0, "", request};
-    return core_->ask(frame, answer, timeout);
-}
-
-Delivery SocketConnection::subscribe(const std::string& request, std::string& answer,
-                                     const std::string& channelName,
-                                     std::chrono::milliseconds timeout)
-{
-    Frame frame{Frame::subscribe, 0, channelName, request};
-    return core_->ask(frame, answer, timeout);
-}
-
-Delivery SocketConnection::post(const std::string& message)
-{
-    return core_->post({Frame::post, 0, "", message});
-}
-
-Delivery SocketConnection::control(const std::string& command, ControlAnswer& answer,
-                                   std::chrono::milliseconds timeout)
-{
-    Frame frame{Frame::control, 0, "", command};
-    const Delivery delivery = core_->ask(frame, answer.text, timeout);
-    answer.accepted = delivery == Delivery::done && frame.type == Frame::answer;
-    return delivery;
-}
-
-bool SocketConnection::takesTime() const
-{
-    return true;
-}
-
-std::string SocketConnection::description() const
-{
-    return "the service at " + core_->path;
-}
-
-std::string SocketConnection::whyGone() const
-{
-    return core_->whyGone();
-}
-
-void SocketConnection::setComplaintSink(ComplaintSink sink)
-{
-    core_->setComplaintSink(std::move(sink));
 }
 
 }  // namespace kit

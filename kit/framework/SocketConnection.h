@@ -3,7 +3,6 @@
 
 #include "kit/framework/Connection.h"
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -27,33 +26,11 @@ public:
 /// Failures: a request whose time runs out is taken back when it has not been sent yet; otherwise
 /// the service may still carry it out, and its answer is thrown away. When the service goes, or
 /// sends what is no message, every waiting call returns `gone` at once, and so does every later one.
-class SocketConnection : public Connection
+class SocketConnection : public ConnectionDecorator
 {
 public:
     /// Throws ConnectionError.
     explicit SocketConnection(const std::string& path);
-    ~SocketConnection() override;
-
-    SocketConnection(const SocketConnection&) = delete;
-    SocketConnection& operator=(const SocketConnection&) = delete;
-
-    void setEventSink(EventSink sink) override;
-    void setGoneSink(GoneSink sink) override;
-    std::string whyGone() const override;
-    void setComplaintSink(ComplaintSink sink) override;
-    Delivery request(const std::string& request, std::string& answer,
-                     std::chrono::milliseconds timeout) override;
-    Delivery subscribe(const std::string& request, std::string& answer,
-                       const std::string& channelName, std::chrono::milliseconds timeout) override;
-    Delivery post(const std::string& message) override;
-    Delivery control(const std::string& command, ControlAnswer& answer,
-                     std::chrono::milliseconds timeout) override;
-    bool takesTime() const override;
-    std::string description() const override;
-
-private:
-    class Core;
-    std::unique_ptr<Core> core_;
 };
 
 }  // namespace kit

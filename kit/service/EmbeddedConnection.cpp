@@ -25,27 +25,25 @@ Delivery deliveryOf(Service::Reply reply)
     }
 }
 
-}  // namespace
-
 /// What the service calls; it may be set while it does.
-class EmbeddedConnection::Sinks
+class Sinks
 {
 public:
-    void setEvent(EventSink sink) { event_ = std::move(sink); }
+    void setEvent(Connection::EventSink sink) { event_ = std::move(sink); }
 
-    void setComplaint(ComplaintSink sink)
+    void setComplaint(Connection::ComplaintSink sink)
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         complaint_ = std::move(sink);
     }
 
-    void setGone(GoneSink sink)
+    void setGone(Connection::GoneSink sink)
     {
         std::unique_lock<std::mutex> lock(mutex_);
         gone_ = std::move(sink);
         if (!isGone_ || !gone_)
             return;
-        const GoneSink to = gone_;
+        const Connection::GoneSink to = gone_;
         lock.unlock();
         to();
     }
@@ -59,7 +57,7 @@ public:
     void complaint(const std::string& text)
     {
         std::unique_lock<std::mutex> lock(mutex_);
-        const ComplaintSink to = complaint_;
+        const Connection::ComplaintSink to = complaint_;
         lock.unlock();
         if (to)
             to(text);
@@ -69,19 +67,85 @@ public:
     {
         std::unique_lock<std::mutex> lock(mutex_);
         isGone_ = true;
-        const GoneSink to = gone_;
+        const Connection::GoneSink to = gone_;
         lock.unlock();
         if (to)
             to();
     }
 
 private:
-    EventSink event_;  ///< set before there are events
+    Connection::EventSink event_;  ///< set before there are events
     std::mutex mutex_;
-    ComplaintSink complaint_;
-    GoneSink gone_;
+    Connection::ComplaintSink complaint_;
+    Connection::GoneSink gone_;
     bool isGone_ = false;
 };
+
+class Core final : public Connection
+{
+public:
+    explicit Core(std::shared_ptr<Service> service)
+        : service_(std::move(service)),
+          client_(service_->connect(
+              [sinks = sinks_](const std::string& channelName, const std::string& event)
+              { sinks->event(channelName, event); },
+              [sinks = sinks_](const std::string& text) { sinks->complaint(text); },
+              [sinks = sinks_] { sinks->gone(); }))
+    {
+    }
+
+    ~Core() override { service_->disconnect(client_); }
+
+    Core(const Core&) = delete;
+    Core& operator=(const Core&) = delete;
+
+    void setEventSink(EventSink sink) override { sinks_->setEvent(std::move(sink)); }
+    void setGoneSink(GoneSink sink) override { sinks_->setGone(std::move(sink)); }
+    std::string whyGone() const override { return ""; }
+    void setComplaintSink(ComplaintSink sink) override { sinks_->setComplaint(std::move(sink)); }
+
+    Delivery request(const std::string& request, std::string& answer,
+                     std::chrono::milliseconds) override
+    {
+        const Delivery delivery = deliveryOf(service_->exchange(client_, request, answer));
+        service_->followAnswer();
+        return delivery;
+    }
+
+    Delivery subscribe(const std::string& request, std::string& answer,
+                       const std::string& channelName, std::chrono::milliseconds) override
+    {
+        const Delivery delivery =
+            deliveryOf(service_->exchangeSubscription(client_, request, answer, channelName));
+        service_->followAnswer();
+        return delivery;
+    }
+
+    Delivery post(const std::string& message) override
+    {
+        if (!service_->connected(client_))
+            return Delivery::gone;
+        service_->post(client_, message);
+        return Delivery::done;
+    }
+
+    Delivery control(const std::string& command, ControlAnswer& answer,
+                     std::chrono::milliseconds) override
+    {
+        answer = service_->control(command);
+        return Delivery::done;
+    }
+
+    bool takesTime() const override { return false; }
+    std::string description() const override { return "the service in this process"; }
+
+private:
+    const std::shared_ptr<Service> service_;
+    const std::shared_ptr<Sinks> sinks_ = std::make_shared<Sinks>();
+    const Service::ClientId client_;
+};
+
+}  // namespace
 
 EmbeddedConnection::EmbeddedConnection() : EmbeddedConnection(std::make_shared<SimulatedService>())
 {
@@ -94,81 +158,8 @@ EmbeddedConnection::EmbeddedConnection(std::shared_ptr<SimulatedService> service
 }
 
 EmbeddedConnection::EmbeddedConnection(std::shared_ptr<Service> service)
-    : service_(std::move(service)),
-      sinks_(std::make_shared<Sinks>()),
-      client_(service_->connect(
-          [sinks = sinks_](const std::string& channelName, const std::string& event)
-          { sinks->event(channelName, event); },
-          [sinks = sinks_](const std::string& text) { sinks->complaint(text); },
-          [sinks = sinks_] { sinks->gone(); }))
+    : ConnectionDecorator(std::make_unique<Core>(std::move(service)))
 {
-}
-
-EmbeddedConnection::~EmbeddedConnection()
-{
-    service_->disconnect(client_);
-}
-
-void EmbeddedConnection::setEventSink(EventSink sink)
-{
-    sinks_->setEvent(std::move(sink));
-}
-
-void EmbeddedConnection::setGoneSink(GoneSink sink)
-{
-    sinks_->setGone(std::move(sink));
-}
-
-std::string EmbeddedConnection::whyGone() const
-{
-    return "";
-}
-
-void EmbeddedConnection::setComplaintSink(ComplaintSink sink)
-{
-    sinks_->setComplaint(std::move(sink));
-}
-
-Delivery EmbeddedConnection::request(const std::string& request, std::string& answer,
-                                     std::chrono::milliseconds)
-{
-    const Delivery delivery = deliveryOf(service_->exchange(client_, request, answer));
-    service_->followAnswer();
-    return delivery;
-}
-
-Delivery EmbeddedConnection::subscribe(const std::string& request, std::string& answer,
-                                       const std::string& channelName, std::chrono::milliseconds)
-{
-    const Delivery delivery =
-        deliveryOf(service_->exchangeSubscription(client_, request, answer, channelName));
-    service_->followAnswer();
-    return delivery;
-}
-
-Delivery EmbeddedConnection::post(const std::string& message)
-{
-    if (!service_->connected(client_))
-        return Delivery::gone;
-    service_->post(client_, message);
-    return Delivery::done;
-}
-
-Delivery EmbeddedConnection::control(const std::string& command, ControlAnswer& answer,
-                                     std::chrono::milliseconds)
-{
-    answer = service_->control(command);
-    return Delivery::done;
-}
-
-bool EmbeddedConnection::takesTime() const
-{
-    return false;
-}
-
-std::string EmbeddedConnection::description() const
-{
-    return "the service in this process";
 }
 
 }  // namespace kit

@@ -238,7 +238,8 @@ private:
 };
 
 FaultConnection::FaultConnection(std::unique_ptr<Connection> connection)
-    : faults_(std::make_shared<Faults>(connection->takesTime())), connection_(std::move(connection))
+    : ConnectionDecorator(std::move(connection)),
+      faults_(std::make_shared<Faults>(inner->takesTime()))
 {
 }
 
@@ -264,7 +265,7 @@ int FaultConnection::happened() const
 
 void FaultConnection::setEventSink(EventSink sink)
 {
-    connection_->setEventSink(
+    inner->setEventSink(
         [faults = faults_, sink = std::move(sink)](const std::string& channelName,
                                                    const std::string& event)
         {
@@ -276,18 +277,13 @@ void FaultConnection::setEventSink(EventSink sink)
 void FaultConnection::setGoneSink(GoneSink sink)
 {
     faults_->setGoneSink(sink);
-    connection_->setGoneSink([faults = faults_] { faults->go(); });
+    inner->setGoneSink([faults = faults_] { faults->go(); });
 }
 
 std::string FaultConnection::whyGone() const
 {
-    const std::string why = connection_->whyGone();
+    const std::string why = inner->whyGone();
     return why.empty() && faults_->gone() ? "on command" : why;
-}
-
-void FaultConnection::setComplaintSink(ComplaintSink sink)
-{
-    connection_->setComplaintSink(std::move(sink));
 }
 
 Delivery FaultConnection::request(const std::string& request, std::string& answer,
@@ -295,7 +291,7 @@ Delivery FaultConnection::request(const std::string& request, std::string& answe
 {
     return faults_->exchange(request, answer, timeout,
                              [&](std::string& real)
-                             { return connection_->request(request, real, timeout); });
+                             { return inner->request(request, real, timeout); });
 }
 
 Delivery FaultConnection::subscribe(const std::string& request, std::string& answer,
@@ -303,30 +299,13 @@ Delivery FaultConnection::subscribe(const std::string& request, std::string& ans
                                     std::chrono::milliseconds timeout)
 {
     return faults_->exchange(request, answer, timeout,
-                             [&](std::string& real) {
-                                 return connection_->subscribe(request, real, channelName, timeout);
-                             });
+                             [&](std::string& real)
+                             { return inner->subscribe(request, real, channelName, timeout); });
 }
 
 Delivery FaultConnection::post(const std::string& message)
 {
-    return faults_->post(parse(message).method, [&] { return connection_->post(message); });
-}
-
-Delivery FaultConnection::control(const std::string& command, ControlAnswer& answer,
-                                  std::chrono::milliseconds timeout)
-{
-    return connection_->control(command, answer, timeout);
-}
-
-bool FaultConnection::takesTime() const
-{
-    return connection_->takesTime();
-}
-
-std::string FaultConnection::description() const
-{
-    return connection_->description();
+    return faults_->post(parse(message).method, [&] { return inner->post(message); });
 }
 
 }  // namespace kit

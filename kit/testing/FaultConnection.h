@@ -33,7 +33,7 @@ enum class Fault
 ///
 /// Faults may be set at any time and from any thread. They apply in the order in which they were
 /// set, one to a message; a one-way message knows `duplicate`, `exception` and `gone` only.
-class FaultConnection : public Connection
+class FaultConnection : public ConnectionDecorator
 {
 public:
     explicit FaultConnection(std::unique_ptr<Connection> connection);
@@ -48,8 +48,8 @@ public:
     void inject(Fault fault, const std::string& method, int times = -1,
                 std::chrono::milliseconds delay = std::chrono::milliseconds(0));
 
-    /// From now on nothing goes wrong, but what is gone stays gone; who still waits for an answer is told at once that it timed
-    /// out.
+    /// From now on nothing goes wrong, but what is gone stays gone; who still waits for an answer is
+    /// told at once that it timed out.
     void clear();
 
     /// How many faults have happened.
@@ -58,22 +58,16 @@ public:
     void setEventSink(EventSink sink) override;
     void setGoneSink(GoneSink sink) override;
     std::string whyGone() const override;
-    void setComplaintSink(ComplaintSink sink) override;
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds timeout) override;
     Delivery subscribe(const std::string& request, std::string& answer,
                        const std::string& channelName, std::chrono::milliseconds timeout) override;
     Delivery post(const std::string& message) override;
-    Delivery control(const std::string& command, ControlAnswer& answer,
-                     std::chrono::milliseconds timeout) override;
-    bool takesTime() const override;
-    std::string description() const override;
 
 private:
     class Faults;
     // The events' side may outlive this object for as long as the connection does.
-    std::shared_ptr<Faults> faults_;
-    std::unique_ptr<Connection> connection_;
+    const std::shared_ptr<Faults> faults_;
 };
 
 }  // namespace kit
