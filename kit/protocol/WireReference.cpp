@@ -221,26 +221,12 @@ std::string dictionary()
     tags.erase("");
     for (const std::string& tag : tags)
         text += "\"<" + tag + ">\"\n\"</" + tag + ">\"\n\"/" + tag + ">\"\n";
-    for (const char* word : {"<Method>",
-                             "</Method>",
-                             "sfiSuccess",
-                             "sfiFailure",
-                             "sfiFailureCallBackInvalidState",
-                             "sfiFailureCallBackNoCallInfo",
-                             "sfiFailureCallBackToMany",
-                             "sfiFailureCallBackAllreadyExists",
-                             "sfiServiceInService",
-                             "sfiServiceOutOfService",
-                             "sfiServiceDoNotDisturb",
-                             "true",
-                             "false",
-                             "-1",
-                             "4294967295",
-                             "2147483647",
-                             "-2147483648",
-                             "2147483648",
-                             "99999999999",
-                             "\\x00"})
+    for (const Meaning meaning : {Meaning::result, Meaning::serviceState})
+        for (const kit::NumberName& entry : kit::namesOf(meaning))
+            text += '"' + std::string(entry.name) + "\"\n";
+    for (const char* const word :
+         {"<Method>", "</Method>", "true", "false", "-1", "4294967295", "2147483647", "-2147483648",
+          "2147483648", "99999999999", "\\x00"})
         text += '"' + std::string(word) + "\"\n";
     return text;
 }
