@@ -212,13 +212,7 @@ private:
                     return;
                 waiting.push_back({channel, event, false});
                 // In here, so that it sees them in their order and none behind the framework's end.
-                tell(observer, {Passage::What::arrival,
-                                Sending::request,
-                                0,
-                                channel,
-                                event,
-                                Delivery::done,
-                                {}});
+                tell(observer, {Passage::What::arrival, Sending::request, 0, channel, event});
             }
             changed.notify_all();
         }
@@ -263,7 +257,7 @@ private:
     {
         std::uint64_t era = 0;
         const std::shared_ptr<Connection> service = current(era);
-        observe({Passage::What::message, Sending::oneWay, 0, "", message, Delivery::done, {}});
+        observe({Passage::What::message, Sending::oneWay, 0, "", message});
         const Delivery delivery = service->post(message);
         if (delivery == Delivery::gone)
             inbox_->takeGone(era);
@@ -294,13 +288,13 @@ private:
         std::uint64_t era = 0;
         const std::shared_ptr<Connection> service = current(era);
         const std::uint64_t number = ++requests_;
-        observe({Passage::What::request, sending, number, channel, request, Delivery::done, {}});
+        observe({Passage::What::request, sending, number, channel, request});
         const Delivery delivery = sending == Sending::subscribe
                                       ? service->subscribe(request, response, channel, timeout)
                                       : service->request(request, response, timeout);
         if (delivery != Delivery::done)
             response = options_.unanswered;
-        observe({Passage::What::answer, sending, number, channel, response, delivery, {}});
+        observe({Passage::What::answer, sending, number, channel, response, delivery});
         if (delivery == Delivery::done)
             return std::string();
         const std::string problem =
@@ -392,13 +386,7 @@ private:
 
     void deliver(Executable& subscriber, const Arrived& event)
     {
-        observe({Passage::What::event,
-                 Sending::request,
-                 0,
-                 event.channel,
-                 event.text,
-                 Delivery::done,
-                 {}});
+        observe({Passage::What::event, Sending::request, 0, event.channel, event.text});
         try
         {
             invoker_->handleMessage(&subscriber, event.text.c_str(),

@@ -34,8 +34,8 @@ struct Passage
     std::uint64_t number;  ///< counts requests; an answer has that of its request
     std::string channel;   ///< of an event or a subscription: the subscriber's
     std::string text;      ///< as it travels
-    Delivery delivery;     ///< of an answer; else `done`
-    std::chrono::system_clock::time_point time;
+    Delivery delivery = Delivery::done;  ///< of an answer
+    std::chrono::system_clock::time_point time = {};
 };
 
 /// A stand-in for the phone's framework: opens the library, gives its proxy a channel to a service,

@@ -14,16 +14,6 @@ namespace kit
 namespace
 {
 
-std::string directoryOfKit()
-{
-    Dl_info info = {};
-    if (dladdr(reinterpret_cast<void*>(&directoryOfKit), &info) == 0 || info.dli_fname == nullptr)
-        return std::string();
-    const std::string file = info.dli_fname;
-    const std::size_t slash = file.rfind('/');
-    return slash == std::string::npos ? std::string() : file.substr(0, slash + 1);
-}
-
 std::string choose(const std::string& path)
 {
     if (!path.empty())
@@ -31,7 +21,7 @@ std::string choose(const std::string& path)
     if (const char* const named = std::getenv("COMMUNICATIONS_SERVICE_LIBRARY"))
         if (*named != '\0')
             return named;
-    const std::string beside = directoryOfKit() + COMMUNICATIONS_SERVICE_LIBRARY;
+    const std::string beside = folderOfKit() + COMMUNICATIONS_SERVICE_LIBRARY;
     return access(beside.c_str(), R_OK) == 0 ? beside : COMMUNICATIONS_SERVICE_LIBRARY;
 }
 
@@ -50,6 +40,16 @@ void* find(void* library, const std::string& path, const char* name)
 }
 
 }  // namespace
+
+std::string folderOfKit()
+{
+    Dl_info info = {};
+    if (dladdr(reinterpret_cast<void*>(&folderOfKit), &info) == 0 || info.dli_fname == nullptr)
+        return std::string();
+    const std::string file = info.dli_fname;
+    const std::size_t slash = file.rfind('/');
+    return slash == std::string::npos ? std::string() : file.substr(0, slash + 1);
+}
 
 Library::Library(const std::string& path)
     : path_(choose(path)), proxyFactory_(nullptr), invokerFactory_(nullptr)

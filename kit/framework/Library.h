@@ -18,6 +18,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Where the kit's own library lies, with a slash at its end; "" where that is not known.
+std::string folderOfKit();
+
 /// The client library, opened at run time as the phone's framework does: by file, factories by name.
 ///
 /// The file is, in this order: the path given; that in the environment variable

@@ -52,13 +52,8 @@ bool hasPayload(const std::vector<Field>& fields)
 /// Number of fields before the payload of a message with this method; npos when none is known.
 std::size_t fieldsBeforePayload(const std::string& method)
 {
-    const Operation* const operation = findRequest(method);
-    if (operation != nullptr && hasPayload(operation->arguments))
-        return taggedFields(operation->arguments);
-    const Event* const event = findEvent(method);
-    if (event != nullptr && hasPayload(event->arguments))
-        return taggedFields(event->arguments);
-    return std::string::npos;
+    const std::vector<Field>* const fields = fieldsOf(method);
+    return fields != nullptr && hasPayload(*fields) ? taggedFields(*fields) : std::string::npos;
 }
 
 /// Takes one element off the front of `text` at `at`; false when none stands there.
@@ -218,6 +213,23 @@ const Event* findCallback(const std::string& callback)
     for (const Event& event : events())
         if (event.callback == callback)
             return &event;
+    return nullptr;
+}
+
+const std::vector<Field>* fieldsOf(const std::string& method)
+{
+    if (const Operation* const operation = findRequest(method))
+        return &operation->arguments;
+    const Event* const event = findEvent(method);
+    return event == nullptr ? nullptr : &event->arguments;
+}
+
+const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& tag)
+{
+    if (fields != nullptr)
+        for (const Field& field : *fields)
+            if (tag == field.tag)
+                return &field;
     return nullptr;
 }
 

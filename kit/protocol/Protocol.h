@@ -98,6 +98,12 @@ const Operation* findRequest(const std::string& method);
 const Event* findEvent(const std::string& method);
 const Event* findCallback(const std::string& callback);
 
+/// Those of the request or the event with this method; null when there is none.
+const std::vector<Field>* fieldsOf(const std::string& method);
+
+/// Null when there is none, and where there are no fields.
+const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& tag);
+
 /// The word of a list that was probably meant; "" when none is near.
 std::string nearest(const std::string& word, const std::vector<std::string>& list);
 

@@ -1,6 +1,7 @@
 #include "kit/service/Replay.h"
 
 #include "kit/language/Durations.h"
+#include "kit/language/Wording.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/service/EmbeddedConnection.h"
 
@@ -67,14 +68,6 @@ const char* nameOf(Sending sending)
     return sending == Sending::oneWay      ? "a message without an answer"
            : sending == Sending::subscribe ? "a subscription"
                                            : "a request";
-}
-
-std::string joined(const std::vector<std::string>& texts)
-{
-    std::string all;
-    for (const std::string& text : texts)
-        all += (all.empty() ? "" : ", ") + text;
-    return all;
 }
 
 }  // namespace
@@ -280,7 +273,7 @@ void Replay::differ(Sending sending, const std::string& text, std::size_t expect
         told += "\n  nearest:  " +
                 (nearest == expected ? "that" : place(nearest) + ": " + inWords(record.text));
         if (!differences.empty())
-            told += ", where " + joined(differences);
+            told += ", where " + listed(differences);
         else if (wayOf(record.sending) != sending)
             told += std::string(", which was ") + nameOf(record.sending) + " and is " +
                     nameOf(sending) + " here";

@@ -126,9 +126,8 @@ const Handler* findHandler(const std::string& method)
 
 bool hasPayload(const std::string& method)
 {
-    const Operation* const operation = findRequest(method);
-    return operation != nullptr && !operation->arguments.empty() &&
-           operation->arguments.back().kind == Kind::payload;
+    const std::vector<Field>* const fields = fieldsOf(method);
+    return fields != nullptr && !fields->empty() && fields->back().kind == Kind::payload;
 }
 
 std::vector<std::string> methods()

@@ -239,21 +239,6 @@ SimulatedService::Reply SimulatedService::exchangeSubscription(ClientId client,
     return state_->ask(client, text, answer, &channelName);
 }
 
-std::string SimulatedService::request(ClientId client, const std::string& text)
-{
-    std::string answer;
-    exchange(client, text, answer);
-    return answer;
-}
-
-std::string SimulatedService::subscribe(ClientId client, const std::string& text,
-                                        const std::string& channelName)
-{
-    std::string answer;
-    exchangeSubscription(client, text, answer, channelName);
-    return answer;
-}
-
 void SimulatedService::post(ClientId client, const std::string& text)
 {
     std::string nobodyAwaitsIt;

@@ -47,10 +47,6 @@ public:
     Reply exchangeSubscription(ClientId client, const std::string& text, std::string& answer,
                                const std::string& channelName) override;
 
-    /// The same for those who do not care why there is no answer: it is "" then.
-    std::string request(ClientId client, const std::string& text);
-    std::string subscribe(ClientId client, const std::string& text, const std::string& channelName);
-
     void post(ClientId client, const std::string& text) override;
 
     /// The simulation's own commands, as text ("help" lists all).

@@ -1,10 +1,11 @@
 #include "kit/testing/ServiceProcess.h"
 
+#include "kit/framework/Library.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -19,15 +20,6 @@ namespace
 {
 
 const char* const programName = "communications-service-sim";
-
-std::string folderOfKit()
-{
-    Dl_info info = {};
-    if (dladdr(reinterpret_cast<void*>(&folderOfKit), &info) == 0 || info.dli_fname == nullptr)
-        return std::string();
-    const std::string file = info.dli_fname;
-    return file.substr(0, file.rfind('/') + 1);
-}
 
 std::string choose(const std::string& program)
 {

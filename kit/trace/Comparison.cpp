@@ -48,19 +48,10 @@ const char* wordOf(const TraceRecord& record)
     return "";
 }
 
-const Field* fieldOf(const Line& line, const std::string& tag)
-{
-    if (line.fields != nullptr)
-        for (const Field& field : *line.fields)
-            if (tag == field.tag)
-                return &field;
-    return nullptr;
-}
-
 /// Its identifier counts for nothing but being the same one everywhere.
 bool isSomeCall(const Line& line, const Message::Element& element)
 {
-    const Field* const field = fieldOf(line, element.tag);
+    const Field* const field = fieldWithTag(line.fields, element.tag);
     return field != nullptr && isCall(*field) && !element.value.empty() && element.value != "0" &&
            element.value != "-1";
 }
@@ -86,11 +77,7 @@ std::vector<Line> linesOf(const std::vector<TraceRecord>& records)
             line.what += " to " + (method.empty() ? "an unknown request" : method);
         }
         const Operation* const operation = findRequest(method);
-        const Event* const event = findEvent(method);
-        if (operation != nullptr)
-            line.fields = ends ? &operation->outputs : &operation->arguments;
-        else if (event != nullptr)
-            line.fields = &event->arguments;
+        line.fields = ends && operation != nullptr ? &operation->outputs : fieldsOf(method);
         line.key = line.what + '\n' + line.message.method + '\n';
         for (const Message::Element& each : line.message.elements)
             line.key += element(each.tag, isSomeCall(line, each) ? "*" : each.value);
@@ -108,7 +95,7 @@ std::string shownLine(const Line& line)
         text += " " + line.message.method;
     for (const Message::Element& each : line.message.elements)
     {
-        const Field* const field = fieldOf(line, each.tag);
+        const Field* const field = fieldWithTag(line.fields, each.tag);
         text +=
             " " + each.tag + "=" + (field != nullptr ? toPeople(*field, each.value) : each.value);
     }
@@ -226,7 +213,7 @@ private:
         const auto valueIn = [](const Line& line, const std::string& tag)
         {
             const std::string* const value = line.message.find(tag);
-            const Field* const field = fieldOf(line, tag);
+            const Field* const field = fieldWithTag(line.fields, tag);
             return value == nullptr   ? std::string("(missing)")
                    : field != nullptr ? toPeople(*field, *value)
                                       : *value;

@@ -16,12 +16,11 @@ using RecordKind = TraceRecord::Kind;
 /// Values of the message's fields that name a line, or a call.
 std::vector<std::string> valuesOf(const Message& message, bool (*what)(const Field& field))
 {
-    const Operation* const operation = findRequest(message.method);
-    const Event* const event = findEvent(message.method);
+    const std::vector<Field>* const fields = fieldsOf(message.method);
     std::vector<std::string> values;
-    if (operation == nullptr && event == nullptr)
+    if (fields == nullptr)
         return values;
-    for (const Field& field : operation != nullptr ? operation->arguments : event->arguments)
+    for (const Field& field : *fields)
         if (const std::string* value = what(field) ? message.find(field.tag) : nullptr)
             if (!value->empty() && *value != "0")
                 values.push_back(*value);

@@ -96,24 +96,6 @@ std::string named(const Field& field, const std::string& value)
     return std::string(" ") + field.argument + "=" + shown(toPeople(field, value), 200);
 }
 
-const std::vector<Field>* fieldsOf(const std::string& method)
-{
-    if (const Operation* operation = findRequest(method))
-        return &operation->arguments;
-    if (const Event* event = findEvent(method))
-        return &event->arguments;
-    return nullptr;
-}
-
-const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& tag)
-{
-    if (fields != nullptr)
-        for (const Field& field : *fields)
-            if (tag == field.tag)
-                return &field;
-    return nullptr;
-}
-
 }  // namespace
 
 bool isLine(const Field& field)

@@ -30,31 +30,6 @@ std::string dump(const Json& json)
     return text;
 }
 
-bool isUtf8(const std::string& text)
-{
-    try
-    {
-        (void)Json(text).dump();
-        return true;
-    }
-    catch (const Json::exception&)
-    {
-        return false;
-    }
-}
-
-std::string hexOf(const std::string& text)
-{
-    static const char* const digits = "0123456789abcdef";
-    std::string hex;
-    for (const char c : text)
-    {
-        hex += digits[static_cast<unsigned char>(c) >> 4U];
-        hex += digits[static_cast<unsigned char>(c) & 15U];
-    }
-    return hex;
-}
-
 /// Texts of a record that is not UTF-8 are shown as they are printed everywhere.
 std::string readable(const std::string& text)
 {
@@ -173,16 +148,12 @@ private:
         for (const Message::Element& element : message.elements)
         {
             Json row = {readable(element.tag), readable(element.value)};
-            for (std::size_t i = 0; fields != nullptr && i < fields->size(); ++i)
+            if (const Field* const field = fieldWithTag(fields, element.tag))
             {
-                const Field& field = (*fields)[i];
-                if (element.tag != field.tag)
-                    continue;
-                row[0] = i;
-                const std::string value = toPeople(field, element.value);
+                row[0] = field - fields->data();
+                const std::string value = toPeople(*field, element.value);
                 if (value != element.value)
                     row.push_back(readable(value));
-                break;
             }
             elements.push_back(row);
         }

@@ -59,19 +59,6 @@ Value valueIn(const Table& table, const char* member, const Json& object)
                              "\", which is none of its words");
 }
 
-bool isUtf8(const std::string& text)
-{
-    try
-    {
-        (void)Json(text).dump();
-        return true;
-    }
-    catch (const Json::exception&)
-    {
-        return false;
-    }
-}
-
 /// JSON knows no bytes, so a text that is not UTF-8 goes under another name, in hexadecimal.
 void putText(Json& object, const std::string& name, const std::string& text)
 {
@@ -80,14 +67,7 @@ void putText(Json& object, const std::string& name, const std::string& text)
         object[name] = text;
         return;
     }
-    static const char* const digits = "0123456789abcdef";
-    std::string hex;
-    for (const char c : text)
-    {
-        hex += digits[static_cast<unsigned char>(c) >> 4U];
-        hex += digits[static_cast<unsigned char>(c) & 15U];
-    }
-    object[name + "Hex"] = hex;
+    object[name + "Hex"] = hexOf(text);
 }
 
 std::string getText(const Json& object, const std::string& name)
@@ -182,6 +162,31 @@ TraceRecord recordFrom(const Json& object)
 }
 
 }  // namespace
+
+bool isUtf8(const std::string& text)
+{
+    try
+    {
+        (void)Json(text).dump();
+        return true;
+    }
+    catch (const Json::exception&)
+    {
+        return false;
+    }
+}
+
+std::string hexOf(const std::string& text)
+{
+    static const char* const digits = "0123456789abcdef";
+    std::string hex;
+    for (const char c : text)
+    {
+        hex += digits[static_cast<unsigned char>(c) >> 4U];
+        hex += digits[static_cast<unsigned char>(c) & 15U];
+    }
+    return hex;
+}
 
 std::string toJson(const TraceRecord& record)
 {

@@ -54,6 +54,10 @@ struct TraceHead
 std::string toJson(const TraceRecord& record);
 std::string toJson(const TraceHead& head);
 
+/// What JSON can hold as it stands, and what stands there for the rest.
+bool isUtf8(const std::string& text);
+std::string hexOf(const std::string& text);
+
 /// Reads a trace line by line. A line that makes no sense is passed over, and told in the end.
 class TraceReader
 {
