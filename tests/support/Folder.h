@@ -34,6 +34,18 @@ inline std::string contentsOf(const std::string& path)
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+/// A file with this text, in a folder of its own.
+struct TextFile
+{
+    explicit TextFile(const std::string& text = "")
+    {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+
+    const Folder folder;
+    const std::string path = folder / "file";
+};
+
 /// The lines of a file; a last one without its end counts too.
 inline std::vector<std::string> linesOf(const std::string& path)
 {

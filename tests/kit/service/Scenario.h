@@ -3,7 +3,9 @@
 
 #include "kit/language/Words.h"
 #include "kit/protocol/Protocol.h"
+#include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
+#include "tests/kit/service/Asking.h"
 
 #include <deque>
 #include <gtest/gtest.h>
@@ -46,17 +48,16 @@ class Scenario
 public:
     /// A phone whose lines are registered, with nothing of that left to expect.
     Scenario()
-        : client_(service_.connect(
-              [this](const std::string& channel, const std::string& event)
-              {
-                  EXPECT_EQ(channel, "channel");
-                  events_.push_back(event);
-              }))
     {
+        application_.setEventSink(
+            [this](const std::string& channel, const std::string& event)
+            {
+                EXPECT_EQ(channel, "channel");
+                events_.push_back(event);
+            });
         service_.setLog([this](const std::string& line) { complaints_.push_back(line); });
-        EXPECT_EQ(service_.subscribe(client_, "<Method>Subscribe</Method>", "channel"),
-                  "sfiSuccess");
-        EXPECT_EQ(service_.request(client_, "<Method>Activate</Method>"), "sfiSuccess");
+        EXPECT_EQ(kit::test::subscribe(application_), "sfiSuccess");
+        EXPECT_EQ(kit::test::ask(application_, kit::test::activate), "sfiSuccess");
         events_.clear();
     }
 
@@ -133,9 +134,9 @@ private:
     void request(const std::string& text, bool answered, const std::string& answer)
     {
         if (!answered)
-            service_.post(client_, text);
+            EXPECT_EQ(application_.post(text), kit::Delivery::done);
         else
-            EXPECT_EQ(service_.request(client_, text), answer);
+            EXPECT_EQ(kit::test::ask(application_, text), answer);
     }
 
     void expectEvent(const std::string& expected)
@@ -160,15 +161,13 @@ private:
             return;
         for (const auto& [name, value] : valuesOf(expected.substr(blank + 1)))
         {
-            const kit::Field* found = nullptr;
-            for (const kit::Field& field : event->arguments)
-                if (name == field.argument || (*field.tag != '\0' && name == field.tag))
-                    found = &field;
-            ASSERT_NE(found, nullptr) << "no field " << name;
+            const std::size_t place = kit::placeOf(event->arguments, name);
+            ASSERT_LT(place, event->arguments.size()) << "no field " << name;
+            const kit::Field& field = event->arguments[place];
             const std::string* const got =
-                found->kind == kit::Kind::payload ? &message.payload : message.find(found->tag);
+                field.kind == kit::Kind::payload ? &message.payload : message.find(field.tag);
             ASSERT_NE(got, nullptr) << name;
-            EXPECT_EQ(kit::toPeople(*found, *got), value) << name;
+            EXPECT_EQ(kit::toPeople(field, *got), value) << name;
         }
     }
 
@@ -182,10 +181,10 @@ private:
         complaints_.clear();
     }
 
-    kit::SimulatedService service_;
+    kit::EmbeddedConnection application_;
+    kit::SimulatedService& service_ = *application_.service();
     std::deque<std::string> events_;
     std::deque<std::string> complaints_;
-    int client_;
 };
 
 #endif

@@ -5,13 +5,13 @@
 #include "kit/framework/SocketConnection.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/kit/service/Asking.h"
+#include "tests/support/Folder.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <map>
@@ -30,29 +30,13 @@ using namespace std::chrono_literals;
 constexpr int threadCount = 4;
 constexpr int requestsPerThread = 2500;
 
-/// A file that is gone afterwards.
-class Journal
+struct Journal : TextFile
 {
-public:
-    explicit Journal(const std::string& name)
-        : path_(testing::TempDir() + std::to_string(getpid()) + "-" + name)
-    {
-        std::remove(path_.c_str());
-    }
-    ~Journal() { std::remove(path_.c_str()); }
-
-    Journal(const Journal&) = delete;
-    Journal& operator=(const Journal&) = delete;
-
-    const std::string& path() const { return path_; }
-
     /// How often each lamp, which stands for a request, was asked for.
     std::map<std::string, int> lamps() const
     {
         std::map<std::string, int> counts;
-        std::ifstream in(path_);
-        std::string line;
-        while (std::getline(in, line))
+        for (const std::string& line : linesOf(path))
         {
             const std::size_t begin = line.find("<lampId>");
             if (begin != std::string::npos)
@@ -60,9 +44,6 @@ public:
         }
         return counts;
     }
-
-private:
-    std::string path_;
 };
 
 /// Asks from all threads at once, each request under a name of its own.
@@ -160,8 +141,8 @@ void expectHonest(const Callers& callers, const Journal& journal, int requests, 
 
 TEST(ServiceDies, KilledInTheMiddleOfTenThousandRequests)
 {
-    const Journal journal("service-kill-journal");
-    kit::ServiceProcess process("", {"--journal", journal.path()});
+    const Journal journal;
+    kit::ServiceProcess process("", {"--journal", journal.path});
     kit::Framework::Options options;
     std::atomic<int> problems{0};
     options.problems = [&](const std::string&) { ++problems; };
@@ -205,42 +186,40 @@ pid_t startApplication(std::string socket, std::string number)
 
 TEST(ServiceProcesses, SeveralApplicationsAtOnce)
 {
-    const Journal journal("service-several-journal");
-    kit::ServiceProcess process("", {"--journal", journal.path()});
+    const Journal journal;
+    kit::ServiceProcess process("", {"--journal", journal.path});
     std::vector<pid_t> children;
     for (const char* number : {"0", "1", "2"})
         children.push_back(startApplication(process.socket(), number));
     kit::SocketConnection watcher(process.socket());
-    kit::ControlAnswer clients;
+    std::string clients;
     const auto ready = [&]
     {
         const std::string wanted = "1 subscription, 201 requests";
-        if (watcher.control("show clients", clients, 60s) != kit::Delivery::done)
-            return true;
+        clients = kit::test::control(watcher, "show clients").text;
         int count = 0;
-        for (std::size_t at = clients.text.find(wanted); at != std::string::npos;
-             at = clients.text.find(wanted, at + 1))
+        for (std::size_t at = clients.find(wanted); at != std::string::npos;
+             at = clients.find(wanted, at + 1))
             ++count;
         return count == 3;
     };
     const auto end = std::chrono::steady_clock::now() + 60s;
     while (!ready() && std::chrono::steady_clock::now() < end)
         std::this_thread::yield();
-    kit::ControlAnswer answer;
-    EXPECT_EQ(watcher.control("system NORMAL info all", answer, 60s), kit::Delivery::done);
+    EXPECT_TRUE(kit::test::control(watcher, "system NORMAL info all").accepted);
     for (const pid_t child : children)
     {
         int status = -1;
         EXPECT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0) << clients.text;
+        EXPECT_EQ(status, 0) << clients;
     }
     EXPECT_EQ(journal.lamps().size(), 600U);
 }
 
 TEST(ServiceDies, HangsAndComesBack)
 {
-    const Journal journal("service-hang-journal");
-    kit::ServiceProcess process("", {"--journal", journal.path()});
+    const Journal journal;
+    kit::ServiceProcess process("", {"--journal", journal.path});
     kit::Framework::Options options;
     options.requestTimeout = 100ms;
     kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()), options);

@@ -4,6 +4,7 @@
 #include "kit/framework/SocketConnection.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/kit/service/Asking.h"
 #include "tests/support/Folder.h"
 
 #include <algorithm>
@@ -17,10 +18,10 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sstream>
+#include <stdexcept>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -32,8 +33,12 @@ namespace
 
 using namespace std::chrono_literals;
 using kit::Delivery;
+using kit::test::activate;
+using kit::test::ask;
+using kit::test::bindTo;
+using kit::test::connectTo;
+using kit::test::control;
 
-const std::string activate = "<Method>Activate</Method>";
 const std::string doNotDisturb = "<Method>SetDoNotDisturb</Method><Line>1001</Line>"
                                  "<doNotDisturbOn>1</doNotDisturbOn>";
 
@@ -130,26 +135,35 @@ bool exists(const std::string& path)
 /// What a process that was killed leaves behind.
 void leaveStale(const std::string& path)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    const int stale = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    EXPECT_EQ(bind(stale, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    const int stale = bindTo(path);
+    EXPECT_GE(stale, 0);
     close(stale);
 }
 
-/// -1 when nobody listens.
-int connectTo(const std::string& path)
+/// A program that listens.
+struct Listening : Program
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    const int raw = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (connect(raw, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
-        return raw;
-    close(raw);
-    return -1;
-}
+    explicit Listening(const std::string& path, std::vector<std::string> options = {},
+                       const std::function<void()>& prepare = nullptr)
+        : Program(at(path, std::move(options)), prepare)
+    {
+        if (!ready())
+            throw std::runtime_error(said());
+    }
+
+    static std::vector<std::string> at(const std::string& path, std::vector<std::string> options)
+    {
+        options.insert(options.begin(), {"--socket", path});
+        return options;
+    }
+};
+
+class ServiceProgram : public testing::Test
+{
+protected:
+    const Folder folder;
+    const std::string path = folder / "socket";
+};
 
 void limit(int resource, rlim_t value)
 {
@@ -159,54 +173,45 @@ void limit(int resource, rlim_t value)
     setrlimit(static_cast<__rlimit_resource>(resource), &limits);
 }
 
-TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
+TEST_F(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
 {
     const std::string longPath(130, 'a');
-    const Folder folder;
     const std::string file = folder / "no-socket";
-    const std::string path = folder / "socket";
     std::ofstream(file) << "x";
     const struct
     {
-        std::vector<std::string> options;
+        std::string options;
         int status;
         std::string said;
     } rows[] = {
-        {{}, 2, "--socket is required (--help tells more)"},
-        {{"--socket"}, 2, "--socket: 1 required PATH missing (--help tells more)"},
-        {{"--socket", path, "--realtme"},
-         2,
+        {"", 2, "--socket is required (--help tells more)"},
+        {"--socket", 2, "--socket: 1 required PATH missing (--help tells more)"},
+        {"--socket " + path + " --realtme", 2,
          "The following argument was not expected: --realtme (--help tells more)"},
-        {{"--socket", path, "--realtime", "--speed", "2"},
-         2,
+        {"--socket " + path + " --realtime --speed 2", 2,
          "--realtime excludes --speed (--help tells more)"},
-        {{"--socket", path, "--lines", "1,,1"}, 2, "--lines: \"1\" is no line, or there twice"},
-        {{"--socket", path, "--mode", "0668"}, 2, "--mode: \"0668\" is no mode, 0600 and 0660 are"},
-        {{"--socket", path, "--mode", "1777"}, 2, "--mode: \"1777\" is no mode"},
-        {{"--socket", "/nowhere/x"},
-         1,
-         "cannot listen at /nowhere/x: there is no directory /nowhere"},
-        {{"--socket", longPath},
-         1,
+        {"--socket " + path + " --lines 1,,1", 2, "--lines: \"1\" is no line, or there twice"},
+        {"--socket " + path + " --mode 0668", 2, "--mode: \"0668\" is no mode, 0600 and 0660 are"},
+        {"--socket " + path + " --mode 1777", 2, "--mode: \"1777\" is no mode"},
+        {"--socket /nowhere/x", 1, "cannot listen at /nowhere/x: there is no directory /nowhere"},
+        {"--socket " + longPath, 1,
          "cannot listen at " + longPath + ": the path has 130 characters, 107 are possible"},
-        {{"--socket", file},
-         1,
+        {"--socket " + file, 1,
          "cannot listen at " + file + ": there is a file of that name, and it is no socket"},
-        {{"--socket", "/proc/x"}, 1, "cannot listen at /proc/x: "},
-        {{"--socket", path, "--robots", file},
-         2,
+        {"--socket /proc/x", 1, "cannot listen at /proc/x: "},
+        {"--socket " + path + " --robots " + file, 2,
          file + ":1:1: unknown word \"x\"; a line is: robot NUMBER [\"NAME\"] WHAT"},
-        {{"--socket", path, "--robots", file, "--replay", file}, 2, "--robots excludes --replay"},
-        {{"--socket", path, "--log", "/nowhere/l"},
-         1,
+        {"--socket " + path + " --robots " + file + " --replay " + file, 2,
+         "--robots excludes --replay"},
+        {"--socket " + path + " --log /nowhere/l", 1,
          "cannot write to /nowhere/l: No such file or directory"},
-        {{"--socket", path, "--journal", folder / ""},
-         1,
+        {"--socket " + path + " --journal " + (folder / ""), 1,
          "cannot write to " + (folder / "") + ": Is a directory"},
     };
     for (const auto& row : rows)
     {
-        Program program(row.options);
+        std::istringstream words(row.options);
+        Program program({std::istream_iterator<std::string>(words), {}});
         EXPECT_EQ(program.status(), row.status) << row.said;
         EXPECT_EQ(program.said().rfind("communications-service-sim: " + row.said, 0), 0U)
             << row.said << "\n"
@@ -218,28 +223,22 @@ TEST(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
     EXPECT_EQ(Program({"--help"}).status(), 0);
 }
 
-TEST(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
+TEST_F(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
     leaveStale(path);
-    Program program({"--socket", path});
-    ASSERT_TRUE(program.ready()) << program.said();
+    Listening program(path);
     EXPECT_EQ(program.said(), "ready " + path + "\n");
     kit::SocketConnection connection(path);
     EXPECT_EQ(program.endedBy(SIGTERM), 0);
     EXPECT_FALSE(exists(path));
-    std::string answer;
-    EXPECT_EQ(connection.request(activate, answer, 10s), Delivery::gone);
+    EXPECT_EQ(ask(connection, activate), "(gone)");
     EXPECT_EQ(connection.whyGone(), "it was ended");
 }
 
 /// The second comes while the first has bound the socket and does not listen yet; nobody can connect
 /// before the socket has its rights.
-TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
+TEST_F(ServiceProgram, OneOfTwoThatComeAtOnceListens)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
     leaveStale(path);
     // When the file was made: its number may be used again.
     const auto made = [&]
@@ -278,9 +277,8 @@ TEST(ServiceProgram, OneOfTwoThatComeAtOnceListens)
     EXPECT_EQ(first.endedBy(SIGTERM), 0);
 }
 
-TEST(ServiceProgram, TheSocketIsItsOwnersWhateverTheUmask)
+TEST_F(ServiceProgram, TheSocketIsItsOwnersWhateverTheUmask)
 {
-    const Folder folder;
     const struct
     {
         mode_t mask;
@@ -295,12 +293,9 @@ TEST(ServiceProgram, TheSocketIsItsOwnersWhateverTheUmask)
     };
     for (const auto& row : rows)
     {
-        std::vector<std::string> options = {"--socket", folder / "socket"};
-        options.insert(options.end(), row.options.begin(), row.options.end());
-        Program program(options, [&] { umask(row.mask); });
-        ASSERT_TRUE(program.ready()) << program.said();
+        const Listening program(path, row.options, [&] { umask(row.mask); });
         struct stat entry = {};
-        ASSERT_EQ(stat((folder / "socket").c_str(), &entry), 0);
+        ASSERT_EQ(stat(path.c_str(), &entry), 0);
         EXPECT_EQ(entry.st_mode & 0777U, row.rights);
     }
 }
@@ -314,9 +309,8 @@ const char* const trace =
 {"time":3600,"kind":"event","channel":"c","text":"E"}
 )";
 
-TEST(ServiceProgram, AReplayEndsWithWhetherAllWasAskedAsRecorded)
+TEST_F(ServiceProgram, AReplayEndsWithWhetherAllWasAskedAsRecorded)
 {
-    const Folder folder;
     std::ofstream(folder / "trace") << trace;
     const struct
     {
@@ -325,20 +319,18 @@ TEST(ServiceProgram, AReplayEndsWithWhetherAllWasAskedAsRecorded)
     } rows[] = {{{}, 3}, {{"A"}, 0}, {{"B"}, 3}, {{"A", "A"}, 3}};
     for (const auto& row : rows)
     {
-        Program program({"--socket", folder / "socket", "--replay", folder / "trace"});
-        ASSERT_TRUE(program.ready()) << program.said();
-        kit::SocketConnection connection(folder / "socket");
+        Listening program(path, {"--replay", folder / "trace"});
+        kit::SocketConnection connection(path);
         std::string answer;
         connection.subscribe("S", answer, "c", 10s);
         for (const std::string& text : row.asked)
-            EXPECT_EQ(connection.request(text, answer, 10s), Delivery::done);
+            EXPECT_NE(ask(connection, text)[0], '(');
         EXPECT_EQ(program.endedBy(SIGTERM), row.status) << testing::PrintToString(row.asked);
     }
 }
 
-TEST(ServiceProgram, AReplayKeepsTheTimeThatItIsToldTo)
+TEST_F(ServiceProgram, AReplayKeepsTheTimeThatItIsToldTo)
 {
-    const Folder folder;
     std::ofstream(folder / "trace") << trace;
     const struct
     {
@@ -351,24 +343,21 @@ TEST(ServiceProgram, AReplayKeepsTheTimeThatItIsToldTo)
     for (const auto& row : rows)
     {
         SCOPED_TRACE(testing::PrintToString(row.options));
-        std::vector<std::string> options = {"--socket", folder / "socket", "--replay",
-                                            folder / "trace"};
+        std::vector<std::string> options = {"--replay", folder / "trace"};
         options.insert(options.end(), row.options.begin(), row.options.end());
-        Program program(options);
-        ASSERT_TRUE(program.ready()) << program.said();
+        Listening program(path, options);
         std::atomic<bool> came{false};
-        kit::SocketConnection connection(folder / "socket");
+        kit::SocketConnection connection(path);
         connection.setEventSink([&](const std::string&, const std::string&) { came = true; });
         std::string answer;
-        kit::ControlAnswer said;
         connection.subscribe("S", answer, "c", 10s);
-        connection.request("A", answer, 10s);
-        connection.control("replay", said, 10s);
+        ask(connection, "A");
+        const kit::ControlAnswer said = control(connection, "replay");
         EXPECT_TRUE(said.accepted) << said.text;
         // What an hour takes at this speed is no matter here.
         EXPECT_TRUE(came == row.comesAtOnce || row.comesByItself);
         if (!row.comesByItself)
-            connection.control("advance 1h", said, 10s);
+            control(connection, "advance 1h");
         for (int i = 0; !came && i < 10000; ++i)
             std::this_thread::sleep_for(1ms);
         EXPECT_TRUE(came);
@@ -376,39 +365,29 @@ TEST(ServiceProgram, AReplayKeepsTheTimeThatItIsToldTo)
     }
 }
 
-TEST(ServiceProgram, WhatTheJournalDoesNotTakeIsNotCarriedOut)
+TEST_F(ServiceProgram, WhatTheJournalDoesNotTakeIsNotCarriedOut)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
-    Program program({"--socket", path, "--journal", "/dev/full", "--log", folder / "log"});
-    ASSERT_TRUE(program.ready()) << program.said();
+    Listening program(path, {"--journal", "/dev/full", "--log", folder / "log"});
     std::string heard;
     kit::SocketConnection connection(path);
     connection.setComplaintSink([&](const std::string& complaint) { heard = complaint; });
-    std::string answer;
-    ASSERT_EQ(connection.request(doNotDisturb, answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiFailure");
+    EXPECT_EQ(ask(connection, doNotDisturb), "sfiFailure");
     EXPECT_EQ(heard, "the service's journal cannot be written");
     EXPECT_EQ(connection.post(activate), Delivery::done);
-    ASSERT_EQ(connection.subscribe("<Method>Subscribe</Method>", answer, "c", 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiFailure");
-    kit::ControlAnswer lines;
-    ASSERT_EQ(connection.control("show lines", lines, 10s), Delivery::done);
-    EXPECT_EQ(lines.text.find("do not disturb"), std::string::npos) << lines.text;
-    EXPECT_NE(lines.text.find("1001 not registered"), std::string::npos) << lines.text;
+    EXPECT_EQ(kit::test::subscribe(connection), "sfiFailure");
+    const std::string lines = control(connection, "show lines").text;
+    EXPECT_EQ(lines.find("do not disturb"), std::string::npos) << lines;
+    EXPECT_NE(lines.find("1001 not registered"), std::string::npos) << lines;
     EXPECT_EQ(contentsOf(folder / "log"),
               "the journal cannot be written: No space left on device; requests are refused until "
               "it can be\n");
     EXPECT_EQ(program.endedBy(SIGTERM), 1);
 }
 
-TEST(ServiceProgram, TheJournalHoldsWholeLinesAndWhatWasDone)
+TEST_F(ServiceProgram, TheJournalHoldsWholeLinesAndWhatWasDone)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
     const std::string journal = folder / "journal";
-    Program program({"--socket", path, "--journal", journal});
-    ASSERT_TRUE(program.ready()) << program.said();
+    Listening program(path, {"--journal", journal});
     const rlim_t room = 10 * (doNotDisturb.size() + 1) + 20;
     struct rlimit limits = {room, RLIM_INFINITY};
     ASSERT_EQ(prlimit(program.pid(), RLIMIT_FSIZE, &limits, nullptr), 0);
@@ -416,16 +395,13 @@ TEST(ServiceProgram, TheJournalHoldsWholeLinesAndWhatWasDone)
     int done = 0;
     for (int i = 0; i < 20; ++i)
     {
-        std::string answer;
-        ASSERT_EQ(connection.request(doNotDisturb, answer, 10s), Delivery::done);
+        const std::string answer = ask(connection, doNotDisturb);
         EXPECT_EQ(answer, i < 10 ? "sfiSuccess" : "sfiFailure") << i;
         done += answer == "sfiSuccess" ? 1 : 0;
     }
     limits.rlim_cur = RLIM_INFINITY;
     ASSERT_EQ(prlimit(program.pid(), RLIMIT_FSIZE, &limits, nullptr), 0);
-    std::string answer;
-    ASSERT_EQ(connection.request(activate, answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiSuccess");
+    EXPECT_EQ(ask(connection, activate), "sfiSuccess");
     std::string expected;
     for (int i = 0; i < done; ++i)
         expected += doNotDisturb + "\n";
@@ -433,26 +409,20 @@ TEST(ServiceProgram, TheJournalHoldsWholeLinesAndWhatWasDone)
     EXPECT_EQ(program.endedBy(SIGTERM), 1);
 }
 
-TEST(ServiceProgram, ALogThatCannotBeWrittenIsTold)
+TEST_F(ServiceProgram, ALogThatCannotBeWrittenIsTold)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
-    Program program({"--socket", path, "--log", "/dev/full"});
-    ASSERT_TRUE(program.ready()) << program.said();
+    Listening program(path, {"--log", "/dev/full"});
     kit::SocketConnection connection(path);
-    std::string answer;
     for (int i = 0; i < 3; ++i)
-        ASSERT_EQ(connection.request("<Method>Nonsense</Method>", answer, 10s), Delivery::done);
+        EXPECT_EQ(ask(connection, "<Method>Nonsense</Method>"), "sfiFailure");
     EXPECT_EQ(program.endedBy(SIGTERM), 1);
     EXPECT_EQ(program.said(), "ready " + path +
                                   "\ncommunications-service-sim: cannot write to /dev/full: No "
                                   "space left on device\n");
 }
 
-TEST(ServiceProgram, WithoutDescriptorsItSaysSo)
+TEST_F(ServiceProgram, WithoutDescriptorsItSaysSo)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
     int refused = 0;
     int started = 0;
     for (rlim_t count = 5; count < 20; ++count)
@@ -477,13 +447,10 @@ TEST(ServiceProgram, WithoutDescriptorsItSaysSo)
 }
 
 /// Those who come wait for those who leave, and the log has one line.
-TEST(ServiceProgram, OutOfDescriptorsLaterIsToldOnce)
+TEST_F(ServiceProgram, OutOfDescriptorsLaterIsToldOnce)
 {
-    const Folder folder;
-    const std::string path = folder / "socket";
     const std::string log = folder / "log";
-    Program program({"--socket", path, "--log", log}, [] { limit(RLIMIT_NOFILE, 30); });
-    ASSERT_TRUE(program.ready()) << program.said();
+    Listening program(path, {"--log", log}, [] { limit(RLIMIT_NOFILE, 30); });
     std::vector<int> many;
     for (int i = 0; i < 40; ++i)
     {
@@ -496,13 +463,12 @@ TEST(ServiceProgram, OutOfDescriptorsLaterIsToldOnce)
     for (const int raw : many)
         close(raw);
     kit::SocketConnection connection(path);
-    std::string answer;
-    EXPECT_EQ(connection.request(activate, answer, 20s), Delivery::done);
+    EXPECT_EQ(ask(connection, activate), "sfiSuccess");
     EXPECT_EQ(contentsOf(log), "a connection could not be taken: Too many open files; it waits, "
                                "and others with it, until somebody leaves\n");
 }
 
-TEST(ServiceProgram, ClockThatRuns)
+TEST_F(ServiceProgram, ClockThatRuns)
 {
     kit::ServiceProcess process("", {"--speed", "1000"});
     kit::EventRecorder events;

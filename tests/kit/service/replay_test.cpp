@@ -10,10 +10,10 @@
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/kit/Complaint.h"
+#include "tests/kit/service/Asking.h"
+#include "tests/support/Folder.h"
 
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,6 +26,9 @@ namespace
 {
 
 using namespace std::chrono_literals;
+using test::ask;
+using test::complaintOf;
+using test::control;
 using testing::ElementsAre;
 
 std::string request(int number, const std::string& text, const std::string& more = "")
@@ -69,12 +72,7 @@ struct Asking
                                  { got.push_back(channel + ": " + received); });
     }
 
-    std::string ask(const std::string& what)
-    {
-        std::string answered = "untouched";
-        const Delivery delivery = connection->request(what, answered, 1s);
-        return delivery == Delivery::done ? answered : "none";
-    }
+    std::string ask(const std::string& what) { return test::ask(*connection, what); }
 
     void subscribe(const std::string& channel)
     {
@@ -159,9 +157,9 @@ TEST(Replay, KeepsSilentWhereNobodyAnswered)
         R"({"time":9,"kind":"exception","number":2,"text":"Failure"})"
         "\n" +
         request(3, "C"));
-    EXPECT_EQ(app.ask("A"), "none");
-    EXPECT_EQ(app.ask("B"), "none");
-    EXPECT_EQ(app.ask("C"), "none");
+    EXPECT_EQ(app.ask("A"), "(no answer in time)");
+    EXPECT_EQ(app.ask("B"), "(no answer in time)");
+    EXPECT_EQ(app.ask("C"), "(no answer in time)");
     EXPECT_EQ(app.replay.difference(), "");
 }
 
@@ -194,9 +192,7 @@ TEST(Replay, KeepsTimeIfAskedTo)
     EXPECT_THAT(app.events(), ElementsAre());
     app.replay.advance(1999ms);
     EXPECT_THAT(app.events(), ElementsAre());
-    ControlAnswer said;
-    app.connection->control("advance 1ms", said, 1s);
-    EXPECT_TRUE(said.accepted);
+    EXPECT_TRUE(control(*app.connection, "advance 1ms").accepted);
     EXPECT_THAT(app.events(), ElementsAre("c: E1"));
     // Who does not wait for it gets it in its place.
     EXPECT_EQ(app.ask("B"), "b");
@@ -272,9 +268,7 @@ TEST(Replay, SaysWhatDiffers)
         const bool told = std::string(row.difference).find("came:") != std::string::npos;
         EXPECT_EQ(log,
                   told ? std::vector<std::string>{row.difference} : std::vector<std::string>());
-        ControlAnswer said;
-        app.connection->control("replay", said, 1s);
-        EXPECT_EQ(said.accepted, *row.difference == '\0');
+        EXPECT_EQ(control(*app.connection, "replay").accepted, *row.difference == '\0');
     }
 }
 
@@ -300,12 +294,11 @@ TEST(Replay, CommandsHaveTheirPlace)
         EXPECT_THAT(fresh->events(), ElementsAre());
         return fresh;
     };
-    ControlAnswer said;
     auto same = app();
-    same->connection->control("call 1001 from 2001", said, 1s);
+    control(*same->connection, "call 1001 from 2001");
     EXPECT_THAT(same->events(), ElementsAre("c: E"));
     auto other = app();
-    other->connection->control("call 1002 from 2001", said, 1s);
+    control(*other->connection, "call 1002 from 2001");
     EXPECT_EQ(other->replay.difference(),
               "t:3: a command differs\n  recorded: call 1001 from 2001\n"
               "  came:     call 1002 from 2001");
@@ -347,36 +340,12 @@ TEST(Replay, RefusesWhatIsNoTrace)
     for (const auto& row : damaged)
     {
         std::istringstream in(row.text);
-        try
-        {
-            Replay replay(in, "t");
-            FAIL() << row.text;
-        }
-        catch (const std::runtime_error& error)
-        {
-            EXPECT_STREQ(error.what(), row.complaint);
-        }
+        EXPECT_EQ(complaintOf<std::runtime_error>([&] { const Replay replay(in, "t"); }),
+                  row.complaint);
     }
-    try
-    {
-        Replay replay("/no/such/trace");
-        FAIL();
-    }
-    catch (const std::runtime_error& error)
-    {
-        EXPECT_STREQ(error.what(), "/no/such/trace cannot be read: No such file or directory");
-    }
+    EXPECT_EQ(complaintOf<std::runtime_error>([] { const Replay replay("/no/such/trace"); }),
+              "/no/such/trace cannot be read: No such file or directory");
 }
-
-/// A file in the temporary folder, which goes with this.
-struct File
-{
-    explicit File(const std::string& text = "") { std::ofstream(path) << text; }
-    ~File() { std::remove(path.c_str()); }
-    static inline int count = 0;
-    const std::string path =
-        testing::TempDir() + "replay-" + std::to_string(getpid()) + "-" + std::to_string(++count);
-};
 
 TEST(Replay, PlaysWhatCanBeReadOfACutTrace)
 {
@@ -388,16 +357,9 @@ TEST(Replay, PlaysWhatCanBeReadOfACutTrace)
     EXPECT_EQ(app.ask("A"), "a");
     EXPECT_EQ(app.replay.difference(), "");
     // As a test of an application it is not good enough.
-    const File file(cut);
-    try
-    {
-        Replay replay(file.path);
-        FAIL();
-    }
-    catch (const std::runtime_error& error)
-    {
-        EXPECT_EQ(error.what(), file.path + complaint);
-    }
+    const TextFile file(cut);
+    EXPECT_EQ(complaintOf<std::runtime_error>([&] { const Replay replay(file.path); }),
+              file.path + complaint);
 }
 
 TEST(Replay, ServesAnApplicationThroughTheFramework)
@@ -476,14 +438,13 @@ protected:
                       nullptr, ""),
                   "");
         SocketConnection asking(process.socket());
-        ControlAnswer verdict;
-        EXPECT_EQ(asking.control("replay", verdict, 5s), Delivery::done);
+        const ControlAnswer verdict = control(asking, "replay");
         EXPECT_EQ(verdict.text, "everything was asked as it was recorded");
         EXPECT_TRUE(verdict.accepted);
     }
 
     const std::string script_ = std::string(PHONE_SCRIPTS "/") + GetParam();
-    const File trace_;
+    const TextFile trace_;
 };
 
 TEST_P(Recorded, ByThePhone)
@@ -497,17 +458,14 @@ TEST_P(Recorded, ByThePhone)
 TEST_P(Recorded, ByThePlugin)
 {
     // A copy, since what is once opened stays.
-    const File plugin;
-    const std::string copy = plugin.path + ".so";
+    const std::string copy = trace_.folder / "plugin.so";
     std::ofstream(copy) << std::ifstream(RECORDER_PLUGIN).rdbuf();
     setenv("COMMUNICATIONS_SERVICE_RECORDING", ("file=" + trace_.path).c_str(), 1);
     record(copy);
     unsetenv("COMMUNICATIONS_SERVICE_RECORDING");
-    std::remove(copy.c_str());
     std::this_thread::sleep_for(1s);
     replayInProcess();
     replayOverASocket();
-    std::remove((trace_.path + ".old").c_str());
 }
 #endif
 
@@ -516,19 +474,15 @@ INSTANTIATE_TEST_SUITE_P(Scripts, Recorded, testing::Values("tour", "everything"
 
 TEST(Replay, OverASocketTellsTheDifference)
 {
-    const File trace(request(1, "A") + answer(1, "a"));
-    ServiceProcess process("", {"--replay", trace.path, "--log", trace.path + ".log"});
+    const TextFile trace(request(1, "A") + answer(1, "a"));
+    const std::string log = trace.folder / "log";
+    ServiceProcess process("", {"--replay", trace.path, "--log", log});
     SocketConnection connection(process.socket());
-    std::string answered;
-    EXPECT_EQ(connection.request("B", answered, 5s), Delivery::done);
-    ControlAnswer verdict;
-    connection.control("replay", verdict, 5s);
+    EXPECT_EQ(ask(connection, "B"), "a");
+    const ControlAnswer verdict = control(connection, "replay");
     EXPECT_FALSE(verdict.accepted);
     EXPECT_EQ(verdict.text, trace.path + ":1: a request differs; recorded: A; came:     B");
-    std::stringstream log;
-    log << std::ifstream(trace.path + ".log").rdbuf();
-    EXPECT_THAT(log.str(), testing::HasSubstr(":1: a request differs"));
-    std::remove((trace.path + ".log").c_str());
+    EXPECT_THAT(linesOf(log), ElementsAre(testing::HasSubstr(":1: a request differs")));
 }
 
 }  // namespace

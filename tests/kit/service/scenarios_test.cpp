@@ -2,10 +2,9 @@
 
 #include "kit/service/Robots.h"
 #include "kit/service/Usage.h"
+#include "tests/support/Folder.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -14,7 +13,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -99,41 +97,20 @@ TEST(ServiceCommands, KindsHaveWords)
             }
 }
 
-/// A file of robots that is gone afterwards.
-class RobotFile
-{
-public:
-    explicit RobotFile(const std::string& text) : path_(testing::TempDir() + "kit-robots-XXXXXX")
-    {
-        const int file = mkstemp(path_.data());
-        EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-        close(file);
-    }
-    ~RobotFile() { std::remove(path_.c_str()); }
-
-    RobotFile(const RobotFile&) = delete;
-    RobotFile& operator=(const RobotFile&) = delete;
-
-    const std::string& path() const { return path_; }
-
-private:
-    std::string path_;
-};
-
 TEST(ServiceRobots, OfAFileDoWhatItSays)
 {
-    const RobotFile file("# far ends\r\n"
-                         "robot 2042 \"Zoe\" answers 1s, holds 2s, retrieves 3s, holds 500ms,"
-                         " transfers 1s to sip:2047@x  # and so on\r\n"
-                         "\n"
-                         "robot tel:2043 'Al \"A\", B' answers,joins 1s,leaves 2s,hangs up 1s\n"
-                         "robot 2044 is busy, stays busy 3s\n"
-                         "robot 2045 refuses 1s, calls back 2s\n"
-                         "robot 2001 \"Other\" is unobtainable\n"
-                         "robot 2046 answers, holds, hangs up 1s\n"
-                         "robot 2047 refuses, is never free");
+    const TextFile file("# far ends\r\n"
+                        "robot 2042 \"Zoe\" answers 1s, holds 2s, retrieves 3s, holds 500ms,"
+                        " transfers 1s to sip:2047@x  # and so on\r\n"
+                        "\n"
+                        "robot tel:2043 'Al \"A\", B' answers,joins 1s,leaves 2s,hangs up 1s\n"
+                        "robot 2044 is busy, stays busy 3s\n"
+                        "robot 2045 refuses 1s, calls back 2s\n"
+                        "robot 2001 \"Other\" is unobtainable\n"
+                        "robot 2046 answers, holds, hangs up 1s\n"
+                        "robot 2047 refuses, is never free");
     Scenario scenario;
-    scenario.run("* robots " + file.path() + " -> 7 robots\n" + R"(
+    scenario.run("* robots " + file.path + " -> 7 robots\n" + R"(
 * reset
 ~ * register 1001
 outgoingCallMake line=1001 callId=1 destination=2042
@@ -250,11 +227,11 @@ TEST(ServiceRobots, OfAFileWithAMistakeAreNone)
     const std::string before = service.control("show robots").text;
     const auto refused = [&](const std::string& text)
     {
-        const RobotFile file(text);
-        const kit::ControlAnswer got = service.control("robots " + file.path());
+        const TextFile file(text);
+        const kit::ControlAnswer got = service.control("robots " + file.path);
         EXPECT_FALSE(got.accepted) << text;
         EXPECT_EQ(service.control("show robots").text, before) << text;
-        const std::string place = file.path() + ":";
+        const std::string place = file.path + ":";
         EXPECT_EQ(got.text.substr(0, place.size()), place);
         return got.text.substr(std::min(place.size(), got.text.size()));
     };
@@ -269,8 +246,8 @@ TEST(ServiceRobots, OfAFileWithAMistakeAreNone)
     std::string long33 = "robot 2042 answers";
     for (int i = 0; i < 31; ++i)
         long33 += ",joins";
-    const RobotFile enough(long33);
-    EXPECT_EQ(kit::SimulatedService().control("robots " + enough.path()).text, "1 robot");
+    const TextFile enough(long33);
+    EXPECT_EQ(kit::SimulatedService().control("robots " + enough.path).text, "1 robot");
     EXPECT_EQ(refused(long33 + ",joins"), "1:206: a robot does no more than 32 things");
 
     const std::string folder = testing::TempDir();
@@ -281,9 +258,9 @@ TEST(ServiceRobots, OfAFileWithAMistakeAreNone)
     };
     for (const auto& [path, refusal] : files)
         EXPECT_EQ(service.control("robots " + path).text, refusal);
-    const RobotFile huge(std::string((1U << 20U) + 1, '\n'));
-    EXPECT_EQ(service.control("robots " + huge.path()).text,
-              "cannot read " + huge.path() + ": it is longer than 1 MiB");
+    const TextFile huge(std::string((1U << 20U) + 1, '\n'));
+    EXPECT_EQ(service.control("robots " + huge.path).text,
+              "cannot read " + huge.path + ": it is longer than 1 MiB");
 }
 
 /// The page for people names every number and every command, as they are.

@@ -1,7 +1,5 @@
 // The socket: frames, several applications, silence, nonsense.
 
-#include "tests/kit/Complaint.h"
-
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
 #include "kit/protocol/Frame.h"
@@ -9,6 +7,8 @@
 #include "kit/service/SocketServer.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/kit/Complaint.h"
+#include "tests/kit/service/Asking.h"
 
 #include <algorithm>
 #include <chrono>
@@ -17,7 +17,6 @@
 #include <gtest/gtest.h>
 #include <mutex>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -28,9 +27,11 @@ namespace
 using namespace std::chrono_literals;
 using kit::Delivery;
 using kit::Frame;
+using kit::test::activate;
+using kit::test::ask;
 using kit::test::complaintOf;
-
-const std::string activate = "<Method>Activate</Method>";
+using kit::test::control;
+using kit::test::subscribe;
 
 // --- frames ---
 
@@ -144,14 +145,16 @@ protected:
     }
 
     /// A socket without the manners of a connection.
-    int rawSocket()
+    int rawSocket() const
     {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        const int raw = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(connect(raw, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        const int raw = kit::test::connectTo(path);
+        EXPECT_GE(raw, 0);
         return raw;
+    }
+
+    static void write(int raw, const std::string& bytes)
+    {
+        EXPECT_EQ(::write(raw, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
     /// What the last frame before the end says; "" when that is no farewell.
@@ -207,25 +210,23 @@ TEST_F(SocketService, AnswersFindTheirRequestsWhateverTheOrder)
     kit::SocketConnection connection(path);
     std::vector<std::future<std::string>> answers;
     for (int thread_ = 0; thread_ < 8; ++thread_)
-        answers.push_back(std::async(
-            std::launch::async,
-            [&connection, thread_]
-            {
-                // A fault of its own for each: the answers differ, and are taken once.
-                std::string wrong;
-                for (int i = 0; i < 200; ++i)
-                {
-                    std::string answer;
-                    const bool mute = (thread_ + i) % 2 == 0;
-                    const std::string request = mute ? "<Method>GetMicrophoneMute</Method>"
-                                                     : "<Method>GetServiceState</Method>";
-                    const std::string expected = mute ? "false" : "sfiServiceInService";
-                    if (connection.request(request, answer, 10s) != Delivery::done ||
-                        answer != expected)
-                        wrong += answer + " ";
-                }
-                return wrong;
-            }));
+        answers.push_back(std::async(std::launch::async,
+                                     [&connection, thread_]
+                                     {
+                                         // A fault of its own for each: the answers differ, and are taken once.
+                                         std::string wrong;
+                                         for (int i = 0; i < 200; ++i)
+                                         {
+                                             const bool mute = (thread_ + i) % 2 == 0;
+                                             const std::string answer =
+                                                 ask(connection,
+                                                     mute ? "<Method>GetMicrophoneMute</Method>"
+                                                          : "<Method>GetServiceState</Method>");
+                                             if (answer != (mute ? "false" : "sfiServiceInService"))
+                                                 wrong += answer + " ";
+                                         }
+                                         return wrong;
+                                     }));
     for (std::future<std::string>& answer : answers)
         EXPECT_EQ(answer.get(), "");
 }
@@ -233,25 +234,21 @@ TEST_F(SocketService, AnswersFindTheirRequestsWhateverTheOrder)
 TEST_F(SocketService, SilenceEndsAtTheTimeOutAndLeavesTheAnswerAlone)
 {
     kit::SocketConnection connection(path);
-    kit::ControlAnswer said;
-    ASSERT_EQ(connection.control("silence Activate", said, 10s), Delivery::done);
-    EXPECT_TRUE(said.accepted);
+    EXPECT_TRUE(control(connection, "silence Activate").accepted);
     std::string answer = "untouched";
     EXPECT_EQ(connection.request(activate, answer, 20ms), Delivery::timedOut);
     EXPECT_EQ(answer, "untouched");
-    EXPECT_EQ(connection.request(activate, answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiSuccess");
+    EXPECT_EQ(ask(connection, activate), "sfiSuccess");
 }
 
 TEST_F(SocketService, GoingAwayWakesAllWhoWait)
 {
     kit::SocketConnection connection(path);
     kit::SocketConnection other(path);
-    kit::ControlAnswer said;
-    ASSERT_EQ(other.control("silence * times 0", said, 10s), Delivery::done);
-    EXPECT_FALSE(said.accepted);
-    EXPECT_EQ(said.text, "0 times is never");
-    ASSERT_EQ(other.control("silence * times 3", said, 10s), Delivery::done);
+    const kit::ControlAnswer never = control(other, "silence * times 0");
+    EXPECT_FALSE(never.accepted);
+    EXPECT_EQ(never.text, "0 times is never");
+    ASSERT_TRUE(control(other, "silence * times 3").accepted);
     std::vector<std::future<Delivery>> waiting;
     for (int i = 0; i < 3; ++i)
         waiting.push_back(std::async(std::launch::async,
@@ -263,18 +260,16 @@ TEST_F(SocketService, GoingAwayWakesAllWhoWait)
     // All three have reached the service once the faults are used up.
     while (service.control("show faults").text != "no faults")
         std::this_thread::yield();
-    EXPECT_EQ(other.control("go away", said, 10s), Delivery::done);
-    EXPECT_EQ(said.text, "every client is dropped, connect and subscribe again");
+    EXPECT_EQ(control(other, "go away").text,
+              "every client is dropped, connect and subscribe again");
     for (std::future<Delivery>& one : waiting)
         EXPECT_EQ(one.get(), Delivery::gone);
-    std::string answer;
-    EXPECT_EQ(connection.request(activate, answer, 1h), Delivery::gone);
+    EXPECT_EQ(ask(connection, activate), "(gone)");
     EXPECT_EQ(connection.post(activate), Delivery::gone);
     EXPECT_EQ(connection.whyGone(), "it was told to go away");
 
     kit::SocketConnection again(path);
-    EXPECT_EQ(again.request(activate, answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiSuccess");
+    EXPECT_EQ(ask(again, activate), "sfiSuccess");
 }
 
 TEST_F(SocketService, WhatWasPostedArrivesThoughTheSenderLeaves)
@@ -288,9 +283,7 @@ TEST_F(SocketService, WhatWasPostedArrivesThoughTheSenderLeaves)
     {
         // It is sent the events as well, and reads none once it has gone.
         kit::SocketConnection leaving(path);
-        std::string answer;
-        ASSERT_EQ(leaving.subscribe("<Method>Subscribe</Method>", answer, "c", 10s),
-                  Delivery::done);
+        ASSERT_EQ(subscribe(leaving), "sfiSuccess");
         for (int i = 0; i < count; ++i)
             ASSERT_EQ(leaving.post(post), Delivery::done);
     }
@@ -303,19 +296,16 @@ TEST_F(SocketService, NonsenseEndsOneConnectionAndNoOther)
 {
     kit::SocketConnection good(path);
     const int raw = rawSocket();
-    const std::string nonsense = "GET / HTTP/1.1\r\nHost: phone\r\n\r\n";
-    ASSERT_EQ(write(raw, nonsense.data(), nonsense.size()), static_cast<ssize_t>(nonsense.size()));
+    write(raw, "GET / HTTP/1.1\r\nHost: phone\r\n\r\n");
     EXPECT_EQ(farewell(raw), "it was sent a message of the unknown type 790644820");
     close(raw);
     EXPECT_EQ(firstLog(),
               "client 2 sent a message of the unknown type 790644820, its connection is closed");
     // And half a message, from one who leaves.
     const int half = rawSocket();
-    ASSERT_EQ(write(half, "\0\0", 2), 2);
+    write(half, std::string(2, '\0'));
     close(half);
-    std::string answer;
-    EXPECT_EQ(good.request(activate, answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiSuccess");
+    EXPECT_EQ(ask(good, activate), "sfiSuccess");
 }
 
 TEST_F(SocketService, ComplaintsReachTheOneWhoAskedBeforeTheAnswer)
@@ -327,13 +317,11 @@ TEST_F(SocketService, ComplaintsReachTheOneWhoAskedBeforeTheAnswer)
     one.setComplaintSink([&](const std::string& complaint) { heard.push_back(complaint); });
     other.setComplaintSink([&](const std::string& complaint)
                            { heardByOther.push_back(complaint); });
-    std::string answer;
-    const std::string wrong = "<Method>AnswerCall</Method><Line>1009</Line><CallID>1</CallID>";
-    ASSERT_EQ(one.request(wrong, answer, 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiFailure");
+    EXPECT_EQ(ask(one, "<Method>AnswerCall</Method><Line>1009</Line><CallID>1</CallID>"),
+              "sfiFailure");
     EXPECT_EQ(heard,
               (std::vector<std::string>{"AnswerCall: no line \"1009\", did you mean 1001?"}));
-    ASSERT_EQ(other.request(activate, answer, 10s), Delivery::done);
+    EXPECT_EQ(ask(other, activate), "sfiSuccess");
     EXPECT_TRUE(heardByOther.empty());
 }
 
@@ -342,8 +330,7 @@ TEST_F(SocketService, ApplicationsAreToldWhyTheyAreLeft)
     std::promise<void> gone;
     kit::SocketConnection connection(path);
     connection.setGoneSink([&] { gone.set_value(); });
-    std::string answer;
-    ASSERT_EQ(connection.request(activate, answer, 10s), Delivery::done);
+    EXPECT_EQ(ask(connection, activate), "sfiSuccess");
     EXPECT_EQ(connection.whyGone(), "");
     service.control("go away");
     EXPECT_EQ(gone.get_future().wait_for(10s), std::future_status::ready);
@@ -355,15 +342,9 @@ TEST_F(SocketService, SubscriptionsOfOneClientAreCounted)
     std::string heard;
     kit::SocketConnection connection(path);
     connection.setComplaintSink([&](const std::string& complaint) { heard = complaint; });
-    std::string answer;
     for (int i = 0; i < 1000; ++i)
-    {
-        ASSERT_EQ(connection.subscribe("<Method>Subscribe</Method>", answer, "c", 10s),
-                  Delivery::done);
-        ASSERT_EQ(answer, "sfiSuccess") << i;
-    }
-    ASSERT_EQ(connection.subscribe("<Method>Subscribe</Method>", answer, "c", 10s), Delivery::done);
-    EXPECT_EQ(answer, "sfiFailure");
+        ASSERT_EQ(subscribe(connection), "sfiSuccess") << i;
+    EXPECT_EQ(subscribe(connection), "sfiFailure");
     EXPECT_EQ(heard, "Subscribe: client 1 has 1000 subscriptions already");
 }
 
@@ -371,17 +352,13 @@ TEST_F(SocketService, OneWhoDoesNotReadIsLetGo)
 {
     kit::SocketConnection good(path);
     const int raw = rawSocket();
-    const std::string subscribe =
-        kit::encodeFrame({Frame::subscribe, 1, "c", "<Method>Subscribe</Method>"});
-    ASSERT_EQ(write(raw, subscribe.data(), subscribe.size()),
-              static_cast<ssize_t>(subscribe.size()));
+    write(raw, kit::encodeFrame({Frame::subscribe, 1, "c", "<Method>Subscribe</Method>"}));
     char byte = 0;
     ASSERT_EQ(read(raw, &byte, 1), 1);
     const std::string large =
         "<Method>SendCSTARequest</Method><Line>1001</Line>" + std::string(8 * 1024 * 1024, 'x');
-    std::string answer;
     for (int i = 0; i < 12; ++i)
-        ASSERT_EQ(good.request(large, answer, 60s), Delivery::done);
+        ASSERT_EQ(ask(good, large), "sfiSuccess");
     EXPECT_EQ(firstLog(), "client 2 does not read what is sent to it, its connection is closed");
     close(raw);
 }
@@ -415,29 +392,21 @@ TEST_F(CrowdedService, TheHeaviestClientGoes)
     half(light, 100);
     close(heavy);
     close(light);
-    std::string answer;
-    EXPECT_EQ(good.request(activate, answer, 10s), Delivery::done);
+    EXPECT_EQ(ask(good, activate), "sfiSuccess");
 }
 
 TEST_F(SocketService, ServiceThatSendsNonsenseIsLeft)
 {
     // A listener that answers with something else altogether.
     const std::string elsewhere = path + "-false";
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    elsewhere.copy(address.sun_path, sizeof address.sun_path - 1);
     unlink(elsewhere.c_str());
-    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    const int listener = kit::test::bindTo(elsewhere);
     ASSERT_EQ(listen(listener, 1), 0);
     {
         kit::SocketConnection connection(elsewhere);
         const int accepted = accept(listener, nullptr, nullptr);
-        const std::string request = kit::encodeFrame({Frame::request, 1, "", "misplaced"});
-        ASSERT_EQ(write(accepted, request.data(), request.size()),
-                  static_cast<ssize_t>(request.size()));
-        std::string answer;
-        EXPECT_EQ(connection.request(activate, answer, 1h), Delivery::gone);
+        write(accepted, kit::encodeFrame({Frame::request, 1, "", "misplaced"}));
+        EXPECT_EQ(ask(connection, activate), "(gone)");
         EXPECT_EQ(connection.whyGone(), "it sent a message of the type 1, which is for services");
         close(accepted);
     }
@@ -450,8 +419,8 @@ TEST_F(SocketService, NoSecondServiceAtTheSamePlace)
     kit::SimulatedService another;
     EXPECT_EQ(complaintOf<kit::ListenError>([&] { const kit::SocketServer second(another, path); }),
               "cannot listen at " + path + ": another service listens there");
-    std::string answer;
-    EXPECT_EQ(kit::SocketConnection(path).request(activate, answer, 10s), Delivery::done);
+    kit::SocketConnection connection(path);
+    EXPECT_EQ(ask(connection, activate), "sfiSuccess");
 }
 
 TEST(SocketConnection, SaysWhyThereIsNone)
