@@ -1,5 +1,6 @@
 #include "kit/phone/TraceView.h"
 
+#include "kit/language/Wording.h"
 #include "kit/phone/Interruptions.h"
 #include "kit/phone/PageFile.h"
 #include "kit/trace/Comparison.h"
@@ -109,7 +110,10 @@ Verdict draw(const TraceView& view)
             steps.push_back(std::move(step));
     for (FlowStep& step : chosen.finish())
         steps.push_back(std::move(step));
-    if (!steps.empty() || trace.complaint.empty())
+    if (steps.empty() && !trace.records.empty())
+        std::cerr << "communications-phone: nothing is chosen of "
+                  << counted(trace.records.size(), "record") << " in " << view.file << '\n';
+    else if (!steps.empty() || trace.complaint.empty())
         std::cout << (view.mermaid ? mermaidLadder(steps) : textLadder(steps, view.width))
                   << std::flush;
     return complain(trace.complaint);

@@ -11,6 +11,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -107,14 +108,12 @@ void declare(CLI::App& app, Options& options)
     app.add_option("--trace", session.recorder.traceFile,
                    "Write what goes over the channel as JSON Lines")
         ->type_name("FILE");
-    CLI::Option* const ladder =
-        app.add_flag("--ladder", options.ladder, "Draw what happens as a call flow");
+    app.add_flag("--ladder", options.ladder, "Draw what happens as a call flow");
     app.add_flag("--mermaid", options.mermaid, "The same as a Mermaid sequence diagram");
     CLI::Option* const from =
         app.add_option("--ladder-from", view.file,
                        "Draw the call flow of a trace, with --mermaid as such, and exit")
-            ->type_name("FILE")
-            ->excludes(ladder);
+            ->type_name("FILE");
     app.add_option("--compare", view.other,
                    "Tell how this trace differs from the one of --ladder-from, and exit")
         ->type_name("FILE")
@@ -257,13 +256,40 @@ private:
     std::unique_ptr<Session> session_;
 };
 
-Verdict begin(const CLI::App& app, const Options& options)
+/// Others would be ignored.
+void allowOnly(const CLI::App& app, const std::vector<std::string>& names)
 {
     for (const CLI::Option* option : app.get_options())
-        if (option->count() > 0 && !option->check_lname("new-application"))
-            throw Mistake("--new-application goes with no other option");
-    std::cout << makeApplication(options.newApplication) << '\n';
-    return Verdict::met;
+        if (option->count() > 0 &&
+            std::none_of(names.begin(), names.end(),
+                         [&](const std::string& name) { return option->check_lname(name); }))
+            throw Mistake(option->get_name() + " does not go with --" + names.front());
+}
+
+/// One would take the other's place.
+void checkFiles(const std::string& read, const std::string& written)
+{
+    std::error_code error;
+    if (!written.empty() && (read == written || std::filesystem::equivalent(read, written, error)))
+        throw Mistake("--html: " + shown(written, 200) + " is the file of the trace");
+}
+
+Verdict carryOut(const CLI::App& app, const Options& options)
+{
+    if (app.count("--new-application") > 0)
+    {
+        allowOnly(app, {"new-application"});
+        std::cout << makeApplication(options.newApplication) << '\n';
+        return Verdict::met;
+    }
+    checkFiles(options.session.recorder.traceFile, options.page);
+    if (app.count("--ladder-from") == 0)
+        return Program(options).run();
+    allowOnly(app, {"ladder-from", "compare", "watch", "line", "call", "method", "html", "mermaid",
+                    "width"});
+    checkFiles(options.view.file, options.page);
+    catchInterruptions();
+    return viewTrace(options.view);
 }
 
 int run(int argc, char** argv)
@@ -289,12 +315,7 @@ int run(int argc, char** argv)
     options.view.width = options.session.recorder.width =
         options.width != 0 ? options.width : screenWidth();
     options.view.mermaid = options.mermaid;
-    const bool looking = !options.view.file.empty();
-    if (looking)
-        catchInterruptions();
-    const Verdict verdict = app.count("--new-application") > 0 ? begin(app, options)
-                            : looking                          ? viewTrace(options.view)
-                                                               : Program(options).run();
+    const Verdict verdict = carryOut(app, options);
     if (!std::cout.flush())
         throw Failure(Verdict::unwritten, "what was to be printed could not be written");
     return static_cast<int>(verdict);
