@@ -48,13 +48,6 @@ const Default defaults[] = {
     {"csCommunicationsService", "name", ""},
 };
 
-/// The argument's own name or its tag; the subscriber cannot be given.
-bool isCalled(const Field& argument, const std::string& name)
-{
-    return argument.kind != Kind::subscriber && !name.empty() &&
-           (name == argument.argument || name == argument.tag);
-}
-
 bool isNumberWord(const std::string& text)
 {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -88,16 +81,12 @@ std::vector<const Word*> distribute(const Operation& operation, const std::vecto
             positional.push_back(&word);
             continue;
         }
-        std::size_t i = 0;
-        while (i < arguments.size() && !isCalled(arguments[i], word.name))
-            ++i;
-        if (i == arguments.size())
-        {
+        const std::size_t i = placeOf(arguments, word.name);
+        if (i == arguments.size() || arguments[i].kind == Kind::subscriber)
             throw Mistake(std::string(operation.name) + " has no argument " + word.name +
                               didYouMean(word.name, argumentNames(operation)) + " (" +
                               usageOf(operation) + ")",
                           word.column);
-        }
         if (given[i] != nullptr)
             throw Mistake(word.name + " is given twice", word.column);
         given[i] = &word;

@@ -3,6 +3,7 @@
 #include "tests/kit/Complaint.h"
 #include "tests/kit/phone/Transcript.h"
 
+#include "kit/language/Wording.h"
 #include "kit/phone/Expectation.h"
 #include "kit/trace/Filter.h"
 #include "kit/trace/Labels.h"
@@ -139,6 +140,44 @@ std::string complaintAbout(const std::string& line)
     return trace.complaint + "\n";
 }
 
+/// Which of some records are chosen by words like line=1001 call=7 method=HoldCall.
+struct Choice
+{
+    std::string add(const std::string& line)
+    {
+        if (line[0] == '{')
+        {
+            records.push_back(reader.take(line).value());
+            return "";
+        }
+        TraceFilter::Wanted wanted;
+        for (const Word& word : splitWords(line))
+            if (word.name == "method")
+                wanted.methods.insert(word.text);
+            else if (word.name == "line")
+                wanted.line = word.text;
+            else if (word.name == "call")
+                wanted.call = word.text;
+        TraceFilter filter(wanted);
+        std::vector<bool> decisions;
+        for (const TraceRecord& record : records)
+            for (const bool chosen : filter.add(record))
+                decisions.push_back(chosen);
+        for (const bool chosen : filter.finish())
+            decisions.push_back(chosen);
+        EXPECT_EQ(decisions.size(), records.size());
+        std::vector<std::string> chosen;
+        for (std::size_t i = 0; i < decisions.size(); ++i)
+            if (decisions[i])
+                chosen.push_back(std::to_string(i));
+        EXPECT_EQ(filtered(records, wanted).size(), chosen.size());
+        return listed(chosen) + "\n";
+    }
+
+    std::vector<TraceRecord> records;
+    TraceReader reader{"t"};
+};
+
 TEST(Trace, IsShownAsItsTranscriptSays)
 {
     const ReceivedEvent call =
@@ -149,12 +188,24 @@ TEST(Trace, IsShownAsItsTranscriptSays)
                                           {"callBackFeatureAvailable", "false"}});
     TextLadder wide(80);
     TextLadder narrow(40);
+    Choice choice;
     const std::map<std::string, test::Typing> parts = {
         {"far ends in 80 columns", [&](const std::string& line) { return wide.add(callOf(line)); }},
         {"far ends in 40 columns",
          [&](const std::string& line) { return narrow.add(callOf(line)); }},
         {"labels", [](const std::string& text) { return messageLabel(text) + "\n"; }},
         {"lines that are none of a trace", complaintAbout},
+        {"what is chosen", [&](const std::string& line) { return choice.add(line); }},
+        {"columns", [](const std::string& text)
+         { return std::to_string(displayWidth(splitWords(text)[0].text)) + "\n"; }},
+        {"what is left of a text in so many columns", [](const std::string& line)
+         { return cutToWidth(line.substr(2), static_cast<std::size_t>(line[0] - '0')) + "\n"; }},
+        {"whether a text is as a pattern",
+         [](const std::string& line)
+         {
+             const std::vector<Word> words = splitWords(line);
+             return matchesPattern(words[0].text, words[1].text) ? "yes\n" : "no\n";
+         }},
         {"whether an event is expected", [&](const std::string& text)
          { return expectation(text).matches(call) ? "yes\n" : "no\n"; }},
         {"mistakes in what is expected", [](const std::string& text)
@@ -219,58 +270,6 @@ TEST(Ladder, WideCharactersKeepTheColumnsInLine)
     EXPECT_EQ(ladder.add(step), "|--Name=\xe5\xbc\xa0\xe4\xbc\x9f" + std::string(33, '-') + ">|\n");
 }
 
-TEST(Filter, PicksLinesCallsAndMethods)
-{
-    const auto held = [](const char* line, const char* call)
-    {
-        return event("<Method>CallHeldEvent</Method><LineID>" + std::string(line) +
-                     "</LineID><CallID>" + call + "</CallID>");
-    };
-    const std::vector<TraceRecord> records = {
-        request(1, "<Method>GetDevices</Method>"),  // 0
-        answer(1, "<1001>"),                        // 1
-        request(2, "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line>"
-                   "<CallID>0</CallID><Destination>2001</Destination>"),               // 2
-        held("1002", "8"),                                                             // 3
-        held("1001", "7"),                                                             // 4
-        answer(2, "sfiSuccess"),                                                       // 5
-        request(3, "<Method>GetServiceState</Method>"),                                // 6
-        request(4, "<Method>AnswerCall</Method><Line>1001</Line><CallID>7</CallID>"),  // 7
-        answer(3, "in service"),                                                       // 8
-        record(RecordKind::exception, "lost", 2),                                      // 9
-        answer(4, "sfiSuccess"),                                                       // 10
-        request(0, "<Method>RemoveConfParticipant</Method><callID>7</callID>",
-                Sending::oneWay),         // 11
-        control("hang up 1001"),          // 12
-        record(RecordKind::dropped, ""),  // 13
-    };
-    using Indexes = std::vector<std::size_t>;
-    const auto chosen = [&](const TraceFilter::Wanted& wanted)
-    {
-        TraceFilter filter(wanted);
-        std::vector<bool> decisions;
-        for (const TraceRecord& record : records)
-            for (const bool wantedNow : filter.add(record))
-                decisions.push_back(wantedNow);
-        for (const bool wantedNow : filter.finish())
-            decisions.push_back(wantedNow);
-        EXPECT_EQ(decisions.size(), records.size());
-        Indexes indexes;
-        for (std::size_t i = 0; i < decisions.size(); ++i)
-            if (decisions[i])
-                indexes.push_back(i);
-        EXPECT_EQ(filtered(records, wanted).size(), indexes.size());
-        return indexes;
-    };
-    EXPECT_EQ(chosen({}), (Indexes{0, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 12, 13}));
-    EXPECT_EQ(chosen({"1001", "", {}}), (Indexes{2, 4, 5, 7, 10, 11, 12, 13}));
-    EXPECT_EQ(chosen({"1002", "", {}}), (Indexes{3, 13}));
-    EXPECT_EQ(chosen({"", "7", {}}), (Indexes{2, 4, 5, 7, 10, 11, 13}));
-    EXPECT_EQ(chosen({"", "9", {}}), (Indexes{13}));
-    EXPECT_EQ(chosen({"", "", {"AnswerCall", "CallHeldEvent"}}), (Indexes{3, 4, 7, 10, 13}));
-    EXPECT_EQ(chosen({"1002", "", {"AnswerCall", "CallHeldEvent"}}), (Indexes{3, 13}));
-}
-
 TEST(LadderOnFailure, PrintsTheCallFlowOfTheTestThatFailedAlone)
 {
     FILE* const program = popen(LADDER_ON_FAILURE_PROGRAM " 2>&1", "r");
@@ -290,32 +289,6 @@ application                                             service
 |--AlternateCalls Line=1002------------------------------->|
 |<..sfiFailure.............................................|
 )");
-}
-
-TEST(Width, CountsColumnsOfATerminal)
-{
-    const struct
-    {
-        const char* text;
-        std::size_t width;
-    } rows[] = {
-        {"", 0},
-        {"abc", 3},
-        {"gr\xc3\xbc\xc3\x9f", 4},
-        {"\xe5\xbc\xa0\xe4\xbc\x9f", 4},  // ideographs
-        {"\xef\xbc\xa1", 2},              // full-width A
-        {"\xea\xb0\x80", 2},              // a syllable
-        {"\xf0\x9f\x93\x9e", 2},          // a telephone
-        {"u\xcc\x88", 1},                 // u and the dots above it
-        {"\xe2\x82\xac", 1},              // a currency
-        {"\xff\xfe", 2},                  // no UTF-8
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(displayWidth(row.text), row.width) << row.text;
-    EXPECT_EQ(cutToWidth("abcdef", 6), "abcdef");
-    EXPECT_EQ(cutToWidth("abcdefg", 6), "abcd..");
-    EXPECT_EQ(cutToWidth("\xe5\xbc\xa0\xe4\xbc\x9f\xe5\xbc\xa0", 5), "\xe5\xbc\xa0..");
-    EXPECT_EQ(cutToWidth("abc", 1), ".");
 }
 
 TEST(Trace, ComesBackAsItWasWritten)
@@ -405,14 +378,6 @@ TEST(Trace, SaysWhatItCannotReadAndReadsTheRest)
     std::istringstream other("no\ntrace\n");
     EXPECT_EQ(readTrace(other, "t").complaint,
               "t:1: not JSON (byte 2); no line of it is one of a trace");
-}
-
-TEST(Expectation, ComparesTextsWithPatterns)
-{
-    EXPECT_TRUE(matchesPattern("*", ""));
-    EXPECT_TRUE(matchesPattern("a*b*c", "aXbbYc"));
-    EXPECT_FALSE(matchesPattern("a*b", "abc"));
-    EXPECT_FALSE(matchesPattern("", "a"));
 }
 
 TEST(Expectation, IsReadWithItsTimeAndName)
