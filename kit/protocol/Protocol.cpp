@@ -19,6 +19,15 @@ std::string lower(std::string text)
     return text;
 }
 
+template <typename Row>
+const Row* findRow(const std::vector<Row>& rows, const char* Row::*column, const std::string& text)
+{
+    for (const Row& row : rows)
+        if (row.*column == text)
+            return &row;
+    return nullptr;
+}
+
 /// Letters to insert, leave out, replace or swap to get from one word to the other.
 std::size_t distance(const std::string& a, const std::string& b)
 {
@@ -186,34 +195,22 @@ void checkNames(const std::string& message, const std::vector<Field>& fields, co
 
 const Operation* findOperation(const std::string& name)
 {
-    for (const Operation& operation : operations())
-        if (operation.name == name)
-            return &operation;
-    return nullptr;
+    return findRow(operations(), &Operation::name, name);
 }
 
 const Operation* findRequest(const std::string& method)
 {
-    for (const Operation& operation : operations())
-        if (!method.empty() && operation.method == method)
-            return &operation;
-    return nullptr;
+    return method.empty() ? nullptr : findRow(operations(), &Operation::method, method);
 }
 
 const Event* findEvent(const std::string& method)
 {
-    for (const Event& event : events())
-        if (event.method == method)
-            return &event;
-    return nullptr;
+    return findRow(events(), &Event::method, method);
 }
 
 const Event* findCallback(const std::string& callback)
 {
-    for (const Event& event : events())
-        if (event.callback == callback)
-            return &event;
-    return nullptr;
+    return findRow(events(), &Event::callback, callback);
 }
 
 const std::vector<Field>* fieldsOf(const std::string& method)

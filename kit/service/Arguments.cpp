@@ -17,22 +17,6 @@ namespace
 constexpr int longestCount = 1000000;
 constexpr std::size_t longestNumber = 64;
 
-/// What a kind of value with words of its own is called.
-struct KindName
-{
-    const char* value;
-    const char* name;
-    bool numbersToo;  ///< a real service may have more of them
-};
-
-constexpr KindName kindNames[] = {
-    {"LEVEL", "impact level", true},         {"PRIORITY", "priority", true},
-    {"SECURITY", "security status", true},   {"CAUSE", "pre-emption cause", true},
-    {"CALLTYPE", "call type", true},         {"DIVERSION", "diversion reason", true},
-    {"RESULT", "registration result", true}, {"AGENTSTATE", "agent state", false},
-    {"STATUS", "system status", false},      {"METHOD", "method", false},
-};
-
 bool contains(const std::vector<std::string>& names, const std::string& name)
 {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -53,7 +37,7 @@ Arguments::Arguments(World& world, const CommandUsage& command,
         words_.push_back(word);
     readPlaces(words);
     if (!takesRest)
-        readKeywords(words);
+        readKeywords();
 }
 
 void Arguments::refuse(const std::string& why) const
@@ -99,7 +83,7 @@ void Arguments::readPlaces(Words& words)
     words_.erase(words_.begin(), words_.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
-void Arguments::readKeywords(Words&)
+void Arguments::readKeywords()
 {
     std::vector<std::string> keywords;
     for (const UsageSlot& slot : slots_)
@@ -200,10 +184,10 @@ void Arguments::check(const UsageSlot& slot, const Word& word)
     {
         refuse(mistake.what());
     }
-    for (const KindName& kind : kindNames)
-        if (slot.value == kind.value && !(kind.numbersToo && isNumber) &&
-            !(slot.value == "METHOD" && text == "*"))
-            among(wordsFor(kind.value), kind.name);
+    const ValueKind* const kind = valueKind(slot.value);
+    if (kind != nullptr && !(kind->numbersToo && isNumber) &&
+        !(slot.value == "METHOD" && text == "*"))
+        among(wordsFor(kind->value), kind->name);
 }
 
 const std::string& Arguments::text(const std::string& name) const

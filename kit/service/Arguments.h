@@ -38,7 +38,7 @@ public:
 
 private:
     void readPlaces(Words& words);
-    void readKeywords(Words& words);
+    void readKeywords();
     void check(const UsageSlot& slot, const Word& word);
     int onlyCall() const;
     [[noreturn]] void refuse(const std::string& why) const;

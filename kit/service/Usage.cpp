@@ -13,20 +13,6 @@ namespace kit
 namespace
 {
 
-struct NamedKind
-{
-    const char* value;
-    Meaning meaning;
-};
-
-constexpr NamedKind namedKinds[] = {
-    {"LEVEL", Meaning::impactLevel},         {"PRIORITY", Meaning::priority},
-    {"SECURITY", Meaning::security},         {"CAUSE", Meaning::preemptionCause},
-    {"CALLTYPE", Meaning::callType},         {"DIVERSION", Meaning::diversionReason},
-    {"RESULT", Meaning::registrationResult}, {"AGENTSTATE", Meaning::agentState},
-    {"STATUS", Meaning::systemStatus},
-};
-
 bool beginsSmall(const std::string& word)
 {
     return !word.empty() && std::islower(static_cast<unsigned char>(word.front())) != 0;
@@ -105,6 +91,26 @@ std::vector<CommandUsage> parseCommandHelp(const std::string& help)
     return commands;
 }
 
+const ValueKind* valueKind(const std::string& value)
+{
+    static const ValueKind kinds[] = {
+        {"LEVEL", "impact level", Meaning::impactLevel, true},
+        {"PRIORITY", "priority", Meaning::priority, true},
+        {"SECURITY", "security status", Meaning::security, true},
+        {"CAUSE", "pre-emption cause", Meaning::preemptionCause, true},
+        {"CALLTYPE", "call type", Meaning::callType, true},
+        {"DIVERSION", "diversion reason", Meaning::diversionReason, true},
+        {"RESULT", "registration result", Meaning::registrationResult, true},
+        {"AGENTSTATE", "agent state", Meaning::agentState, false},
+        {"STATUS", "system status", Meaning::systemStatus, false},
+        {"METHOD", "method", Meaning::none, false},
+    };
+    for (const ValueKind& kind : kinds)
+        if (value == kind.value)
+            return &kind;
+    return nullptr;
+}
+
 std::vector<std::string> wordsFor(const std::string& kind)
 {
     std::vector<std::string> words;
@@ -119,10 +125,9 @@ std::vector<std::string> wordsFor(const std::string& kind)
             if (*operation.method != '\0')
                 words.push_back(operation.method);
         }
-    for (const NamedKind& named : namedKinds)
-        if (kind == named.value)
-            for (const NumberName& entry : namesOf(named.meaning))
-                words.push_back(entry.name);
+    else if (const ValueKind* const named = valueKind(kind))
+        for (const NumberName& entry : namesOf(named->meaning))
+            words.push_back(entry.name);
     return words;
 }
 

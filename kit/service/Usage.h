@@ -1,6 +1,8 @@
 #ifndef KIT_SERVICE_USAGE_H
 #define KIT_SERVICE_USAGE_H
 
+#include "kit/protocol/Numbers.h"
+
 #include <string>
 #include <vector>
 
@@ -37,6 +39,18 @@ std::string commandHelp(const std::vector<CommandUsage>& commands);
 /// And back, for the commands of a service that may be of another version; what is no such line is
 /// passed over.
 std::vector<CommandUsage> parseCommandHelp(const std::string& help);
+
+/// A kind of value that has words of its own.
+struct ValueKind
+{
+    const char* value;  ///< in a usage
+    const char* name;
+    Meaning meaning;
+    bool numbersToo;  ///< a real service may have more of them
+};
+
+/// Null for the others.
+const ValueKind* valueKind(const std::string& value);
 
 /// The words that a kind of value may have, as far as they do not depend on what goes on in the
 /// simulation; none for the others.

@@ -1,6 +1,7 @@
 #include "kit/testing/EventRecorder.h"
 
 #include "kit/language/Durations.h"
+#include "kit/language/Wording.h"
 #include "kit/testing/Names.h"
 
 #include <algorithm>
@@ -25,13 +26,13 @@ std::string difference(const ExpectedEvent& expected, const ReceivedEvent& recei
 {
     if (received.event != expected.event)
         return "it is " + received.method();
-    std::string text;
+    std::vector<std::string> differences;
     for (const std::size_t i : expected.differences(received))
     {
-        const char* const name = expected.event->arguments[expected.wanted[i].argument].argument;
-        text += (text.empty() ? "" : ", ") + std::string(name) + " is " + received.text(name);
+        const std::string name = expected.event->arguments[expected.wanted[i].argument].argument;
+        differences.push_back(name + " is " + received.text(name));
     }
-    return text;
+    return listed(differences);
 }
 
 }  // namespace

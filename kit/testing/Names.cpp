@@ -1,5 +1,7 @@
 #include "kit/testing/Names.h"
 
+#include "kit/language/Wording.h"
+
 #include <stdexcept>
 #include <vector>
 
@@ -12,9 +14,7 @@ namespace
 [[noreturn]] void unknown(const std::string& kind, const std::string& method,
                           const std::vector<std::string>& names)
 {
-    const std::string near = nearest(method, names);
-    throw std::invalid_argument("there is no " + kind + " " + method +
-                                (near.empty() ? "" : ", did you mean " + near + "?"));
+    throw std::invalid_argument("there is no " + kind + " " + method + didYouMean(method, names));
 }
 
 }  // namespace
