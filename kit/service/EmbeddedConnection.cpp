@@ -11,20 +11,6 @@ namespace kit
 namespace
 {
 
-/// A service that keeps silent costs no time here: nobody could answer meanwhile.
-Delivery deliveryOf(Service::Reply reply)
-{
-    switch (reply)
-    {
-    case Service::Reply::silent:
-        return Delivery::timedOut;
-    case Service::Reply::gone:
-        return Delivery::gone;
-    default:
-        return Delivery::done;
-    }
-}
-
 /// What the service calls; it may be set while it does.
 class Sinks
 {
@@ -107,26 +93,21 @@ public:
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds) override
     {
-        const Delivery delivery = deliveryOf(service_->exchange(client_, request, answer));
-        service_->followAnswer();
-        return delivery;
+        return exchange(Sending::request, request, "", answer);
     }
 
     Delivery subscribe(const std::string& request, std::string& answer,
                        const std::string& channelName, std::chrono::milliseconds) override
     {
-        const Delivery delivery =
-            deliveryOf(service_->exchangeSubscription(client_, request, answer, channelName));
-        service_->followAnswer();
-        return delivery;
+        return exchange(Sending::subscribe, request, channelName, answer);
     }
 
     Delivery post(const std::string& message) override
     {
-        if (!service_->connected(client_))
-            return Delivery::gone;
-        service_->post(client_, message);
-        return Delivery::done;
+        std::string nobodyAwaitsIt;
+        const Delivery delivery =
+            service_->exchange(client_, Sending::oneWay, message, "", nobodyAwaitsIt);
+        return delivery == Delivery::gone ? Delivery::gone : Delivery::done;
     }
 
     Delivery control(const std::string& command, ControlAnswer& answer,
@@ -140,6 +121,15 @@ public:
     std::string description() const override { return "the service in this process"; }
 
 private:
+    /// A service that keeps silent costs no time here: nobody could answer meanwhile.
+    Delivery exchange(Sending sending, const std::string& text, const std::string& channel,
+                      std::string& answer)
+    {
+        const Delivery delivery = service_->exchange(client_, sending, text, channel, answer);
+        service_->followAnswer();
+        return delivery;
+    }
+
     const std::shared_ptr<Service> service_;
     const std::shared_ptr<Sinks> sinks_ = std::make_shared<Sinks>();
     const Service::ClientId client_;

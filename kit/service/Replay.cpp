@@ -321,12 +321,6 @@ void Replay::disconnect(ClientId client)
     clients_.erase(client);
 }
 
-bool Replay::connected(ClientId client) const
-{
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return clients_.count(client) > 0;
-}
-
 /// The lines that occur in the trace, as an answer to GetDevices.
 std::string Replay::lines() const
 {
@@ -348,22 +342,22 @@ std::string Replay::lines() const
     return text;
 }
 
-Service::Reply Replay::reply(ClientId client, Sending sending, const std::string& text,
-                             std::string& answer, const std::string& channel)
+Delivery Replay::exchange(ClientId client, Sending sending, const std::string& text,
+                          const std::string& channel, std::string& answer)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (clients_.count(client) == 0)
-        return Reply::gone;
+        return Delivery::gone;
     if (text == devices && find(sending, text) == none)
     {
         answer = devices_.empty() ? lines() : devices_;
-        return Reply::answered;
+        return Delivery::done;
     }
     const std::size_t step = take(sending, text);
     if (step == none)
     {
         answer = "sfiFailure";
-        return Reply::answered;
+        return Delivery::done;
     }
     const std::size_t answering = steps_[step].answer;
     const bool isAnswered = answering != none &&
@@ -379,30 +373,13 @@ Service::Reply Replay::reply(ClientId client, Sending sending, const std::string
     if (isAnswered && text == devices)
         devices_ = answer;
     play(answering == none ? steps_.size() : answering, false);
-    return isAnswered ? Reply::answered : Reply::silent;
-}
-
-Service::Reply Replay::exchange(ClientId client, const std::string& text, std::string& answer)
-{
-    return reply(client, Sending::request, text, answer, "");
-}
-
-Service::Reply Replay::exchangeSubscription(ClientId client, const std::string& text,
-                                            std::string& answer, const std::string& channelName)
-{
-    return reply(client, Sending::subscribe, text, answer, channelName);
+    return isAnswered ? Delivery::done : Delivery::timedOut;
 }
 
 void Replay::followAnswer()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     play(steps_.size(), false);
-}
-
-void Replay::post(ClientId client, const std::string& text)
-{
-    std::string nobodyAwaitsIt;
-    reply(client, Sending::oneWay, text, nobodyAwaitsIt, "");
 }
 
 ControlAnswer Replay::control(const std::string& command)

@@ -65,12 +65,9 @@ public:
     ClientId connect(EventSink sink, Log complaints = nullptr,
                      Connection::GoneSink gone = nullptr) override;
     void disconnect(ClientId client) override;
-    bool connected(ClientId client) const override;
-    Reply exchange(ClientId client, const std::string& text, std::string& answer) override;
-    Reply exchangeSubscription(ClientId client, const std::string& text, std::string& answer,
-                               const std::string& channelName) override;
+    Delivery exchange(ClientId client, Sending sending, const std::string& text,
+                      const std::string& channel, std::string& answer) override;
     void followAnswer() override;
-    void post(ClientId client, const std::string& text) override;
     ControlAnswer control(const std::string& command) override;
     void advance(std::chrono::milliseconds time) override;
 
@@ -97,8 +94,6 @@ private:
     std::size_t find(Sending sending, const std::string& text) const;
     void finish(std::size_t step);
     std::size_t take(Sending sending, const std::string& text);
-    Reply reply(ClientId client, Sending sending, const std::string& text, std::string& answer,
-                const std::string& channel);
     std::string lines() const;
     void play(std::size_t end, bool atOnce);
     void deliver(const TraceRecord& event);

@@ -2,6 +2,7 @@
 #define KIT_SERVICE_SERVICE_H
 
 #include "kit/framework/Connection.h"
+#include "kit/protocol/Protocol.h"
 
 #include <chrono>
 #include <functional>
@@ -19,14 +20,6 @@ public:
     using EventSink = Connection::EventSink;
     using Log = std::function<void(const std::string& line)>;
 
-    /// How a request went.
-    enum class Reply
-    {
-        answered,
-        silent,  ///< no answer comes, the caller has to give up by itself
-        gone     ///< the service dropped this client: connect and subscribe again
-    };
-
     virtual ~Service() = default;
 
     /// The second hears what the log is told of the client's own requests, the third once that the
@@ -37,19 +30,14 @@ public:
     /// Forgets the client and its subscriptions; its sinks are not called any more on return.
     virtual void disconnect(ClientId client) = 0;
 
-    /// False once the service has dropped the client.
-    virtual bool connected(ClientId client) const = 0;
-
-    /// Answers a request; `answer` is left alone unless there is one.
-    virtual Reply exchange(ClientId client, const std::string& text, std::string& answer) = 0;
-    virtual Reply exchangeSubscription(ClientId client, const std::string& text,
-                                       std::string& answer, const std::string& channelName) = 0;
+    /// Takes what an application sends; `channel` is where a subscription's events are to go. The
+    /// answer is left alone unless it is `done`; `timedOut` means that none comes and the caller has to
+    /// give up by itself, `gone` that the service has dropped the client: connect and subscribe again.
+    virtual Delivery exchange(ClientId client, Sending sending, const std::string& text,
+                              const std::string& channel, std::string& answer) = 0;
 
     /// The answer has been sent: what was to follow it may follow.
     virtual void followAnswer() {}
-
-    /// Takes a request that is not answered; one from a client that was dropped is lost.
-    virtual void post(ClientId client, const std::string& text) = 0;
 
     /// Commands to the service that are not an application's, as text ("help" lists all).
     virtual ControlAnswer control(const std::string& command) = 0;

@@ -58,9 +58,6 @@ public:
     void deliver(Lock& lock, ClientId asking = 0);
     void dropClients();
 
-    Reply ask(ClientId client, const std::string& text, std::string& answer,
-              const std::string* channel);
-
     mutable std::mutex mutex;
     std::condition_variable delivered;
     service::World world;
@@ -154,36 +151,6 @@ void SimulatedService::State::hand(const Parcel& parcel, const std::shared_ptr<L
     }
 }
 
-SimulatedService::Reply SimulatedService::State::ask(ClientId client, const std::string& text,
-                                                     std::string& answer,
-                                                     const std::string* channel)
-{
-    Lock lock(mutex);
-    service::Client* const known = world.findClient(client);
-    if (known == nullptr)
-        return Reply::gone;
-    ++known->requests;
-    const std::optional<service::WrongAnswer> fault = world.faults.next(text);
-    const bool silent = fault && fault->silent;
-    if (!fault && channel != nullptr && known->channels.size() >= maximumSubscriptions)
-    {
-        world.simulation->outbox.complain("Subscribe: client " + std::to_string(client) + " has " +
-                                          std::to_string(maximumSubscriptions) +
-                                          " subscriptions already");
-        answer = service::failed;
-    }
-    else if (!fault)
-    {
-        answer = service::answerRequest(*world.simulation, text);
-        if (channel != nullptr && answer == "sfiSuccess")
-            known->channels.push_back(*channel);
-    }
-    else if (!silent)
-        answer = fault->text;
-    deliver(lock, client);
-    return silent ? Reply::silent : Reply::answered;
-}
-
 SimulatedService::SimulatedService() : SimulatedService(defaultLines) {}
 
 SimulatedService::SimulatedService(const std::vector<std::string>& lines)
@@ -219,30 +186,35 @@ void SimulatedService::disconnect(ClientId client)
         state_->delivered.wait(lock, [&] { return state_->receiver != client; });
 }
 
-bool SimulatedService::connected(ClientId client) const
+Delivery SimulatedService::exchange(ClientId client, Sending sending, const std::string& text,
+                                    const std::string& channel, std::string& answer)
 {
-    const State::Lock lock(state_->mutex);
-    return state_->world.findClient(client) != nullptr;
-}
-
-SimulatedService::Reply SimulatedService::exchange(ClientId client, const std::string& text,
-                                                   std::string& answer)
-{
-    return state_->ask(client, text, answer, nullptr);
-}
-
-SimulatedService::Reply SimulatedService::exchangeSubscription(ClientId client,
-                                                               const std::string& text,
-                                                               std::string& answer,
-                                                               const std::string& channelName)
-{
-    return state_->ask(client, text, answer, &channelName);
-}
-
-void SimulatedService::post(ClientId client, const std::string& text)
-{
-    std::string nobodyAwaitsIt;
-    exchange(client, text, nobodyAwaitsIt);
+    State::Lock lock(state_->mutex);
+    service::World& world = state_->world;
+    service::Client* const known = world.findClient(client);
+    if (known == nullptr)
+        return Delivery::gone;
+    ++known->requests;
+    const bool subscribes = sending == Sending::subscribe;
+    const std::optional<service::WrongAnswer> fault = world.faults.next(text);
+    const bool silent = fault && fault->silent;
+    if (!fault && subscribes && known->channels.size() >= maximumSubscriptions)
+    {
+        world.simulation->outbox.complain("Subscribe: client " + std::to_string(client) + " has " +
+                                          std::to_string(maximumSubscriptions) +
+                                          " subscriptions already");
+        answer = service::failed;
+    }
+    else if (!fault)
+    {
+        answer = service::answerRequest(*world.simulation, text);
+        if (subscribes && answer == service::success)
+            known->channels.push_back(channel);
+    }
+    else if (!silent)
+        answer = fault->text;
+    state_->deliver(lock, client);
+    return silent ? Delivery::timedOut : Delivery::done;
 }
 
 ControlAnswer SimulatedService::control(const std::string& command)

@@ -40,14 +40,10 @@ public:
     ClientId connect(EventSink sink, Log complaints = nullptr,
                      Connection::GoneSink gone = nullptr) override;
     void disconnect(ClientId client) override;
-    bool connected(ClientId client) const override;
 
-    /// Silent, or gone, only when control() has asked for it.
-    Reply exchange(ClientId client, const std::string& text, std::string& answer) override;
-    Reply exchangeSubscription(ClientId client, const std::string& text, std::string& answer,
-                               const std::string& channelName) override;
-
-    void post(ClientId client, const std::string& text) override;
+    /// Without an answer, or gone, only when control() has asked for it.
+    Delivery exchange(ClientId client, Sending sending, const std::string& text,
+                      const std::string& channel, std::string& answer) override;
 
     /// The simulation's own commands, as text ("help" lists all).
     ControlAnswer control(const std::string& command) override;

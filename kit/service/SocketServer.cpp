@@ -164,7 +164,7 @@ private:
     void accept();
     void open(FrameStream::Socket socket);
     void take(Session& session, const Frame& frame);
-    bool written(const std::string& text);
+    Delivery exchange(Session& session, Sending sending, const Frame& frame, std::string& answer);
     void send(Session& session, const Frame& frame);
     void relieve();
     void drop(Session& session, const std::string& complaint, const std::string& why);
@@ -337,45 +337,20 @@ void SocketServer::Core::open(FrameStream::Socket socket)
                             }});
 }
 
-/// False, and told, when the journal does not take it.
-bool SocketServer::Core::written(const std::string& text)
-{
-    const std::string problem = options.journal ? options.journal(text) : "";
-    if (problem.empty())
-        return true;
-    if (Clock::now() - toldOfJournal >= quiet)
-    {
-        toldOfJournal = Clock::now();
-        log("the journal cannot be written: " + problem + "; requests are refused until it can be");
-    }
-    return false;
-}
-
 void SocketServer::Core::take(Session& session, const Frame& frame)
 {
     Frame answer{Frame::answer, frame.id, "", ""};
-    Service::Reply reply = Service::Reply::answered;
-    const bool known =
-        frame.type == Frame::request || frame.type == Frame::subscribe || frame.type == Frame::post;
-    if (known && !written(frame.text))
-    {
-        send(session, {Frame::complaint, 0, "", "the service's journal cannot be written"});
-        answer.text = "sfiFailure";
-        if (frame.type != Frame::post)
-            send(session, answer);
-        return;
-    }
+    Delivery delivery = Delivery::done;
     switch (frame.type)
     {
     case Frame::request:
-        reply = service.exchange(session.client, frame.text, answer.text);
+        delivery = exchange(session, Sending::request, frame, answer.text);
         break;
     case Frame::subscribe:
-        reply =
-            service.exchangeSubscription(session.client, frame.text, answer.text, frame.channel);
+        delivery = exchange(session, Sending::subscribe, frame, answer.text);
         break;
     case Frame::post:
-        service.post(session.client, frame.text);
+        exchange(session, Sending::oneWay, frame, answer.text);
         return;
     case Frame::control:
     {
@@ -388,9 +363,26 @@ void SocketServer::Core::take(Session& session, const Frame& frame)
         throw FrameError("a message of the type " + std::to_string(frame.type) +
                          ", which is for applications");
     }
-    if (reply == Service::Reply::answered)
+    if (delivery == Delivery::done)
         send(session, answer);
     service.followAnswer();
+}
+
+/// What the journal does not take is refused, and told.
+Delivery SocketServer::Core::exchange(Session& session, Sending sending, const Frame& frame,
+                                      std::string& answer)
+{
+    const std::string problem = options.journal ? options.journal(frame.text) : "";
+    if (problem.empty())
+        return service.exchange(session.client, sending, frame.text, frame.channel, answer);
+    if (Clock::now() - toldOfJournal >= quiet)
+    {
+        toldOfJournal = Clock::now();
+        log("the journal cannot be written: " + problem + "; requests are refused until it can be");
+    }
+    send(session, {Frame::complaint, 0, "", "the service's journal cannot be written"});
+    answer = "sfiFailure";
+    return Delivery::done;
 }
 
 /// From any thread.

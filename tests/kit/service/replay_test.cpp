@@ -113,11 +113,11 @@ TEST(Replay, SendsEventsBehindTheAnswerBehindIt)
     const Service::ClientId client =
         replay.connect([&](const std::string&, const std::string& one) { got.push_back(one); });
     std::string answered;
-    replay.exchangeSubscription(client, "<Method>Subscribe", answered, "c");
+    replay.exchange(client, Sending::subscribe, "<Method>Subscribe", "c", answered);
     EXPECT_THAT(got, ElementsAre());
     replay.followAnswer();
     EXPECT_THAT(got, ElementsAre("E1"));
-    replay.exchange(client, "A", answered);
+    replay.exchange(client, Sending::request, "A", "", answered);
     EXPECT_THAT(got, ElementsAre("E1", "E2"));
     replay.followAnswer();
     EXPECT_THAT(got, ElementsAre("E1", "E2", "E3"));

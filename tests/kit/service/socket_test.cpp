@@ -414,15 +414,6 @@ TEST_F(SocketService, ServiceThatSendsNonsenseIsLeft)
     unlink(elsewhere.c_str());
 }
 
-TEST_F(SocketService, NoSecondServiceAtTheSamePlace)
-{
-    kit::SimulatedService another;
-    EXPECT_EQ(complaintOf<kit::ListenError>([&] { const kit::SocketServer second(another, path); }),
-              "cannot listen at " + path + ": another service listens there");
-    kit::SocketConnection connection(path);
-    EXPECT_EQ(ask(connection, activate), "sfiSuccess");
-}
-
 TEST(SocketConnection, SaysWhyThereIsNone)
 {
     const auto complaint = [](const std::string& path)
