@@ -45,18 +45,19 @@ constexpr auto watchdog = 60s;  ///< no call may take as long
 
 struct Total
 {
-    unsigned long long sent = 0;
-    unsigned long long messages = 0;  ///< sent without an answer
-    unsigned long long answered = 0;
-    unsigned long long refused = 0;
-    unsigned long long timedOut = 0;
-    unsigned long long gone = 0;
-    unsigned long long events = 0;
-    unsigned long long comebacks = 0;
-    unsigned restarts = 0;
-    unsigned freezes = 0;
-    unsigned farewells = 0;
-    unsigned faults = 0;
+    using Count = std::atomic<unsigned long long>;
+    Count sent{0};
+    Count messages{0};  ///< sent without an answer
+    Count answered{0};
+    Count refused{0};
+    Count timedOut{0};
+    Count gone{0};
+    Count events{0};
+    Count comebacks{0};
+    Count restarts{0};
+    Count freezes{0};
+    Count farewells{0};
+    Count faults{0};
 };
 
 /// What became of each text that was sent, and of how many it is too much.
@@ -79,7 +80,6 @@ public:
 
     void lost(kit::Delivery delivery)
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
         ++(delivery == kit::Delivery::timedOut ? total.timedOut : total.gone);
     }
 
@@ -100,13 +100,6 @@ public:
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         return complaints_;
-    }
-
-    template <typename Change>
-    void count(Change change)
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        change(total);
     }
 
     /// When nobody asks any more and the journal has been read.
@@ -263,7 +256,7 @@ private:
             const std::lock_guard<std::mutex> lock(mutex_);
             heard_.clear();
         }
-        ledger_.count([](Total& total) { ++total.comebacks; });
+        ++ledger_.total.comebacks;
         timed([&] { framework_->service().activate(); });
         timed([&] { framework_->service().subscribe(&ear_); });
     }
@@ -356,8 +349,8 @@ private:
 
     void hear(const kit::ReceivedEvent& event)
     {
-        ledger_.count([](Total& total) { ++total.events; });
-        if (event.method() != "SystemStatusEvent")
+        ++ledger_.total.events;
+        if (event.method() != "systemStatusEvent")
             return;
         const std::string info = event.value("statusInfo");
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -400,25 +393,25 @@ public:
             process_.kill();
             std::this_thread::sleep_for(std::chrono::milliseconds(random_() % 100));
             process_.restart();
-            ledger_.count([](Total& total) { ++total.restarts; });
+            ++ledger_.total.restarts;
             break;
         case 1:
             process_.freeze();
             std::this_thread::sleep_for(std::chrono::milliseconds(random_() % 800));
             process_.thaw();
-            ledger_.count([](Total& total) { ++total.freezes; });
+            ++ledger_.total.freezes;
             break;
         case 2:
             command("go away");
-            ledger_.count([](Total& total) { ++total.farewells; });
+            ++ledger_.total.farewells;
             break;
         case 3:
             command("silence * times 3");
-            ledger_.count([](Total& total) { ++total.faults; });
+            ++ledger_.total.faults;
             break;
         case 4:
             command("fail * with garbage times 5");
-            ledger_.count([](Total& total) { ++total.faults; });
+            ++ledger_.total.faults;
             break;
         case 5:
         case 6:
