@@ -4,8 +4,8 @@
 #include "bench/Bench.h"
 #include "bench/Entrants.h"
 #include "bench/Messages.h"
+#include "bench/Reference.h"
 #include "framework/Proxy.h"
-#include "tests/support/Reference.h"
 
 #include <dlfcn.h>
 

@@ -1,62 +1,26 @@
 // Both pairs of readers, and the two classes that read all fields of a message. The first two bytes
 // pick known tags, or tell that both tags stand in front of the message, each ended by a zero byte.
 
-#include "CommunicationsServiceEventInvoker.h"
-#include "CommunicationsServiceProxy.h"
-#include "FieldReaders.h"
 #include "tests/support/Comparison.h"
-#include "tests/support/Events.h"
+#include "tests/support/Fields.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <optional>
 
 namespace
 {
 
-/// What stands between two tags; nothing when there is no value.
-using Found = std::optional<std::string>;
-
-Found inEvent(const std::string& start, const std::string& message, const std::string& end)
+long numberOf(const rules::Value& found)
 {
-    const std::size_t at = message.find(start);
-    if (at == std::string::npos)
-        return std::nullopt;
-    const std::string rest = message.substr(at + start.size());
-    if (rest.find(end) == std::string::npos)
-        return std::nullopt;
-    return rest.substr(0, rest.find(end));
-}
-
-/// The end tag is searched from the front of the message: one that comes too early does not end.
-Found inAnswer(const std::string& start, const std::string& message, const std::string& end)
-{
-    const std::size_t at = message.find(start);
-    if (at == std::string::npos)
-        return std::nullopt;
-    const std::size_t begin = at + start.size();
-    const std::size_t behind = message.find(end);
-    const bool isEnd = behind != std::string::npos && behind >= begin;
-    return message.substr(begin, isEnd ? behind - begin : std::string::npos);
-}
-
-long number(const std::string& text)
-{
-    return std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT32_MIN, INT32_MAX);
-}
-
-long numberOf(const Found& found)
-{
-    return found ? number(*found) : -1;
+    return found ? samples::toNumber(*found) : -1;
 }
 
 void compareReaders(const std::string& start, const std::string& message, const std::string& end)
 {
     using Proxy = CommunicationsServiceProxy;
     using Invoker = CommunicationsServiceEventInvoker;
-    const Found answer = inAnswer(start, message, end);
-    const Found event = inEvent(start, message, end);
+    const rules::Value answer = rules::inAnswer(message, start, end);
+    const rules::Value event = rules::inEvent(message, start, end);
     demandEqual("text of an answer", Proxy::getParamAsString(start, message, end),
                 answer.value_or(""));
     demandEqual("number of an answer", Proxy::getParamAsLong(start, message, end),
@@ -65,45 +29,6 @@ void compareReaders(const std::string& start, const std::string& message, const 
                 event.value_or(""));
     demandEqual("number of an event", Invoker::getParamAsLong(start, message, end),
                 numberOf(event));
-}
-
-/// Every field as every kind: tags are told first, then the message is read, then there are values.
-template <typename Fields, typename Message>
-void compareFields(const Message& message, const std::vector<std::string>& tags,
-                   const std::vector<Found>& expected)
-{
-    Fields texts, numbers, numbersOfTexts, flags;
-    std::vector<const std::string*> text;
-    std::vector<const int*> numberOfField, numberOfText;
-    std::vector<const bool*> flag;
-    for (const std::string& tag : tags)
-    {
-        text.push_back(&texts.text(tag));
-        numberOfField.push_back(&numbers.number(tag));
-        numberOfText.push_back(&numbersOfTexts.numberOfText(tag));
-        flag.push_back(&flags.flag(tag));
-    }
-    for (Fields* const fields : {&texts, &numbers, &numbersOfTexts, &flags})
-        fields->read(message);
-    for (std::size_t i = 0; i < tags.size(); ++i)
-    {
-        demandEqual("text", *text[i], expected[i].value_or(""));
-        demandEqual("number", *numberOfField[i], numberOf(expected[i]));
-        demandEqual("number of text", *numberOfText[i], number(expected[i].value_or("")));
-        demandEqual("flag", *flag[i], numberOf(expected[i]) != 0);
-    }
-}
-
-void compareFields(const std::string& message, const std::vector<std::string>& tags)
-{
-    std::vector<Found> inEvents, inAnswers;
-    for (const std::string& tag : tags)
-    {
-        inEvents.push_back(inEvent("<" + tag + ">", message, "</" + tag + ">"));
-        inAnswers.push_back(inAnswer("<" + tag + ">", message, "</" + tag + ">"));
-    }
-    compareFields<EventFields>(EventMessage(message), tags, inEvents);
-    compareFields<AnswerFields>(message, tags, inAnswers);
 }
 
 }  // namespace
@@ -135,7 +60,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (tag != "Method" && std::find(tags.begin(), tags.end(), tag) == tags.end())
             tags.push_back(tag);
     }
-    compareFields(message, tags);
+    demandEqual("fields of an event", found<EventFields>(tags, EventMessage(message)),
+                searched(tags, message, rules::inEvent));
+    demandEqual("fields of an answer", found<AnswerFields>(tags, message),
+                searched(tags, message, rules::inAnswer));
     if (!tags.empty())
         compareReaders("<" + tags[0] + ">", message, "</" + tags[0] + ">");
     return 0;

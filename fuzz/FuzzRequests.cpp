@@ -5,32 +5,16 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdint>
-#include <optional>
+
+using rules::request;
 
 namespace
 {
 
-using Text = std::optional<std::string>;
-
 /// The bytes of a C string: up to the first zero byte; none of a null one.
-Text chars(const std::string& text, bool isNull)
+rules::Value chars(const std::string& text, bool isNull)
 {
-    return isNull ? Text() : text.c_str();
-}
-
-/// A null text cuts the request off behind its tag.
-std::string request(const std::string& method,
-                    const std::vector<std::pair<const char*, Text>>& fields)
-{
-    std::string message = "<Method>" + method + "</Method>";
-    for (const auto& [tag, value] : fields)
-    {
-        message += std::string("<") + tag + ">";
-        if (!value)
-            return message;
-        message += *value + "</" + tag + ">";
-    }
-    return message;
+    return isNull ? rules::Value() : text.c_str();
 }
 
 }  // namespace

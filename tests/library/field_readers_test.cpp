@@ -1,6 +1,6 @@
 // Where the values of a message are: all fields of a reader against a plain search for each tag.
 
-#include "FieldReaders.h"
+#include "tests/support/Fields.h"
 
 #include <gtest/gtest.h>
 
@@ -19,49 +19,13 @@ std::string element(const std::string& tag, const std::string& value)
     return "<" + tag + ">" + value + "</" + tag + ">";
 }
 
-/// What readers find; "(none)" for what is absent, which a number tells by being -1.
-template <typename Fields, typename Message>
-Values found(const Values& tags, const Message& message)
-{
-    Fields texts, numbers;
-    std::vector<const std::string*> text;
-    std::vector<const int*> number;
-    for (const std::string& tag : tags)
-    {
-        text.push_back(&texts.text(tag));
-        number.push_back(&numbers.number(tag));
-    }
-    texts.read(message);
-    numbers.read(message);
-    Values values;
-    for (std::size_t i = 0; i < tags.size(); ++i)
-        values.push_back(*number[i] == -1 && text[i]->empty() ? "(none)" : *text[i]);
-    return values;
-}
-
-/// What a plain search finds, with the end searched behind the opening or from the front.
-Values searched(const Values& tags, const std::string& message, bool isAnswer)
-{
-    Values values;
-    for (const std::string& tag : tags)
-    {
-        const std::size_t at = message.find("<" + tag + ">");
-        const std::size_t begin = at + tag.size() + 2;
-        const std::size_t end =
-            at == std::string::npos ? at : message.find("</" + tag + ">", isAnswer ? 0 : begin);
-        if (at == std::string::npos || (!isAnswer && end == std::string::npos))
-            values.emplace_back("(none)");
-        else
-            values.push_back(message.substr(begin, end - begin));
-    }
-    return values;
-}
-
 void expectSearch(const Values& tags, const std::string& message)
 {
-    EXPECT_EQ(found<EventFields>(tags, EventMessage(message)), searched(tags, message, false))
+    EXPECT_EQ(found<EventFields>(tags, EventMessage(message)),
+              searched(tags, message, rules::inEvent))
         << message;
-    EXPECT_EQ(found<AnswerFields>(tags, message), searched(tags, message, true)) << message;
+    EXPECT_EQ(found<AnswerFields>(tags, message), searched(tags, message, rules::inAnswer))
+        << message;
 }
 
 const Values three = {"LineID", "URI", "CallBackFearureAvailable"};

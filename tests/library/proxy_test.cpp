@@ -258,6 +258,8 @@ TEST(Readers, OfAnswersAndEventsDifferInHowTheyFindTheEnd)
     EXPECT_EQ(Answer::getParamAsString("<b>", "<a>1</a><b>2</b>", "</a>"), "2</b>");
     EXPECT_EQ(Event::getParamAsString("aba", "xababa!", "ba"), "");
     EXPECT_EQ(Event::getParamAsString("ab", "xababa!", "ba"), "a");
+    for (const auto read : {Answer::getParamAsString, Event::getParamAsString})
+        EXPECT_EQ(read("a\0"s, "a1a\0002b3b\0"s, "b\0"s), "2b3") << "also with zero bytes";
     // A number ends where its value does, also before a further digit.
     EXPECT_EQ(Answer::getParamAsLong("a", "a1234", "34"), 12);
     EXPECT_EQ(Event::getParamAsLong("a", "a1234", "34"), 12);

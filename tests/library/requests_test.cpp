@@ -20,29 +20,6 @@ using namespace samples;
 namespace
 {
 
-const struct
-{
-    std::string answer;
-    int result;
-} resultWords[] = {
-    {"sfiSuccess", 5},
-    {"sfiFailureCallBackInvalidState", 1},
-    {"sfiFailureCallBackNoCallInfo", 2},
-    {"sfiFailureCallBackToMany", 3},
-    {"sfiFailureCallBackAllreadyExists", 4},
-    {"sfiFailure", 0},
-    {"", 0},
-    {"sfiSuccess ", 0},
-    {" sfiSuccess", 0},
-    {"sfiSuccessX", 0},
-    {"sfiSuccess\0"s, 0},
-    {"sfiSuccess\0x"s, 0},
-    {"sfiSucces", 0},
-    {"SFISUCCESS", 0},
-    {"sfiFailureCallBackAlreadyExists", 0},
-    {"<sfiResult>sfiSuccess</sfiResult>", 0},
-};
-
 /// What the channel is asked.
 std::string asked(const Request& request)
 {

@@ -1,5 +1,5 @@
-// Every message that some tokens make, up to a number of tokens: the library against the reference
-// implementation, as events and as answers. Chance leaves out the rare ones; this leaves out none.
+// Every message that some tokens make, up to a number of tokens: the library against the plainest
+// rules, as events and as answers. Chance leaves out the rare ones; this leaves out none.
 //
 // TokenSequences [tokens]
 

@@ -204,7 +204,8 @@ inline std::string toList(const std::string& items, bool quoted)
 }
 
 /// The line that the subscriber leaves for these values.
-inline std::string callback(const Event& event, const Values& values)
+inline std::string callback(const Event& event, const Values& values,
+                            const std::string& behind = payload)
 {
     std::string arguments;
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -240,7 +241,7 @@ inline std::string callback(const Event& event, const Values& values)
             arguments += "]";
     }
     if (event.hasPayload)
-        arguments += ", " + show(payload);
+        arguments += ", " + show(behind);
     return event.callback + ("(" + arguments) + ")";
 }
 

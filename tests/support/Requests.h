@@ -47,6 +47,30 @@ enum Awaiting
     posted,  ///< not awaited
 };
 
+/// Whole answers, and what they become.
+inline const struct
+{
+    std::string answer;
+    int result;
+} resultWords[] = {
+    {"sfiSuccess", 5},
+    {"sfiFailureCallBackInvalidState", 1},
+    {"sfiFailureCallBackNoCallInfo", 2},
+    {"sfiFailureCallBackToMany", 3},
+    {"sfiFailureCallBackAllreadyExists", 4},
+    {"sfiFailure", 0},
+    {"", 0},
+    {"sfiSuccess ", 0},
+    {" sfiSuccess", 0},
+    {"sfiSuccessX", 0},
+    {"sfiSuccess\0"s, 0},
+    {"sfiSuccess\0x"s, 0},
+    {"sfiSucces", 0},
+    {"SFISUCCESS", 0},
+    {"sfiFailureCallBackAlreadyExists", 0},
+    {"<sfiResult>sfiSuccess</sfiResult>", 0},
+};
+
 struct Request
 {
     Awaiting kind;

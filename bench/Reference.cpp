@@ -1,4 +1,4 @@
-#include "tests/support/Reference.h"
+#include "bench/Reference.h"
 
 #include "framework/Executable.h"
 #include "framework/InvokerResponse.h"

@@ -1,5 +1,5 @@
-#ifndef COMMUNICATIONS_SERVICE_TESTS_SUPPORT_REFERENCE_H
-#define COMMUNICATIONS_SERVICE_TESTS_SUPPORT_REFERENCE_H
+#ifndef COMMUNICATIONS_SERVICE_BENCH_REFERENCE_H
+#define COMMUNICATIONS_SERVICE_BENCH_REFERENCE_H
 
 #include "CommunicationsServiceEventIfc.h"
 #include "CommunicationsServiceTypes.h"
@@ -10,9 +10,9 @@
 
 class ProxyRequest;
 
-// The reference implementation: the same work written down as plainly as it can be, with text streams, and a search
-// from the front of the message for each tag. The library is measured against it, and must agree
-// with it in every bit.
+// The reference implementation: the same work written down as plainly as it can be, with text
+// streams, and a search from the front of the message for each tag. The library is measured against
+// it, and must agree with it in every bit.
 
 class ReferenceInvoker : public Invoker
 {
@@ -21,7 +21,7 @@ public:
                        InvokerResponse* response) override;
 };
 
-/// The operations that are measured or compared.
+/// The operations that are measured.
 class ReferenceProxy
 {
 public:
