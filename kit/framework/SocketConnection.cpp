@@ -1,6 +1,7 @@
 #include "kit/framework/SocketConnection.h"
 
 #include "kit/framework/FrameStream.h"
+#include "kit/framework/Sinks.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -76,29 +77,9 @@ public:
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
 
-    void setEventSink(EventSink sink) override
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        eventSink_ = std::move(sink);
-    }
-
-    void setGoneSink(GoneSink sink) override
-    {
-        bool already = false;
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            already = gone_;
-            goneSink_ = sink;
-        }
-        if (already && sink)
-            sink();
-    }
-
-    void setComplaintSink(ComplaintSink sink) override
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        complaintSink_ = std::move(sink);
-    }
+    void setEventSink(EventSink sink) override { events_.set(std::move(sink)); }
+    void setGoneSink(GoneSink sink) override { goneNotice_.set(std::move(sink)); }
+    void setComplaintSink(ComplaintSink sink) override { complaints_.set(std::move(sink)); }
 
     std::string whyGone() const override
     {
@@ -163,10 +144,11 @@ private:
     asio::io_context io_;
     const std::shared_ptr<FrameStream> stream_;
 
+    SharedSink<std::string, std::string> events_;
+    SharedSink<std::string> complaints_;
+    GoneNotice goneNotice_;
+
     mutable std::mutex mutex_;
-    EventSink eventSink_;
-    GoneSink goneSink_;
-    ComplaintSink complaintSink_;
     std::map<std::uint64_t, Waiter*> waiters_;
     std::uint64_t lastId_ = 0;
     bool gone_ = false;
@@ -203,28 +185,15 @@ Delivery Core::ask(Frame& frame, std::string& answer, std::chrono::milliseconds 
 
 void Core::take(Frame& frame)
 {
-    std::unique_lock<std::mutex> lock(mutex_);
     if (frame.type == Frame::event)
-    {
-        const EventSink to = eventSink_;
-        lock.unlock();
-        if (to)
-            to(frame.channel, frame.text);
-    }
+        events_.tell(frame.channel, frame.text);
     else if (frame.type == Frame::complaint)
-    {
-        const ComplaintSink to = complaintSink_;
-        lock.unlock();
-        if (to)
-            to(frame.text);
-    }
+        complaints_.tell(frame.text);
     else if (frame.type == Frame::farewell)
-    {
-        lock.unlock();
         stream_->end(frame.text);
-    }
     else if (frame.type == Frame::answer || frame.type == Frame::refusal)
     {
+        const std::lock_guard<std::mutex> lock(mutex_);
         // Without a waiter, its time has run out.
         const auto found = waiters_.find(frame.id);
         if (found == waiters_.end() || found->second->answered)
@@ -242,17 +211,14 @@ void Core::take(Frame& frame)
 /// The connection is over; everyone who waits learns it now.
 void Core::end(const std::string& why)
 {
-    GoneSink to;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         gone_ = true;
-        to = goneSink_;
         reason_ = why;
         for (const auto& entry : waiters_)
             entry.second->changed.notify_one();
     }
-    if (to)
-        to();
+    goneNotice_.tell();
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "kit/service/EmbeddedConnection.h"
 
+#include "kit/framework/Sinks.h"
 #include "kit/service/SimulatedService.h"
 
-#include <mutex>
 #include <utility>
 
 namespace kit
@@ -12,59 +12,11 @@ namespace
 {
 
 /// What the service calls; it may be set while it does.
-class Sinks
+struct Sinks
 {
-public:
-    void setEvent(Connection::EventSink sink) { event_ = std::move(sink); }
-
-    void setComplaint(Connection::ComplaintSink sink)
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        complaint_ = std::move(sink);
-    }
-
-    void setGone(Connection::GoneSink sink)
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        gone_ = std::move(sink);
-        if (!isGone_ || !gone_)
-            return;
-        const Connection::GoneSink to = gone_;
-        lock.unlock();
-        to();
-    }
-
-    void event(const std::string& channelName, const std::string& text)
-    {
-        if (event_)
-            event_(channelName, text);
-    }
-
-    void complaint(const std::string& text)
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        const Connection::ComplaintSink to = complaint_;
-        lock.unlock();
-        if (to)
-            to(text);
-    }
-
-    void gone()
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        isGone_ = true;
-        const Connection::GoneSink to = gone_;
-        lock.unlock();
-        if (to)
-            to();
-    }
-
-private:
-    Connection::EventSink event_;  ///< set before there are events
-    std::mutex mutex_;
-    Connection::ComplaintSink complaint_;
-    Connection::GoneSink gone_;
-    bool isGone_ = false;
+    SharedSink<std::string, std::string> events;
+    SharedSink<std::string> complaints;
+    GoneNotice gone;
 };
 
 class Core final : public Connection
@@ -74,9 +26,9 @@ public:
         : service_(std::move(service)),
           client_(service_->connect(
               [sinks = sinks_](const std::string& channelName, const std::string& event)
-              { sinks->event(channelName, event); },
-              [sinks = sinks_](const std::string& text) { sinks->complaint(text); },
-              [sinks = sinks_] { sinks->gone(); }))
+              { sinks->events.tell(channelName, event); },
+              [sinks = sinks_](const std::string& text) { sinks->complaints.tell(text); },
+              [sinks = sinks_] { sinks->gone.tell(); }))
     {
     }
 
@@ -85,10 +37,10 @@ public:
     Core(const Core&) = delete;
     Core& operator=(const Core&) = delete;
 
-    void setEventSink(EventSink sink) override { sinks_->setEvent(std::move(sink)); }
-    void setGoneSink(GoneSink sink) override { sinks_->setGone(std::move(sink)); }
+    void setEventSink(EventSink sink) override { sinks_->events.set(std::move(sink)); }
+    void setGoneSink(GoneSink sink) override { sinks_->gone.set(std::move(sink)); }
     std::string whyGone() const override { return ""; }
-    void setComplaintSink(ComplaintSink sink) override { sinks_->setComplaint(std::move(sink)); }
+    void setComplaintSink(ComplaintSink sink) override { sinks_->complaints.set(std::move(sink)); }
 
     Delivery request(const std::string& request, std::string& answer,
                      std::chrono::milliseconds) override

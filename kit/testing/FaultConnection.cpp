@@ -1,6 +1,7 @@
 #include "kit/testing/FaultConnection.h"
 
 #include "kit/framework/Exception.h"
+#include "kit/framework/Sinks.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/testing/Names.h"
 
@@ -27,6 +28,8 @@ class FaultConnection::Faults
 {
 public:
     explicit Faults(bool takesTime) : takesTime_(takesTime) {}
+
+    GoneNotice goneNotice;
 
     struct Entry
     {
@@ -78,39 +81,6 @@ public:
         return *found;
     }
 
-    /// The service goes, and stays gone.
-    void go()
-    {
-        Connection::GoneSink sink;
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            if (gone_)
-                return;
-            gone_ = true;
-            sink = goneSink_;
-        }
-        if (sink)
-            sink();
-    }
-
-    bool gone() const
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return gone_;
-    }
-
-    void setGoneSink(const Connection::GoneSink& sink)
-    {
-        bool already = false;
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            already = gone_;
-            goneSink_ = sink;
-        }
-        if (already && sink)
-            sink();
-    }
-
     /// False when the faults were cleared since the entry was taken.
     bool wait(const Entry& entry, std::chrono::milliseconds time)
     {
@@ -123,7 +93,7 @@ public:
     Delivery exchange(const std::string& request, std::string& answer,
                       std::chrono::milliseconds timeout, const Exchange& send)
     {
-        if (gone())
+        if (goneNotice.given())
             return Delivery::gone;
         const std::optional<Entry> entry = take(parse(request).method, false);
         if (!entry)
@@ -132,7 +102,7 @@ public:
             throw ChannelException("the channel failed on command");
         if (entry->fault == Fault::gone)
         {
-            go();
+            goneNotice.tell();
             return Delivery::gone;
         }
         if (entry->fault == Fault::failure)
@@ -151,14 +121,14 @@ public:
 
     Delivery post(const std::string& method, const std::function<Delivery()>& send)
     {
-        if (gone())
+        if (goneNotice.given())
             return Delivery::gone;
         const std::optional<Entry> entry = take(method, false);
         if (entry && entry->fault == Fault::exception)
             throw ChannelException("the channel failed on command");
         if (entry && entry->fault == Fault::gone)
         {
-            go();
+            goneNotice.tell();
             return Delivery::gone;
         }
         if (entry && entry->fault == Fault::duplicate)
@@ -169,7 +139,7 @@ public:
     /// What becomes of an event: nothing, itself once or twice, or something else.
     std::vector<std::string> events(const std::string& event)
     {
-        if (gone())
+        if (goneNotice.given())
             return {};
         const std::optional<Entry> entry = take(parse(event).method, true);
         if (!entry)
@@ -179,7 +149,7 @@ public:
         case Fault::noAnswer:
             return {};
         case Fault::gone:
-            go();
+            goneNotice.tell();
             return {};
         case Fault::empty:
             return {""};
@@ -233,8 +203,6 @@ private:
     int happened_ = 0;
     int cleared_ = 0;
     const bool takesTime_;
-    bool gone_ = false;
-    Connection::GoneSink goneSink_;
 };
 
 FaultConnection::FaultConnection(std::unique_ptr<Connection> connection)
@@ -276,14 +244,14 @@ void FaultConnection::setEventSink(EventSink sink)
 
 void FaultConnection::setGoneSink(GoneSink sink)
 {
-    faults_->setGoneSink(sink);
-    inner->setGoneSink([faults = faults_] { faults->go(); });
+    faults_->goneNotice.set(std::move(sink));
+    inner->setGoneSink([faults = faults_] { faults->goneNotice.tell(); });
 }
 
 std::string FaultConnection::whyGone() const
 {
     const std::string why = inner->whyGone();
-    return why.empty() && faults_->gone() ? "on command" : why;
+    return why.empty() && faults_->goneNotice.given() ? "on command" : why;
 }
 
 Delivery FaultConnection::request(const std::string& request, std::string& answer,

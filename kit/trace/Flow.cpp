@@ -71,10 +71,11 @@ bool isCsta(const std::string& method)
            method == "SendCSTARequest" || method == "SendUACSTAServerMessage";
 }
 
-std::string firstOf(const Message& message, const char* const* begin, const char* const* end)
+template <std::size_t size>
+std::string firstOf(const Message& message, const char* const (&tags)[size])
 {
-    for (const char* const* tag = begin; tag != end; ++tag)
-        if (const std::string* value = message.find(*tag))
+    for (const char* const tag : tags)
+        if (const std::string* value = message.find(tag))
             return *value;
     return "";
 }
@@ -222,8 +223,8 @@ void Flow::addNote(const std::string& text)
 
 void Flow::learn(const Message& message)
 {
-    const std::string call = firstOf(message, std::begin(callTags), std::end(callTags));
-    const std::string farEnd = firstOf(message, std::begin(farEndTags), std::end(farEndTags));
+    const std::string call = firstOf(message, callTags);
+    const std::string farEnd = firstOf(message, farEndTags);
     if (!call.empty() && !farEnd.empty())
         farEnds_[call] = shortNumber(farEnd);
 }
@@ -234,9 +235,7 @@ std::string Flow::leaving(const Message& message)
     const bool over = message.method == "IncomingCallMissedEvent" ||
                       message.method == "CallForwardedEvent" ||
                       (state != nullptr && *state == std::to_string(numbers::callCleared));
-    const auto ended =
-        over ? farEnds_.find(firstOf(message, std::begin(callTags), std::end(callTags)))
-             : farEnds_.end();
+    const auto ended = over ? farEnds_.find(firstOf(message, callTags)) : farEnds_.end();
     if (ended == farEnds_.end())
         return "";
     const std::string farEnd = ended->second;
@@ -249,10 +248,10 @@ std::string Flow::leaving(const Message& message)
 
 std::string Flow::farEndOf(const Message& message) const
 {
-    const std::string named = firstOf(message, std::begin(farEndTags), std::end(farEndTags));
+    const std::string named = firstOf(message, farEndTags);
     if (!named.empty())
         return shortNumber(named);
-    const auto known = farEnds_.find(firstOf(message, std::begin(callTags), std::end(callTags)));
+    const auto known = farEnds_.find(firstOf(message, callTags));
     return known != farEnds_.end() ? known->second : "";
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <iterator>
 
 namespace kit
 {
@@ -12,9 +13,10 @@ namespace kit
 namespace
 {
 
-bool isOneOf(const char* name, const char* const* begin, const char* const* end)
+template <std::size_t size>
+bool isOneOf(const char* name, const char* const (&names)[size])
 {
-    return std::any_of(begin, end,
+    return std::any_of(std::begin(names), std::end(names),
                        [&](const char* other) { return std::strcmp(name, other) == 0; });
 }
 
@@ -22,7 +24,7 @@ bool isOneOf(const char* name, const char* const* begin, const char* const* end)
 bool isRepetition(const Field& field)
 {
     static const char* const names[] = {"fullPai", "callingPartyFullPai", "diversionName"};
-    return field.kind == Kind::party || isOneOf(field.argument, std::begin(names), std::end(names));
+    return field.kind == Kind::party || isOneOf(field.argument, names);
 }
 
 /// Worth telling only when it is not 0, which is the usual.
@@ -36,15 +38,14 @@ bool isUsuallyZero(const Field& field)
         "exitConf",        "jointCall",        "connectedToMediaServer",
         "autoAnswer",      "blfPickup",        "forceTKVSUpdate",
         "preemptionCause", "resourcePriority", "displayOutcomeCallUI"};
-    return isOneOf(field.argument, std::begin(names), std::end(names));
+    return isOneOf(field.argument, names);
 }
 
 /// What a call flow shows by its columns and arrows, or what few would miss there.
 bool isDrawnOtherwise(const Field& field, const std::string& method)
 {
     static const char* const names[] = {"uri", "name", "sendOptions", "callBackFeatureAvailable"};
-    return method.compare(0, 8, "Incoming") != 0 &&
-           isOneOf(field.argument, std::begin(names), std::end(names));
+    return method.compare(0, 8, "Incoming") != 0 && isOneOf(field.argument, names);
 }
 
 /// A call tells its line.
@@ -72,10 +73,9 @@ Prominence prominenceOf(const std::string& tag)
     static const char* const states[] = {"CallState", "CallCompletionState", "Feature",
                                          "Registered"};
     static const char* const reasons[] = {"Reason", "FeatureFailure", "CallCompletionFailureType"};
-    if (isOneOf(tag.c_str(), std::begin(states), std::end(states)))
+    if (isOneOf(tag.c_str(), states))
         return Prominence::state;
-    return isOneOf(tag.c_str(), std::begin(reasons), std::end(reasons)) ? Prominence::reason
-                                                                        : Prominence::other;
+    return isOneOf(tag.c_str(), reasons) ? Prominence::reason : Prominence::other;
 }
 
 /// " registered", " not registered"
@@ -101,14 +101,14 @@ std::string named(const Field& field, const std::string& value)
 bool isLine(const Field& field)
 {
     static const char* const names[] = {"line", "lineId", "lineURI", "deviceId"};
-    return isOneOf(field.argument, std::begin(names), std::end(names));
+    return isOneOf(field.argument, names);
 }
 
 bool isCall(const Field& field)
 {
     static const char* const names[] = {"callId", "newCallId", "activeCall", "heldCall",
                                         "currentCallId"};
-    return isOneOf(field.argument, std::begin(names), std::end(names));
+    return isOneOf(field.argument, names);
 }
 
 bool saysNothing(const Field& field, const std::string& value)

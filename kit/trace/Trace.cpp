@@ -253,24 +253,20 @@ std::optional<TraceRecord> TraceReader::take(const std::string& line, bool whole
     }
     catch (const Json::parse_error& error)
     {
-        ++damaged_;
-        complain(whole ? "not JSON (byte " + std::to_string(error.byte) + ")"
-                       : std::string("cut off in the middle of the line"));
+        damaged(whole ? "not JSON (byte " + std::to_string(error.byte) + ")"
+                      : std::string("cut off in the middle of the line"));
     }
     catch (const Json::out_of_range&)
     {
-        ++damaged_;
-        complain("not a record of a trace: \"time\" or \"kind\" is missing");
+        damaged("not a record of a trace: \"time\" or \"kind\" is missing");
     }
     catch (const Json::type_error&)
     {
-        ++damaged_;
-        complain("not a record of a trace: a member is of the wrong type");
+        damaged("not a record of a trace: a member is of the wrong type");
     }
     catch (const std::runtime_error& error)
     {
-        ++damaged_;
-        complain(error.what());
+        damaged(error.what());
     }
     return std::nullopt;
 }
@@ -279,6 +275,12 @@ void TraceReader::complain(const std::string& what)
 {
     if (complaint_.empty())
         complaint_ = name_ + ":" + std::to_string(line_) + ": " + what;
+}
+
+void TraceReader::damaged(const std::string& what)
+{
+    ++damaged_;
+    complain(what);
 }
 
 std::string TraceReader::complaint() const

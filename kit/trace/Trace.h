@@ -76,6 +76,7 @@ public:
 
 private:
     void complain(const std::string& what);
+    void damaged(const std::string& what);
 
     const std::string name_;
     TraceHead head_;
