@@ -73,7 +73,8 @@ public:
         std::string library;  ///< path; see Library for what else is tried
         Events events = Events::onOwnThread;
         std::chrono::milliseconds requestTimeout{5000};
-        /// What one is of the time-outs that the library gives (100000 for two requests).
+        /// How long one unit is of the time-outs that the library gives: 100000 units for two of
+        /// the requests.
         std::chrono::microseconds timeoutUnit{1000};
         std::string unanswered;  ///< left in the response when there is no answer
         /// Sees all that passes, on the thread concerned, several at once. It must not call

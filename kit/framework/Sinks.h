@@ -46,7 +46,7 @@ private:
 class GoneNotice
 {
 public:
-    void set(std::function<void()> sink)
+    void set(const std::function<void()>& sink)
     {
         {
             const std::lock_guard<std::mutex> lock(mutex_);

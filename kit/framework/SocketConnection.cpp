@@ -78,7 +78,7 @@ public:
     Core& operator=(const Core&) = delete;
 
     void setEventSink(EventSink sink) override { events_.set(std::move(sink)); }
-    void setGoneSink(GoneSink sink) override { goneNotice_.set(std::move(sink)); }
+    void setGoneSink(GoneSink sink) override { goneNotice_.set(sink); }
     void setComplaintSink(ComplaintSink sink) override { complaints_.set(std::move(sink)); }
 
     std::string whyGone() const override

@@ -38,7 +38,7 @@ public:
     Core& operator=(const Core&) = delete;
 
     void setEventSink(EventSink sink) override { sinks_->events.set(std::move(sink)); }
-    void setGoneSink(GoneSink sink) override { sinks_->gone.set(std::move(sink)); }
+    void setGoneSink(GoneSink sink) override { sinks_->gone.set(sink); }
     std::string whyGone() const override { return ""; }
     void setComplaintSink(ComplaintSink sink) override { sinks_->complaints.set(std::move(sink)); }
 

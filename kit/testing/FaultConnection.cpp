@@ -244,7 +244,7 @@ void FaultConnection::setEventSink(EventSink sink)
 
 void FaultConnection::setGoneSink(GoneSink sink)
 {
-    faults_->goneNotice.set(std::move(sink));
+    faults_->goneNotice.set(sink);
     inner->setGoneSink([faults = faults_] { faults->goneNotice.tell(); });
 }
 
