@@ -87,15 +87,6 @@ TEST(CallBookTest, FindsCallsByNumberAndByState)
     EXPECT_TRUE(book.calls().empty());
 }
 
-TEST(QuietSubscriberTest, DoesNothing)
-{
-    communications::QuietSubscriber quiet;
-    kit::EventInjector events(quiet);
-    for (const kit::Event& event : kit::events())
-        events.inject(event.method);
-    EXPECT_EQ(events.handled(), 28);
-}
-
 TEST(EnumerationsTest, KeepTheirNumbers)
 {
     EXPECT_EQ(communications::feature(-2147483647 - 1), -2147483647 - 1);

@@ -1,6 +1,7 @@
 // Every allocation fails once: for each operation and each event the first allocation fails, then the
 // second, and so on until none does. The record of CallStateChangeEvent comes from malloc, whose
 // result the library uses without a test, on purpose: that one allocation is never made to fail here.
+// And memory is held against the copies that the calls themselves ask for.
 
 #include "CommunicationsServiceEventInvoker.h"
 #include "CommunicationsServiceProxy.h"
@@ -11,6 +12,8 @@
 #include "tests/support/WritingSubscriber.h"
 
 #include <gtest/gtest.h>
+
+#include <malloc.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -32,6 +35,16 @@ bool failed = false;     // whether it has
 void* record = nullptr;  // the last from malloc that was not given back
 long records = 0;        // how many there are
 
+std::size_t live = 0;  // bytes
+std::size_t peak = 0;
+
+void* counted(void* memory)
+{
+    live += malloc_usable_size(memory);
+    peak = std::max(peak, live);
+    return memory;
+}
+
 }  // namespace
 
 // The forms for arrays come here, too.
@@ -43,11 +56,12 @@ void* operator new(std::size_t size)
     if (memory == nullptr)
         throw std::bad_alloc();
     ++allocations;
-    return memory;
+    return counted(memory);
 }
 void operator delete(void* memory) noexcept
 {
     allocations -= memory != nullptr;
+    live -= malloc_usable_size(memory);
     std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept
@@ -64,7 +78,7 @@ extern "C"
     void* __wrap_malloc(std::size_t size)
     {
         ++records;
-        return record = __real_malloc(size);
+        return record = counted(__real_malloc(size));
     }
 
     void __wrap_free(void* memory)
@@ -73,6 +87,7 @@ extern "C"
         {
             --records;
             record = nullptr;
+            live -= malloc_usable_size(memory);
         }
         __real_free(memory);
     }
@@ -290,6 +305,108 @@ TEST_F(AllocationFaults, RefusedSubscription)
     channel.refuses = false;
     channel.answer = "sfiSuccess";
     EXPECT_EQ(proxy.subscribe(&subscriber), sfiSuccess);
+}
+
+std::string repeated(const std::string& piece, std::size_t size)
+{
+    std::string all;
+    while (all.size() < size)
+        all += piece;
+    return all;
+}
+
+std::string element(const char* tag, const std::string& value)
+{
+    return samples::element({samples::text, tag}, value);
+}
+
+// Hostile sizes.
+
+const std::string openings = "<LineID><URI><Name><FullPAI><AlertInformation_AlertURI>"
+                             "<AlertInformation_InfoParam><DiversionURI><DiversionName>";
+const std::string closings = "</LineID></URI></Name></FullPAI></AlertInformation_AlertURI>"
+                             "</AlertInformation_InfoParam></DiversionURI></DiversionName>";
+
+// Of an event each text that is found in it is copied, and nothing else. An answer is copied by the
+// channel, and an item of one byte takes a whole string in a list that grows by doubling.
+// clang-format off
+const struct
+{
+    const char* name;
+    std::string (*text)(std::size_t size);
+    const char* request;  ///< what the text is an answer to; null for an event
+    double copies;        ///< how often the call itself has to hold the text, or more
+} cases[] = {
+    {"event, one long text",
+     [](std::size_t n) { return samples::method("CallHeldEvent") + element("LineID", repeated("x", n)); }, nullptr, 1},
+    {"event, all texts the same long text",
+     [](std::size_t n) { return samples::method("IncomingCallEvent") + openings + repeated("x", n) + closings; }, nullptr, 8},
+    {"event, no end tags",
+     [](std::size_t n) { return samples::method("IncomingCallEvent") + repeated("<LineID><CallID>", n); }, nullptr, 0},
+    {"event, only end tags",
+     [](std::size_t n) { return samples::method("IncomingCallEvent") + repeated("</LineID></CallID>", n); }, nullptr, 0},
+    {"event, unknown tags",
+     [](std::size_t n) { return samples::method("IncomingCallEvent") + repeated("<a></a>", n) +
+          element("LineID", "1"); }, nullptr, 0},
+    {"event, tags that nearly match",
+     [](std::size_t n) { return samples::method("IncomingCallEvent") + repeated("<LineID</LineID<CallI>", n); }, nullptr, 0},
+    {"event, nested brackets",
+     [](std::size_t n) { return samples::method("IncomingCallEvent") + repeated("<", n / 2) +
+          repeated(">", n / 2); }, nullptr, 0},
+    {"event, long texts of the record",
+     [](std::size_t n) { return samples::method("CallStateChangeEvent") + element("GPUCLG", repeated("1", n / 2)) +
+          element("GPUCLDName", repeated("2", n / 2)); }, nullptr, 1},
+    {"event, long name",
+     [](std::size_t n) { return element("Method", repeated("CallStateChangeEvent", n)); }, nullptr, 0},
+    {"event, long payload",
+     [](std::size_t n) { return samples::method("b2buaCSTAResponse") + element("success", "1") +
+          repeated("<x/>", n); }, nullptr, 1},
+    {"answer, no end tags", [](std::size_t n) { return repeated("<uri>", n); }, "getForwardingConfiguration", 2},
+    {"answer, end tag in front", [](std::size_t n) { return "</uri><uri>" + repeated("x", n); }, "getForwardingConfiguration", 2},
+    {"answer, unknown tags", [](std::size_t n) { return repeated("<a></a>", n); }, "GetMessageWaiting", 1},
+    {"answer, zero bytes",
+     [](std::size_t n) { return std::string(n, '\0') +
+          element("func_return_val", "sfiSuccess"); }, "GetMessageWaiting", 1},
+    {"answer, word at the end", [](std::size_t n) { return repeated("sfiFailur", n) + "true"; }, "GetMicrophoneMute", 1},
+    {"answer, items of one byte", [](std::size_t n) { return repeated("<1>", n); }, "GetDevices", 28},
+    {"answer, brackets never closed", [](std::size_t n) { return repeated("<", n); }, "GetDevices", 1},
+};
+// clang-format on
+
+TEST_F(AllocationFaults, TextsOfAnySizeAreHeldNoOftenerThanTheCallAsks)
+{
+    const auto needed = [](const auto& call)
+    {
+        const std::size_t before = live;
+        peak = live;
+        call();
+        return static_cast<double>(peak - before);
+    };
+    subscriber.writes = false;
+    for (std::size_t size = 1024; size <= 1024 * 1024; size *= 4)
+    {
+        const auto most = [size](double copies) { return copies * double(size) + 4096; };
+        for (const auto& row : cases)
+        {
+            const std::string text = row.text(size);
+            double bytes = 0;
+            if (row.request == nullptr)
+                bytes =
+                    needed([&] { invoker.handleMessage(&subscriber, text.c_str(), 0, nullptr); });
+            channel.answer = text;
+            for (const samples::Request& request : samples::requests)
+                if (row.request != nullptr && request.sent.find(row.request) != std::string::npos)
+                    bytes = needed([&] { request.call(proxy); });
+            EXPECT_LE(bytes, most(row.copies)) << row.name << ": " << size;
+        }
+        // A request is written once, into one string.
+        channel.answer.clear();
+        channel.sent.reserve(2 * size);
+        const std::string half(size / 2, 'x'), whole(size, '\0');
+        EXPECT_LE(needed([&] { proxy.setAgentState(half, half); }), most(1));
+        EXPECT_LE(needed([&] { proxy.processSignallingComponentEvent(whole.data(), int(size)); }),
+                  most(1));
+    }
 }
 
 }  // namespace

@@ -125,14 +125,13 @@ struct Leaving : WritingSubscriber
     int& left;
 };
 
-TEST_F(Threads, CallbacksThatCallThrowOrDeleteTheirSubscriber)
+TEST_F(Threads, CallbacksThatCallOrDeleteTheirSubscriber)
 {
     inEight(
         [this](int)
         {
             Nested nested(proxy, invoker);
-            ThrowingSubscriber throwing;
-            Response response, unanswered;
+            Response response;
             int left = 0;
             for (const samples::Sample& sample : samples::eventSamples)
             {
@@ -140,14 +139,6 @@ TEST_F(Threads, CallbacksThatCallThrowOrDeleteTheirSubscriber)
                 nested.said.clear();
                 invoker.handleMessage(&nested, text, 0, &response);
                 ASSERT_EQ(nested.said, sample.said);
-
-                // Not with the first, whose record would be lost on purpose.
-                throwing.said.clear();
-                if (&sample != &samples::eventSamples[0])
-                {
-                    ASSERT_THROW(invoker.handleMessage(&throwing, text, 0, &unanswered), Thrown);
-                    ASSERT_EQ(throwing.said, sample.said);
-                }
 
                 auto subscriber = std::make_unique<WritingSubscriber>();
                 invoker.handleMessage(subscriber.get(), text, 0, nullptr);
@@ -158,7 +149,6 @@ TEST_F(Threads, CallbacksThatCallThrowOrDeleteTheirSubscriber)
             EXPECT_EQ(nested.inside, 28);
             EXPECT_EQ(left, 28);
             EXPECT_EQ(response.times, 2 * 28);
-            EXPECT_EQ(unanswered.times, 0);
         });
 }
 
