@@ -369,6 +369,8 @@ const struct
           element("func_return_val", "sfiSuccess"); }, "GetMessageWaiting", 1},
     {"answer, word at the end", [](std::size_t n) { return repeated("sfiFailur", n) + "true"; }, "GetMicrophoneMute", 1},
     {"answer, items of one byte", [](std::size_t n) { return repeated("<1>", n); }, "GetDevices", 28},
+    {"answer, a short item before a long one",
+     [](std::size_t n) { return "<1><" + repeated("x", n) + ">"; }, "GetDevices", 2},
     {"answer, brackets never closed", [](std::size_t n) { return repeated("<", n); }, "GetDevices", 1},
 };
 // clang-format on

@@ -1,7 +1,6 @@
 // The built plug-in in the stand-in framework, and its traces as the kit reads them.
 
 #include "kit/framework/Framework.h"
-#include "kit/framework/Log.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/testing/EventRecorder.h"
 #include "kit/trace/Trace.h"
@@ -18,7 +17,6 @@ namespace
 {
 
 using kit::TraceRecord;
-using testing::ElementsAre;
 
 kit::Trace traceIn(const std::string& path)
 {
@@ -86,28 +84,6 @@ TEST(RecorderInTheKit, WritesWhatTheFrameworkSees)
             recorded.push_back(record.text);
     EXPECT_EQ(recorded, passed);
     EXPECT_GT(events, 3);
-}
-
-TEST(RecorderInTheKit, ComplainsInTheLogAndGoesOn)
-{
-    const Folder folder;
-    std::ofstream(folder / "recording.conf") << "file=/t siez=1M\n";
-    std::vector<std::string> log;
-    kit::setLogSink(
-        [&](const kit::LogLine& line)
-        {
-            if (line.level == 1)
-                log.push_back(line.component + ": " + line.message);
-        });
-    kit::Framework::Options options;
-    options.library = pluginIn(folder);
-    const std::vector<std::string> passed = session(options);
-    kit::setLogSink(nullptr);
-    // Once, though proxy and invoker ask for a recorder each.
-    const std::string complaint = "SIP Communications Service: nothing is recorded: \"siez\" is no "
-                                  "setting; they are file, size and mask";
-    EXPECT_THAT(log, ElementsAre(complaint));
-    EXPECT_EQ(passed, session({}));
 }
 
 /// A text that can be found again, and stands for nobody in the protocol.

@@ -265,21 +265,14 @@ inline std::vector<Sample> onePerEvent()
 inline const std::vector<Sample> eventSamples = onePerEvent();
 
 /// An answer with something in it for every query.
+// clang-format off
 inline const std::vector<std::pair<const char*, const char*>> answerFields = {
-    {"func_return_val", "sfiSuccess"},
-    {"Type", "1"},
-    {"newMsgs", "2"},
-    {"oldMsgs", "3"},
-    {"newUrgMsgs", "4"},
-    {"oldUrgMsgs", "5"},
-    {"return_type", "6"},
-    {"available_info", "7"},
-    {"messages_waiting", "8"},
-    {"voiceMailNumber", "sip:a-long-mailbox@phone.example.com"},
-    {"sfiResult", "sfiSuccess"},
-    {"status", "0"},
-    {"cfnrRingCount", "9"},
-    {"uri", "sip:a-long-address@phone.example.com"}};
+    {"func_return_val", "sfiSuccess"}, {"Type", "1"}, {"newMsgs", "2"}, {"oldMsgs", "3"}, {"newUrgMsgs", "4"},
+    {"oldUrgMsgs", "5"}, {"return_type", "6"}, {"available_info", "7"}, {"messages_waiting", "8"},
+    {"voiceMailNumber", "sip:a-long-mailbox@phone.example.com"}, {"sfiResult", "sfiSuccess"}, {"status", "0"},
+    {"cfnrRingCount", "9"}, {"uri", "sip:a-long-address@phone.example.com"},
+};
+// clang-format on
 
 inline std::string answerToAll()
 {
