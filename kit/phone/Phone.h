@@ -77,6 +77,8 @@ public:
     /// In real time: lets as much time pass in the simulation as has passed outside.
     void keepTime() { timekeeper_.keep(); }
 
+    Timekeeper::Time timePassed() const { return timekeeper_.passed(); }
+
     /// Gives the simulation a command that is not the person's; "" when it does not answer.
     std::string ask(const std::string& command);
 

@@ -38,7 +38,7 @@ Session::Session(Settings settings, Display& display)
 {
     phone_.setWhileWaiting([this] { showProgress(); });
     phone_.setOnEach([this](const ReceivedEvent& received)
-                     { scriptWriter_.add(sinceStart(), received); });
+                     { scriptWriter_.add(phone_.timePassed(), received); });
     if (settings.remember)
         scriptWriter_.remember();
 }
@@ -54,7 +54,7 @@ Verdict Session::execute(const std::string& line, const Place& place)
     // What has come belongs before the line.
     phone_.pump();
     const Place before = std::exchange(place_, place);
-    const int written = scriptWriter_.begin(sinceStart(), line, variables_);
+    const int written = scriptWriter_.begin(phone_.timePassed(), line, variables_);
     phone_.events().shorten();
     Verdict verdict = Verdict::met;
     Values returned;
@@ -83,7 +83,7 @@ Verdict Session::execute(const std::string& line, const Place& place)
         complain(mistake.column(), mistake.what());
         verdict = Verdict::mistake;
     }
-    scriptWriter_.end(written, sinceStart(), verdict, returned);
+    scriptWriter_.end(written, phone_.timePassed(), verdict, returned);
     const std::string problem = scriptWriter_.takeProblem();
     if (!problem.empty())
         display_.complain(problem);
@@ -225,12 +225,6 @@ Completions Session::completionsFor(const std::string& line)
     if (simulation_.empty())
         simulation_ = parseCommandHelp(phone_.ask("help"));
     return complete(line, phone_.knownBook(), variables_, simulation_);
-}
-
-ScriptWriter::Time Session::sinceStart() const
-{
-    return std::chrono::duration_cast<ScriptWriter::Time>(std::chrono::steady_clock::now() -
-                                                          started_);
 }
 
 void Session::showProgress()

@@ -89,7 +89,6 @@ private:
     Verdict checkAll(const std::vector<std::string>& lines, const std::string& name);
     void complain(std::size_t column, const std::string& text);
     void showProgress();
-    ScriptWriter::Time sinceStart() const;
 
     Display& display_;
     Recorder recorder_;

@@ -32,6 +32,12 @@ void Timekeeper::keep()
     pass(passed);
 }
 
+Timekeeper::Time Timekeeper::passed() const
+{
+    return advance_ && !realTime_ ? waited_
+                                  : std::chrono::duration_cast<Time>(Clock::now() - began_);
+}
+
 void Timekeeper::pass(Time time)
 {
     while (time.count() > 0)
@@ -52,7 +58,9 @@ bool Timekeeper::wait(Time limit, const std::function<bool()>& done,
         {
             if (left.count() <= 0)
                 return false;
-            left -= std::max(Time(1), advance_(left));
+            const Time step = std::max(Time(1), advance_(left));
+            left -= step;
+            waited_ += step;
             pump(Time(0));
             continue;
         }

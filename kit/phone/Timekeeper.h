@@ -29,12 +29,17 @@ public:
     /// @param pump  delivers what has arrived, and waits a while for it
     bool wait(Time limit, const std::function<bool()>& done, const std::function<void(Time)>& pump);
 
+    /// The time that has passed: outside, or while something was waited for.
+    Time passed() const;
+
 private:
     void pass(Time time);
 
     const Advance advance_;
     const bool realTime_;
-    std::chrono::steady_clock::time_point kept_ = std::chrono::steady_clock::now();
+    const std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point kept_ = began_;
+    Time waited_{0};
 };
 
 }  // namespace kit::phone

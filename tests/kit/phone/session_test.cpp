@@ -11,7 +11,9 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <map>
+#include <random>
 #include <sstream>
 
 namespace kit::phone
@@ -115,8 +117,8 @@ TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
     EXPECT_EQ(run("record /nowhere/x"), Verdict::mistake);
     EXPECT_EQ(errors_.str(), "s:3: cannot write /nowhere/x: No such file or directory\n");
     for (const char* line :
-         {"record ", "subscribe", "dial 2001", "activate", "dial 2001", "wait 1h", "wait 3s",
-          "calls", "expect CallStateChangeEvent callState=connected as mine", "! hold 99",
+         {"record ", "subscribe", "dial 2001", "activate", "dial 2001", "wait 1h", "wait 500ms",
+          "calls", "expect CallStateChangeEvent callState=connected within 9s as mine", "! hold 99",
           "hold $mine", "getDevices", "! sim show nothing", "nonsense", "record off"})
     {
         // Nobody waits where Ctrl-C was pressed, and so much time has not passed.
@@ -136,8 +138,8 @@ expect RegistrationStateChangeEvent lineId=1003 callId=0 registered=true registr
 dial 2001
 expect CallStateChangeEvent lineId=1001 callState=initiated uri=sip:2001 name="Anna Answer" as call1
 expect CallStateChangeEvent lineId=1001 callId=$call1 callState=delivered uri=sip:2001 name="Anna Answer" callBackFeatureAvailable=true
-wait 3s
-expect CallStateChangeEvent lineId=1001 callId=$call1 callState=connected sendOptions=digits uri=sip:2001 name="Anna Answer"
+wait 500ms
+expect CallStateChangeEvent lineId=1001 callId=$call1 callState=connected sendOptions=digits uri=sip:2001 name="Anna Answer" within 3s
 ! hold 99
 expect FeatureFailedEvent lineId=1001 feature=hold featureFailure=noSuchCall as call2
 hold $call1
@@ -155,6 +157,85 @@ check result=sfiSuccess devices=1001,1002,1003
     connect();
     std::ofstream(file) << std::string(recorded).erase(recorded.find("hold $call1\n"), 12);
     EXPECT_EQ(session_->runScript(file), Verdict::unmet);
+}
+
+TEST_F(Phone, RecordingsOfWhateverWasDonePass)
+{
+    const Folder folder;
+    const std::string file = folder / "recording";
+    const char* const lines[] = {"dial 2001",
+                                 "dial 2002",
+                                 "dial 2006",
+                                 "dial 2007",
+                                 "dial 2009",
+                                 "dial 2010",
+                                 "dial 5000",
+                                 "sim call 1001 from 2001",
+                                 "sim call 1002 from 2042 name \"Zoe # x\"",
+                                 "sim message",
+                                 "sim hold",
+                                 "sim retrieve",
+                                 "sim hang up",
+                                 "sim hang up $a",
+                                 "accept",
+                                 "answer",
+                                 "hold",
+                                 "hold $a",
+                                 "! hold 99",
+                                 "hold 99",
+                                 "retrieve",
+                                 "hangup",
+                                 "hangup $a",
+                                 "consult 2001",
+                                 "consult 2002",
+                                 "transfer",
+                                 "transfer 2003",
+                                 "conf",
+                                 "swap",
+                                 "digits 12#",
+                                 "callback",
+                                 "ringback",
+                                 "cancelCallbacks",
+                                 "pickup",
+                                 "refuse busy",
+                                 "deflect 2001",
+                                 "dnd on",
+                                 "dnd",
+                                 "forward busy 2001",
+                                 "unforward busy",
+                                 "messages",
+                                 "csta <a/>",
+                                 "say hi $a",
+                                 "deactivate",
+                                 "activate",
+                                 "wait 1s",
+                                 "wait 2s",
+                                 "wait 20s",
+                                 "calls",
+                                 "expect CallStateChangeEvent as a",
+                                 "expect CallStateChangeEvent callState=connected within 5s",
+                                 "expect CallHeldEvent within 8s",
+                                 "expect no CallHeldEvent within 3s",
+                                 "event CallHeldEvent callId=77",
+                                 "sim reset",
+                                 "raw <Method>GetDevices</Method>",
+                                 "check result=sfiSuccess",
+                                 "sim go away"};
+    for (unsigned seed = 0; seed < 100; ++seed)
+    {
+        std::mt19937 random(seed);
+        connect();
+        for (const std::string& line :
+             {"record " + file, std::string("subscribe"), std::string("activate")})
+            run(line);
+        for (int i = 0; i < 25; ++i)
+            run(lines[random() % std::size(lines)]);
+        run("record off");
+        connect();
+        errors_.str("");
+        EXPECT_EQ(session_->runScript(file), Verdict::met)
+            << seed << ": " << errors_.str() << contentsOf(file);
+    }
 }
 
 TEST(ScriptWriter, WritesTheTimeThatPassed)
