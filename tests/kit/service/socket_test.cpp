@@ -49,27 +49,24 @@ TEST(Frame, AnyPiecesGiveTheSameFrames)
                                        {Frame::event, 0, "channel", ""},
                                        {Frame::answer, 18446744073709551615U, "", "three"},
                                        {Frame::post, 0, "", ""}};
+    std::vector<std::string> sent;
     for (const Frame& frame : frames)
-        bytes += kit::encodeFrame(frame);
+    {
+        sent.push_back(kit::encodeFrame(frame));
+        bytes += sent.back();
+    }
     for (std::size_t piece = 1; piece <= bytes.size(); ++piece)
     {
         kit::FrameReader reader;
-        std::vector<Frame> got;
+        std::vector<std::string> got;
         for (std::size_t at = 0; at < bytes.size(); at += piece)
         {
             reader.append(bytes.data() + at, std::min(piece, bytes.size() - at));
             Frame frame;
             while (reader.next(frame))
-                got.push_back(frame);
+                got.push_back(kit::encodeFrame(frame));
         }
-        ASSERT_EQ(got.size(), frames.size()) << piece;
-        for (std::size_t i = 0; i < frames.size(); ++i)
-        {
-            EXPECT_EQ(got[i].type, frames[i].type);
-            EXPECT_EQ(got[i].id, frames[i].id);
-            EXPECT_EQ(got[i].channel, frames[i].channel);
-            EXPECT_EQ(got[i].text, frames[i].text);
-        }
+        ASSERT_EQ(got, sent) << piece;
     }
 }
 
