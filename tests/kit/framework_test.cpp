@@ -90,22 +90,21 @@ TEST_F(FrameworkTest, TimeOutsReachTheConnection)
 TEST_F(FrameworkTest, WhoDoesNotAnswerIsReportedByNameAndNotAskedAgain)
 {
     const std::unique_ptr<Framework> framework = make();
+    service_.whyGone = "closed";
     service_.delivery = Delivery::timedOut;
     EXPECT_EQ(framework->service().answerCall("1001", 7), sfiFailure);
     EXPECT_EQ(framework->service().activate(), sfiFailure);
     service_.delivery = Delivery::gone;
     EXPECT_EQ(framework->service().deactivate(true), sfiFailure);
-    service_.whyGone = "it was closed";
     framework->service().setIsInServiceInitiatedState("1001", true);
     framework->service().processSignallingComponentEvent("x", 1);
     EXPECT_THAT(
         problems(),
         ElementsAre("AnswerCall has no answer: the fake service did not answer within 5 s",
                     "Activate has no answer: the fake service did not answer within 100 s",
-                    "Deactivate has no answer: the fake service is gone",
-                    "setIsInServiceInitiatedState was not sent: the fake service is gone: "
-                    "it was closed",
-                    "signalling data was not sent: the fake service is gone: it was closed"));
+                    "Deactivate has no answer: the fake service is gone: closed",
+                    "setIsInServiceInitiatedState was not sent: the fake service is gone: closed",
+                    "signalling data was not sent: the fake service is gone: closed"));
     EXPECT_EQ(service_.received.size(), 5u);
 }
 

@@ -159,6 +159,11 @@ TEST_F(Wire, EachStateTravelsByName)
         call(*kit::findOperation("setServiceState"), {{"state", state.name}});
         EXPECT_EQ(channel_.requests().front().field("state"), state.name);
     }
+    EXPECT_EQ(refused(
+                  [&] {
+                      call(*kit::findOperation("setServiceState"), {{"state", "asleep"}});
+                  }),
+              "state is the name of a service state, not \"asleep\"");
 }
 
 TEST_F(Wire, TimeOutsAndResponsesAsHandedToTheChannel)
@@ -536,6 +541,7 @@ TEST(Lists, ComeBackAsTheyWere)
     }
     EXPECT_THAT(kit::decodeTexts("1001,1002"), ElementsAre("1001", "1002"));
     EXPECT_THAT(kit::decodeTexts("a\\"), ElementsAre("a\\"));
+    EXPECT_THAT(kit::decodeTexts("a\\,"), ElementsAre("a,"));
     EXPECT_THAT(kit::decodeNumbers("12,-7,x,99999999999,"), ElementsAre(12, -7, 0, 2147483647));
     EXPECT_EQ(kit::encodeList(std::vector<int>{12, -7}), "12,-7,");
 }
