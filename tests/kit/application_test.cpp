@@ -1,4 +1,4 @@
-// What applications are given: the book of calls and the enumerations of numbers.
+// What applications are given: the book of calls.
 #include "application/Application.h"
 #include "kit/protocol/Numbers.h"
 #include "kit/testing/EventInjector.h"
@@ -85,14 +85,6 @@ TEST(CallBookTest, FindsCallsByNumberAndByState)
     EXPECT_EQ(book.find("1001", 94), book.find(3));
     book.clear();
     EXPECT_TRUE(book.calls().empty());
-}
-
-TEST(EnumerationsTest, KeepTheirNumbers)
-{
-    EXPECT_EQ(communications::feature(-2147483647 - 1), -2147483647 - 1);
-    EXPECT_EQ(communications::refusal(2), 2);
-    EXPECT_EQ(communications::callBacks(3), 3);
-    EXPECT_EQ(communications::forwarding(2147483647), 2147483647);
 }
 
 }  // namespace

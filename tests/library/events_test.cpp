@@ -278,7 +278,7 @@ TEST_F(EventTest, APayloadIsTheTextItself)
         {CommunicationsServiceEventInvoker::b2buaCSTAResponse, "", ""},
         {CommunicationsServiceEventInvoker::b2buaCSTAResponse, "/success>", ""},
         {CommunicationsServiceEventInvoker::b2buaCSTAResponse, "x/success>\0y"s, "\0y"s},
-        {CommunicationsServiceEventInvoker::b2buaCSTAEventOrRequest, "/lineURI>z", "z"},
+        {CommunicationsServiceEventInvoker::b2buaCSTAEventOrRequest, "/lineURI>\0z"s, "\0z"s},
         {CommunicationsServiceEventInvoker::b2buaCSTAEventOrRequest, "1234567", ""},
         {CommunicationsServiceEventInvoker::b2buaCSTAEventOrRequest, "123456789", "9"},
     };

@@ -45,12 +45,6 @@ TEST(FieldReaders, ElementsInAnyOrder)
     while (std::next_permutation(order.begin(), order.end()));
 }
 
-TEST(FieldReaders, AValueMayHaveAnyLength)
-{
-    for (std::size_t length = 0; length < 40; ++length)
-        expectSearch(three, element("LineID", std::string(length, 'v')) + element("URI", "1"));
-}
-
 TEST(FieldReaders, ATagMayBeAnywhereInAValue)
 {
     for (const char* value :

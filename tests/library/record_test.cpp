@@ -165,7 +165,7 @@ TEST_F(RecordTest, ATextEndsAtItsNul)
               "'', true, -1, -1)");
     subscriber.withRecord = [](CallPartyInfo* info)
     { EXPECT_EQ(static_cast<unsigned char>(info->callingNumber[2]), filling); };
-    deliver("<GPUCLG>a\0b</GPUCLG>"s);
+    deliver("<GPUCLG>a\0b\0</GPUCLG>"s);
     support::takeTrace();
 }
 

@@ -125,6 +125,8 @@ TEST(RequestTextTest, WhatHasNoRoomIsRefused)
 
 TEST_F(RequestTest, EachAnswerBecomesTheResult)
 {
+    for (const auto& word : resultWords)
+        EXPECT_EQ(CommunicationsServiceProxy::getResult(word.answer), word.result) << word.answer;
     for (const Request& request : requests)
         for (const auto& word : resultWords)
         {

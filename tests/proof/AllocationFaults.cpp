@@ -295,18 +295,6 @@ TEST_F(AllocationFaults, ThrowingCallbacks)
     }
 }
 
-TEST_F(AllocationFaults, RefusedSubscription)
-{
-    channel.refuses = true;
-    const long before = allocations;
-    EXPECT_THROW(proxy.subscribe(&subscriber), MarloException);
-    const long after = allocations;
-    EXPECT_EQ(after, before);
-    channel.refuses = false;
-    channel.answer = "sfiSuccess";
-    EXPECT_EQ(proxy.subscribe(&subscriber), sfiSuccess);
-}
-
 std::string repeated(const std::string& piece, std::size_t size)
 {
     std::string all;

@@ -10,7 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
 #include <thread>
 
 namespace
@@ -150,26 +149,6 @@ TEST(RecorderInTheKit, MasksEveryPersonalFieldOfTheProtocol)
     }
     for (const kit::Event& event : kit::events())
         checkMessage(recorder::Kind::event, event.method, event.arguments);
-}
-
-TEST(RecorderInTheKit, WritesBytesThatCanBeReadBack)
-{
-    std::mt19937 random(1);
-    for (int round = 0; round < 20000; ++round)
-    {
-        std::string text;
-        for (unsigned long i = random() % 12; i > 0; --i)
-            text += static_cast<char>(random() % 2 == 0 ? random() : 0xc0 + random() % 64);
-        std::string line;
-        recorder::appendRecord(
-            line, {recorder::Kind::event, recorder::Sending::request, round, 1, 0, "c", text});
-        line.pop_back();
-        kit::TraceReader reader("t");
-        const auto record = reader.take(line);
-        ASSERT_TRUE(record) << reader.complaint();
-        ASSERT_EQ(record->text, text);
-        ASSERT_EQ(record->time.count(), round);
-    }
 }
 
 }  // namespace

@@ -17,19 +17,6 @@
 namespace
 {
 
-/// Each event's name, then its tags.
-const std::vector<std::vector<std::string>> events = []
-{
-    std::vector<std::vector<std::string>> all;
-    for (const samples::Event& event : samples::events)
-    {
-        all.push_back({event.method});
-        for (const samples::Field& field : event.fields)
-            all.back().push_back(field.tag);
-    }
-    return all;
-}();
-
 const std::vector<std::vector<std::string>> answers = {
     {"sfiResult", "status", "uri", "cfnrRingCount"},
     {"func_return_val", "Type", "newMsgs", "oldMsgs", "newUrgMsgs", "oldUrgMsgs", "return_type",
@@ -58,9 +45,11 @@ public:
 
     std::string event()
     {
-        std::vector<std::string> tags = oneOf(events);
-        std::string method = tags.front();
-        tags.erase(tags.begin());
+        const samples::Event& kind = oneOf(samples::events);
+        Tags tags;
+        for (const samples::Field& field : kind.fields)
+            tags.push_back(field.tag);
+        std::string method = kind.method;
         if (below(50) == 0)
             method += piece(tags);
         const std::string head = element("Method", method);

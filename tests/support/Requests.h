@@ -274,16 +274,11 @@ inline const Request requests[] = {
     {coded, "<Method>ConferenceCall</Method><Line>1</Line><activeCall>1234567</activeCall>"
      "<heldCall>-7654321</heldCall><feature>98765</feature>",
      [](Service& s) { return s.conferenceCall("1", 1234567, -7654321, sfiFeature(98765)); }},
-    {coded, "<Method>CancelCallbacks</Method><Line>1</Line><CallID>1</CallID><URI></URI>"
-     "<CancelCallBackType>2147483647</CancelCallBackType><DisplayOutcomeCallUI>1</DisplayOutcomeCallUI>",
-     [](Service& s) { return s.cancelCallbacks("1", 1, "", sfiCancelCallBackType(INT_MAX), true); }},
     {read, "<Method>getForwardingConfiguration</Method><fwType>-2147483648</fwType>",
      [](Service& s) { bool on; std::string uri; int n; return s.getForwardingConfiguration(sfiForwardingType(INT_MIN), on, uri, n); }},
     {posted, "<Method>RemoveConfParticipant</Method><callID>itos(-1)</callID>"
      "<remoteParticipant></remoteParticipant><conferenceMemberId></conferenceMemberId>",
      [](Service& s) { s.RemoveConfParticipant(-1, "", ""); return nothing; }},
-    {coded, "<Method>SetServiceState</Method><state></state>",
-     [](Service& s) { return s.setServiceState(sfiServiceState(3)); }},
     {coded, "<Method>SetServiceState</Method><state></state>",
      [](Service& s) { return s.setServiceState(sfiServiceState(-1)); }},
 
