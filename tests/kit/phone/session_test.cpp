@@ -127,28 +127,8 @@ TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
     }
     setInterruptions(0);
     const std::string recorded = contentsOf(file);
-    EXPECT_EQ(recorded, R"(# Recorded by communications-phone.
-subscribe
-! dial 2001
-activate
-expect RegistrationStateChangeEvent lineId=1001 callId=0 registered=true registrationResult=done
-expect RegistrationStateChangeEvent lineId=1002 callId=0 registered=true registrationResult=done
-expect RegistrationStateChangeEvent lineId=1003 callId=0 registered=true registrationResult=done
-dial 2001
-expect CallStateChangeEvent lineId=1001 callState=initiated uri=sip:2001 name="Anna Answer" as call1
-expect CallStateChangeEvent lineId=1001 callId=$call1 callState=delivered uri=sip:2001 name="Anna Answer" callBackFeatureAvailable=true
-wait 500ms
-expect CallStateChangeEvent lineId=1001 callId=$call1 callState=connected sendOptions=digits uri=sip:2001 name="Anna Answer" within 3s
-! hold 99
-expect FeatureFailedEvent lineId=1001 feature=hold featureFailure=noSuchCall as call2
-hold $call1
-expect CallStateChangeEvent lineId=1001 callId=$call1 callState=held uri=sip:2001 name="Anna Answer"
-expect CallHeldEvent lineId=1001 callId=$call1
-expect FeatureSuccessEvent lineId=1001 callId=$call1 feature=hold
-getDevices
-check result=sfiSuccess devices=1001,1002,1003
-! sim show nothing
-)");
+    EXPECT_EQ(recorded, contentsOf(PHONE_TRANSCRIPTS "/recording"));
+
     connect();
     errors_.str("");
     EXPECT_EQ(session_->runScript(file), Verdict::met) << errors_.str();

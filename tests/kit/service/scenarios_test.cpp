@@ -110,78 +110,7 @@ TEST(ServiceRobots, OfAFileDoWhatItSays)
                         "robot 2046 answers, holds, hangs up 1s\n"
                         "robot 2047 refuses, is never free");
     Scenario scenario;
-    scenario.run("* robots " + file.path + " -> 7 robots\n" + R"(
-* reset
-~ * register 1001
-outgoingCallMake line=1001 callId=1 destination=2042
-: CallStateChangeEvent callState=initiated calledName=Zoe
-: CallStateChangeEvent callState=delivered
-* advance 999ms
-* advance 1ms
-: CallStateChangeEvent callState=connected
-* advance 1999ms
-* advance 1ms
-: CallStateChangeEvent callState=heldByFarEnd
-* advance 2999ms
-* advance 1ms
-: CallStateChangeEvent callState=connected
-* advance 499ms
-* advance 1ms
-: CallStateChangeEvent callState=heldByFarEnd
-* advance 999ms
-* advance 1ms
-: RemoteEndpointDetailsChangedEvent callId=1 uri=sip:2047 exitConf=false jointCall=false
-: CallStateChangeEvent callState=connected
-* advance 1h
-callClear line=1001 callId=1
-: CallStateChangeEvent callState=cleared
-outgoingCallMake line=1001 callId=2 destination=2043
-: CallStateChangeEvent callState=initiated calledName="Al \"A\", B"
-: CallStateChangeEvent callState=delivered
-* advance 0s
-: CallStateChangeEvent callState=connected
-* advance 1s
-: RemoteEndpointDetailsChangedEvent exitConf=false jointCall=true
-* advance 1999ms
-* advance 1ms
-: RemoteEndpointDetailsChangedEvent exitConf=true jointCall=false
-* advance 999ms
-* advance 1ms
-: CallStateChangeEvent callState=cleared reason=farEndCleared
-outgoingCallMake line=1001 callId=3 destination=2046
-: CallStateChangeEvent callState=initiated
-: CallStateChangeEvent callState=delivered
-* advance 999ms
-: CallStateChangeEvent callState=connected
-: CallStateChangeEvent callState=heldByFarEnd
-* advance 1ms
-: CallStateChangeEvent callState=cleared reason=farEndCleared
-outgoingCallMake line=1001 callId=4 destination=2045
-: CallStateChangeEvent callState=initiated
-: CallStateChangeEvent callState=delivered
-* advance 1s
-: CallStateChangeEvent callState=failed reason=refused
-callClear line=1001 callId=4
-: CallStateChangeEvent callState=cleared
-* advance 1999ms
-* advance 1ms
-: IncomingCallEvent callId=5 uri=sip:2045 name=""
-: CallStateChangeEvent callState=offered
-refuseCall line=1001 callId=5 refuseCallReason=decline
-: CallStateChangeEvent callState=cleared
-outgoingCallMake line=1001 callId=6 destination=2001
-: CallStateChangeEvent callState=initiated calledName=Other
-: CallStateChangeEvent callState=failed reason=unobtainable
-outgoingCallMake line=1001 callId=7 destination=2044
-: CallStateChangeEvent callState=initiated
-: CallStateChangeEvent callState=failed reason=busy
-activateCallbackBusy line=1001 callId=7
-: callCompletionEvent
-: FeatureSuccessEvent
-* advance 2999ms
-* advance 1ms
-: callCompletionFailedEvent uri=sip:2044 callCompletionFailureType=stillBusy
-)");
+    scenario.run("* robots " + file.path + " -> 7 robots\n" + contentsOf(ROBOTS_SCENARIO), 0);
 }
 
 TEST(ServiceRobots, OfAFileWithAMistakeAreNone)
