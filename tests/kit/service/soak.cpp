@@ -13,12 +13,12 @@
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
 #include "kit/testing/ServiceProcess.h"
+#include "tests/support/Folder.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -26,7 +26,6 @@
 #include <memory>
 #include <mutex>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -135,36 +134,6 @@ private:
     std::mutex mutex_;
     std::unordered_map<std::size_t, Entry> entries_;  ///< by the hash of the text: there are many
     unsigned long long complaints_ = 0;
-};
-
-/// Reads what has been added to the journal, as far as the lines are whole.
-class JournalReader
-{
-public:
-    JournalReader(const std::string& path, Ledger& ledger) : in_(path), ledger_(ledger) {}
-
-    void read()
-    {
-        in_.clear();
-        for (char c; in_.get(c);)
-            if (c == '\n')
-            {
-                ledger_.written(line_);
-                line_.clear();
-                ++lines_;
-            }
-            else
-                line_ += c;
-    }
-
-    unsigned long long lines() const { return lines_; }
-    bool whole() const { return line_.empty(); }
-
-private:
-    std::ifstream in_;
-    Ledger& ledger_;
-    std::string line_;
-    unsigned long long lines_ = 0;
 };
 
 class Application
@@ -452,17 +421,12 @@ long residentKiB(pid_t pid)
 
 int soak(long seconds, double rate, std::uint64_t seed)
 {
-    char folder[] = "/tmp/kit-soak-XXXXXX";
-    if (mkdtemp(folder) == nullptr)
-        throw std::runtime_error("no folder for the journal");
-    const std::string journal = std::string(folder) + "/journal";
+    const TextFile journal;
     Ledger ledger;
     long most = 0;
     Clock::duration longest{0};
-    unsigned long long lines = 0;
     {
-        kit::ServiceProcess process("", {"--journal", journal, "--log", "/dev/null"});
-        JournalReader reader(journal, ledger);
+        kit::ServiceProcess process("", {"--journal", journal.path, "--log", "/dev/null"});
         std::vector<std::unique_ptr<Application>> applications;
         std::vector<std::thread> threads;
         std::atomic<bool> stop{false};
@@ -481,7 +445,6 @@ int soak(long seconds, double rate, std::uint64_t seed)
         {
             std::this_thread::sleep_for(std::chrono::milliseconds(random() % 400));
             trouble.once();
-            reader.read();
             most = std::max(most, residentKiB(process.pid()));
             for (const auto& application : applications)
             {
@@ -503,21 +466,20 @@ int soak(long seconds, double rate, std::uint64_t seed)
         // The last answer of all comes behind everything that was posted.
         kit::ControlAnswer answer;
         kit::SocketConnection(process.socket()).control("show clients", answer, 10s);
-        reader.read();
-        lines = reader.lines();
-        if (!reader.whole())
-            ledger.complain("the last line of the journal is not whole");
     }
-    std::remove(journal.c_str());
-    rmdir(folder);
+    const std::vector<std::string> lines = linesOf(journal.path);
+    for (const std::string& line : lines)
+        ledger.written(line);
+    if (const std::string whole = contentsOf(journal.path); whole.empty() || whole.back() != '\n')
+        ledger.complain("the last line of the journal is not whole");
     ledger.close();
     const Total& total = ledger.total;
     std::cout << seconds << " s, seed " << seed << ": " << total.sent << " requests, "
               << total.answered << " answered, " << total.refused << " refused, "
               << total.timedOut + total.gone << " reported lost (" << total.timedOut
               << " timed out, " << total.gone << " gone); " << total.messages << " messages; "
-              << lines << " lines of journal; " << total.events << " events; " << total.restarts
-              << " restarts, " << total.freezes << " freezes, " << total.farewells
+              << lines.size() << " lines of journal; " << total.events << " events; "
+              << total.restarts << " restarts, " << total.freezes << " freezes, " << total.farewells
               << " times told to go away, " << total.faults << " times wrong answers, "
               << total.comebacks << " new connections; longest call "
               << std::chrono::duration_cast<std::chrono::milliseconds>(longest).count()
