@@ -49,13 +49,12 @@ struct Journal : TextFile
 /// Asks from all threads at once, each request under a name of its own.
 struct Callers
 {
-    std::vector<std::map<std::string, int>> results{threadCount};
-    std::vector<std::chrono::steady_clock::duration> longest{threadCount};
+    std::map<std::string, int> results;
+    std::chrono::steady_clock::duration longest{0};
     std::vector<std::thread> threads;
     std::mutex mutex;
     std::condition_variable progress;
-    int over = 0;
-    int failed = 0;
+    std::size_t failed = 0;
 
     void start(CommunicationsServiceIfc& service, int requests)
     {
@@ -66,33 +65,30 @@ struct Callers
 
     void ask(CommunicationsServiceIfc& service, int thread, int requests)
     {
-        const auto index = static_cast<std::size_t>(thread);
         for (int i = 0; i < requests; ++i)
         {
             const std::string lamp = std::to_string(thread) + "-" + std::to_string(i);
             const auto begin = std::chrono::steady_clock::now();
-            results[index][lamp] = service.setLampMode("1001", lamp, 1);
-            longest[index] = std::max(longest[index], std::chrono::steady_clock::now() - begin);
-            {
-                const std::lock_guard<std::mutex> lock(mutex);
-                ++over;
-                failed += results[index][lamp] == sfiSuccess ? 0 : 1;
-            }
+            const int result = service.setLampMode("1001", lamp, 1);
+            const std::lock_guard<std::mutex> lock(mutex);
+            longest = std::max(longest, std::chrono::steady_clock::now() - begin);
+            results[lamp] = result;
+            failed += result == sfiSuccess ? 0 : 1;
             progress.notify_one();
         }
     }
 
-    void waitFor(int count)
+    void waitFor(std::size_t count)
     {
         std::unique_lock<std::mutex> lock(mutex);
-        progress.wait(lock, [&] { return over >= count; });
+        progress.wait(lock, [&] { return results.size() >= count; });
     }
 
     /// Or until all requests are over.
-    void waitForFailures(int count, int all)
+    void waitForFailures(std::size_t count, std::size_t all)
     {
         std::unique_lock<std::mutex> lock(mutex);
-        progress.wait(lock, [&] { return failed >= count || over >= all; });
+        progress.wait(lock, [&] { return failed >= count || results.size() >= all; });
     }
 
     void join()
@@ -100,26 +96,12 @@ struct Callers
         for (std::thread& thread : threads)
             thread.join();
     }
-
-    std::map<std::string, int> all() const
-    {
-        std::map<std::string, int> together;
-        for (const auto& some : results)
-            together.insert(some.begin(), some.end());
-        return together;
-    }
-
-    long long longestMilliseconds() const
-    {
-        const auto most = *std::max_element(longest.begin(), longest.end());
-        return std::chrono::duration_cast<std::chrono::milliseconds>(most).count();
-    }
 };
 
 /// Every request has one outcome; what succeeded was done, and nothing was done twice.
 void expectHonest(const Callers& callers, const Journal& journal, int requests, const char* what)
 {
-    const std::map<std::string, int> results = callers.all();
+    const std::map<std::string, int>& results = callers.results;
     const std::map<std::string, int> done = journal.lamps();
     EXPECT_EQ(results.size(), static_cast<std::size_t>(requests));
     int succeeded = 0;
@@ -136,7 +118,7 @@ void expectHonest(const Callers& callers, const Journal& journal, int requests, 
     EXPECT_GE(done.size(), static_cast<std::size_t>(succeeded));
     std::cout << what << ": " << results.size() << " requests, " << succeeded << " succeeded, "
               << done.size() << " reached the service, " << twice << " twice, longest call "
-              << callers.longestMilliseconds() << " ms\n";
+              << callers.longest / 1ms << " ms\n";
 }
 
 TEST(ServiceDies, KilledInTheMiddleOfTenThousandRequests)
@@ -170,7 +152,7 @@ TEST(ServiceDies, KilledInTheMiddleOfTenThousandRequests)
     Callers again;
     again.start(framework.service(), 10);
     again.join();
-    for (const auto& [lamp, result] : again.all())
+    for (const auto& [lamp, result] : again.results)
         EXPECT_EQ(result, sfiSuccess) << lamp;
 }
 
