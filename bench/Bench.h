@@ -8,9 +8,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstring>
 #include <functional>
-#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The values of a request's fields, in any order, the method's name left out.
@@ -149,6 +150,25 @@ struct Response : InvokerResponse
 
     unsigned long count = 0;
 };
+
+/// The record as the library leaves it.
+inline void fill(CallPartyInfo& record, std::string_view callingNumber,
+                 std::string_view callingName, std::string_view calledNumber,
+                 std::string_view calledName)
+{
+    const auto copy = [](std::string_view text, char* to)
+    {
+        std::memcpy(to, text.data(), text.size());
+        to[text.size()] = '\0';
+    };
+    record.reservedText1[0] = record.reservedText2[0] = '\0';
+    record.reservedText3[0] = record.reservedText4[0] = '\0';
+    record.reservedNumber = 0;
+    copy(callingNumber, record.callingNumber);
+    copy(callingName, record.callingName);
+    copy(calledNumber, record.calledNumber);
+    copy(calledName, record.calledName);
+}
 
 /// What all that take part in the measurement work on.
 extern communications::Callbacks<Touch> subscriber;

@@ -4,7 +4,6 @@
 #include "bench/Bench.h"
 #include "bench/Messages.h"
 
-#include <cstring>
 #include <string_view>
 
 /// A peer whose messages are documents: fields by name, in one element or object. `Format` has
@@ -26,54 +25,34 @@ public:
         addRequest(
             "answerCall", "sfiSuccess",
             [](Document& request)
-            {
-                request.put("Method", "AnswerCall");
-                request.put("Line", line);
-                request.put("CallID", callId);
-            },
+            { put(request, "Method", "AnswerCall", "Line", line, "CallID", callId); },
             done);
         addRequest(
             "outgoingCallMake", "sfiSuccess",
             [](Document& request)
             {
-                request.put("Method", "OutgoingCallMakeRequest");
-                request.put("Line", line);
-                request.put("CallID", callId);
-                request.put("Destination", destination);
-                request.put("DSSDirectCall", 1);
-                request.put("BridgeCall", 0);
-                request.put("CallCompletionCall", 1);
+                put(request, "Method", "OutgoingCallMakeRequest", "Line", line, "CallID", callId,
+                    "Destination", destination, "DSSDirectCall", 1, "BridgeCall", 0,
+                    "CallCompletionCall", 1);
             },
             done);
         addRequest(
             "setForwardingConfiguration", "sfiSuccess",
             [](Document& request)
             {
-                request.put("Method", "setForwardingConfiguration");
-                request.put("Line", line);
-                request.put("fwType", 1);
-                request.put("status", 1);
-                request.put("uri", uri);
-                request.put("cfnrRingCount", 3);
-                request.put("forceTKVSUpdate", 0);
+                put(request, "Method", "setForwardingConfiguration", "Line", line, "fwType", 1,
+                    "status", 1, "uri", uri, "cfnrRingCount", 3, "forceTKVSUpdate", 0);
             },
             done);
         addRequest(
             "SendCSTARequest.2KiB", "sfiSuccess",
             [](Document& request)
-            {
-                request.put("Method", "SendCSTARequest");
-                request.put("Line", line);
-                request.put("payload", payload);
-            },
+            { put(request, "Method", "SendCSTARequest", "Line", line, "payload", payload); },
             done);
         addRequest(
             "getForwardingConfiguration", text(forwardingAnswer),
             [](Document& request)
-            {
-                request.put("Method", "getForwardingConfiguration");
-                request.put("fwType", 1);
-            },
+            { put(request, "Method", "getForwardingConfiguration", "fwType", 1); },
             [](const std::string& answer)
             {
                 const Fields a(answer);
@@ -83,7 +62,7 @@ public:
             });
         addRequest(
             "getMessageWaitingIndicator", text(messageWaitingAnswer),
-            [](Document& request) { request.put("Method", "GetMessageWaitingIndicator"); },
+            [](Document& request) { put(request, "Method", "GetMessageWaitingIndicator"); },
             [](const std::string& answer)
             {
                 const Fields a(answer);
@@ -99,7 +78,7 @@ public:
             list.fields.push_back({"item", device, false});
         addRequest(
             "getDevices.12", text(list),
-            [](Document& request) { request.put("Method", "GetDevices"); },
+            [](Document& request) { put(request, "Method", "GetDevices"); },
             [](const std::string& answer) { got(5, Fields(answer).texts("item")); });
     }
 
@@ -152,13 +131,8 @@ public:
                  [](Ifc& to, const Fields& e)
                  {
                      CallPartyInfo record;
-                     record.reservedText1[0] = record.reservedText2[0] = '\0';
-                     record.reservedText3[0] = record.reservedText4[0] = '\0';
-                     record.reservedNumber = 0;
-                     copy(e.view("GPUCLG"), record.callingNumber);
-                     copy(e.view("GPUCLGName"), record.callingName);
-                     copy(e.view("GPUCLD"), record.calledNumber);
-                     copy(e.view("GPUCLDName"), record.calledName);
+                     fill(record, e.view("GPUCLG"), e.view("GPUCLGName"), e.view("GPUCLD"),
+                          e.view("GPUCLDName"));
                      to.onCallStateChangeEvent(
                          e.text("LineID"), e.number("CallID"), e.number("CallState"),
                          e.number("Reason"), e.number("SendOptions"), e.text("URI"), e.text("Name"),
@@ -173,10 +147,14 @@ private:
     using Ifc = CommunicationsServiceEventIfc;
     static constexpr std::string_view success = "sfiSuccess";
 
-    static void copy(std::string_view text, char* to)
+    static void put(Document&) {}
+
+    /// Tags, and the value of each.
+    template <typename Value, typename... More>
+    static void put(Document& request, const char* tag, const Value& value, const More&... more)
     {
-        std::memcpy(to, text.data(), text.size());
-        to[text.size()] = '\0';
+        request.put(tag, value);
+        put(request, more...);
     }
 
     /// The message as the format itself writes it, so that what must be escaped is.

@@ -7,9 +7,7 @@
 #include "bench/Entrants.h"
 #include "bench/Messages.h"
 
-#include <cstddef>
 #include <cstdlib>
-#include <cstring>
 
 namespace
 {
@@ -31,10 +29,9 @@ struct Located
         return std::string(from, places[i].begin, places[i].length);
     }
 
-    void copy(const std::string& from, std::size_t i, char* to) const
+    std::string_view view(const std::string& from, std::size_t i) const
     {
-        std::memcpy(to, from.data() + places[i].begin, places[i].length);
-        to[places[i].length] = '\0';
+        return {from.data() + places[i].begin, places[i].length};
     }
 
     struct Place
@@ -124,19 +121,12 @@ void addFloor()
     addEvent("CallStateChangeEvent.18", callState,
              [](Ifc& to, const Located& from, std::string& text)
              {
-                 char* const record = static_cast<char*>(std::malloc(sizeof(CallPartyInfo)));
-                 std::memset(record + offsetof(CallPartyInfo, reservedNumber), 0, 4);
-                 record[offsetof(CallPartyInfo, reservedText1)] = '\0';
-                 record[offsetof(CallPartyInfo, reservedText2)] = '\0';
-                 record[offsetof(CallPartyInfo, reservedText3)] = '\0';
-                 record[offsetof(CallPartyInfo, reservedText4)] = '\0';
-                 from.copy(text, 8, record + offsetof(CallPartyInfo, callingNumber));
-                 from.copy(text, 9, record + offsetof(CallPartyInfo, callingName));
-                 from.copy(text, 10, record + offsetof(CallPartyInfo, calledNumber));
-                 from.copy(text, 11, record + offsetof(CallPartyInfo, calledName));
+                 auto* const record =
+                     static_cast<CallPartyInfo*>(std::malloc(sizeof(CallPartyInfo)));
+                 fill(*record, from.view(text, 8), from.view(text, 9), from.view(text, 10),
+                      from.view(text, 11));
                  to.onCallStateChangeEvent(from.value(text, 0), 4711, 6, 22, 1, from.value(text, 5),
-                                           from.value(text, 6), from.value(text, 7),
-                                           reinterpret_cast<CallPartyInfo*>(record), 2, 0,
+                                           from.value(text, 6), from.value(text, 7), record, 2, 0,
                                            from.value(text, 14), true, 3, 4);
                  std::free(record);
              });

@@ -12,7 +12,7 @@ extern const std::string payload;
 constexpr int callId = 4711;
 constexpr const char* destination = "+4989700012345";
 
-/// A message by its fields: numbers are those that begin with a digit of 0 to 9 and nothing else.
+/// A message by its fields.
 struct Message
 {
     struct Field

@@ -7,7 +7,6 @@
 #include "messages.pb.h"
 
 #include <cstdlib>
-#include <cstring>
 
 namespace
 {
@@ -91,11 +90,6 @@ void addRequest(const std::string& name, const peer::Answer& answer, Write write
         values);
 }
 
-void copy(const std::string& text, char* to)
-{
-    std::memcpy(to, text.c_str(), text.size() + 1);
-}
-
 void tell(CommunicationsServiceEventIfc& to, peer::Event& event)
 {
     if (event.has_devices_changed())
@@ -106,13 +100,7 @@ void tell(CommunicationsServiceEventIfc& to, peer::Event& event)
     {
         const peer::CallStateChangeEvent& e = event.call_state();
         CallPartyInfo record;
-        record.reservedText1[0] = record.reservedText2[0] = '\0';
-        record.reservedText3[0] = record.reservedText4[0] = '\0';
-        record.reservedNumber = 0;
-        copy(e.gpuclg(), record.callingNumber);
-        copy(e.gpuclgname(), record.callingName);
-        copy(e.gpucld(), record.calledNumber);
-        copy(e.gpucldname(), record.calledName);
+        fill(record, e.gpuclg(), e.gpuclgname(), e.gpucld(), e.gpucldname());
         to.onCallStateChangeEvent(
             e.lineid(), e.callid(), e.callstate(), e.reason(), e.sendoptions(), e.uri(), e.name(),
             e.fullpai(), &record, e.resourcepriority(), e.preemptioncause(), e.preemptiontext(),
@@ -160,6 +148,14 @@ void addEvent(const std::string& name, const peer::Event& event)
             tell(callbacks(&subscriber), *kept);
             response.messageHandled();
         });
+}
+
+template <typename Part>
+void addEvent(const std::string& name, Part* (peer::Event::*part)(), const Message& message)
+{
+    peer::Event event;
+    fill(*(event.*part)(), message);
+    addEvent(name, event);
 }
 
 }  // namespace
@@ -252,15 +248,9 @@ void addProtobuf()
     peer::Event event;
     event.mutable_devices_changed();
     addEvent("DevicesChangedEvent", event);
-    event.Clear();
-    fill(*event.mutable_call_held(), callHeld);
-    addEvent("CallHeldEvent", event);
-    event.Clear();
-    fill(*event.mutable_call_state(), callState);
-    addEvent("CallStateChangeEvent.18", event);
-    event.Clear();
-    fill(*event.mutable_incoming_call(), incomingCall);
-    addEvent("IncomingCallEvent.17", event);
+    addEvent("CallHeldEvent", &peer::Event::mutable_call_held, callHeld);
+    addEvent("CallStateChangeEvent.18", &peer::Event::mutable_call_state, callState);
+    addEvent("IncomingCallEvent.17", &peer::Event::mutable_incoming_call, incomingCall);
     event.Clear();
     fill(*event.mutable_csta_response(), cstaResponse);
     event.mutable_csta_response()->set_payload(payload);
