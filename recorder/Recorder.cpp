@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <typeinfo>
 #include <utility>
 
@@ -158,7 +159,7 @@ void Recorder::exception(std::uint32_t number, const void* subscriber) noexcept
 void Recorder::know(const void* subscriber, std::string_view channel) noexcept
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    constexpr std::size_t places = sizeof subscribers_ / sizeof subscribers_[0];
+    const std::size_t places = std::size(subscribers_);
     std::size_t place = 0;
     while (place < std::min(subscriberCount_, places) && subscribers_[place].object != subscriber)
         ++place;
@@ -179,7 +180,7 @@ void Recorder::take(Kind kind, Sending sending, std::uint32_t number, std::strin
         if (stopping_)
             return;
         if (subscriber != nullptr)
-            for (std::size_t i = 0; i < std::min(subscriberCount_, std::size_t(64)); ++i)
+            for (std::size_t i = 0; i < std::min(subscriberCount_, std::size(subscribers_)); ++i)
                 if (subscribers_[i].object == subscriber)
                     channel = {subscribers_[i].channel, subscribers_[i].length};
         const std::size_t room = capacity - filled_;
@@ -384,7 +385,7 @@ int Recorder::threadNumber(pthread_t thread)
         ++place;
     if (place == threadCount_)
     {
-        if (place == sizeof threads_ / sizeof threads_[0])
+        if (place == std::size(threads_))
             return 0;
         threads_[threadCount_++] = thread;
     }
