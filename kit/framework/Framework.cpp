@@ -345,32 +345,23 @@ private:
     {
         const Arrived event = std::move(inbox_->waiting.front());
         inbox_->waiting.pop_front();
-        if (event.gone)
+        const auto found = subscribers_.find(event.channel);
+        Executable* const subscriber = found == subscribers_.end() ? nullptr : found->second;
+        if (event.gone || subscriber != nullptr)
         {
+            delivering_ = subscriber;
             deliverer_ = std::this_thread::get_id();
             lock.unlock();
-            tellGone();
+            if (event.gone)
+                tellGone();
+            else
+                deliver(*subscriber, event);
             lock.lock();
+            delivering_ = nullptr;
             deliverer_ = std::thread::id();
-            inbox_->changed.notify_all();
-            return false;
         }
-        const auto found = subscribers_.find(event.channel);
-        if (found == subscribers_.end())
-        {
-            inbox_->changed.notify_all();
-            return false;
-        }
-        delivering_ = found->second;
-        deliverer_ = std::this_thread::get_id();
-        Executable& subscriber = *delivering_;
-        lock.unlock();
-        deliver(subscriber, event);
-        lock.lock();
-        delivering_ = nullptr;
-        deliverer_ = std::thread::id();
         inbox_->changed.notify_all();
-        return true;
+        return subscriber != nullptr;
     }
 
     /// Whether a callback is running.
