@@ -20,6 +20,15 @@ namespace
 
 const char* const garbage = "\x01<<<\xff garbage </Method><";
 
+/// What comes through of a text.
+std::string spoilt(Fault fault, const std::string& text)
+{
+    return fault == Fault::empty       ? std::string()
+           : fault == Fault::garbage   ? std::string(garbage)
+           : fault == Fault::truncated ? text.substr(0, text.size() / 2)
+                                       : text;
+}
+
 using Exchange = std::function<Delivery(std::string& answer)>;
 
 }  // namespace
@@ -98,13 +107,8 @@ public:
         const std::optional<Entry> entry = take(parse(request).method, false);
         if (!entry)
             return send(answer);
-        if (entry->fault == Fault::exception)
-            throw ChannelException("the channel failed on command");
-        if (entry->fault == Fault::gone)
-        {
-            goneNotice.tell();
+        if (goes(*entry))
             return Delivery::gone;
-        }
         if (entry->fault == Fault::failure)
         {
             answer = "sfiFailure";
@@ -124,13 +128,8 @@ public:
         if (goneNotice.given())
             return Delivery::gone;
         const std::optional<Entry> entry = take(method, false);
-        if (entry && entry->fault == Fault::exception)
-            throw ChannelException("the channel failed on command");
-        if (entry && entry->fault == Fault::gone)
-        {
-            goneNotice.tell();
+        if (entry && goes(*entry))
             return Delivery::gone;
-        }
         if (entry && entry->fault == Fault::duplicate)
             send();
         return send();
@@ -144,56 +143,38 @@ public:
         const std::optional<Entry> entry = take(parse(event).method, true);
         if (!entry)
             return {event};
-        switch (entry->fault)
-        {
-        case Fault::noAnswer:
-            return {};
-        case Fault::gone:
+        if (entry->fault == Fault::gone)
             goneNotice.tell();
+        if (entry->fault == Fault::gone || entry->fault == Fault::noAnswer)
             return {};
-        case Fault::empty:
-            return {""};
-        case Fault::garbage:
-            return {garbage};
-        case Fault::truncated:
-            return {event.substr(0, event.size() / 2)};
-        case Fault::duplicate:
+        if (entry->fault == Fault::duplicate)
             return {event, event};
-        case Fault::delay:
-        case Fault::failure:
-        case Fault::exception:
-            break;
-        }
-        return {event};
+        return {spoilt(entry->fault, event)};
     }
 
 private:
+    /// Whether the connection goes with this; throws where that is the fault.
+    bool goes(const Entry& entry)
+    {
+        if (entry.fault == Fault::exception)
+            throw ChannelException("the channel failed on command");
+        if (entry.fault == Fault::gone)
+            goneNotice.tell();
+        return entry.fault == Fault::gone;
+    }
+
     Delivery spoil(const Entry& entry, const std::string& real, std::string& answer,
                    std::chrono::milliseconds timeout)
     {
-        switch (entry.fault)
+        if (entry.fault == Fault::noAnswer)
         {
-        case Fault::noAnswer:
             wait(entry, timeout);
             return Delivery::timedOut;
-        case Fault::delay:
-            if (!wait(entry, std::min(entry.delay, timeout)) || entry.delay >= timeout)
-                return Delivery::timedOut;
-            answer = real;
-            break;
-        case Fault::empty:
-            answer.clear();
-            break;
-        case Fault::garbage:
-            answer = garbage;
-            break;
-        case Fault::truncated:
-            answer = real.substr(0, real.size() / 2);
-            break;
-        default:
-            answer = real;
-            break;
         }
+        if (entry.fault == Fault::delay &&
+            (!wait(entry, std::min(entry.delay, timeout)) || entry.delay >= timeout))
+            return Delivery::timedOut;
+        answer = spoilt(entry.fault, real);
         return Delivery::done;
     }
 
