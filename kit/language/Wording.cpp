@@ -26,29 +26,18 @@ std::size_t utf8Length(const std::string& text, std::size_t at)
     const auto byte = [&](std::size_t i)
     { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
     const unsigned first = byte(at);
-    std::size_t length = 0;
-    unsigned code = 0;
     if (first < 0x80)
         return 1;
-    if (first >= 0xc2 && first <= 0xdf)
-        length = 2, code = first & 0x1fU;
-    else if (first >= 0xe0 && first <= 0xef)
-        length = 3, code = first & 0x0fU;
-    else if (first >= 0xf0 && first <= 0xf4)
-        length = 4, code = first & 0x07U;
-    else
-        return 0;
-    for (std::size_t i = 1; i < length; ++i)
-    {
-        if ((byte(at + i) & 0xc0U) != 0x80U)
-            return 0;
-        code = code << 6U | (byte(at + i) & 0x3fU);
-    }
-    const bool overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
-    const bool surrogate = code >= 0xd800 && code <= 0xdfff;
-    // The second block of control characters can steer a terminal just as the first.
-    const bool control = code < 0xa0;
-    return overlong || surrogate || control || code > 0x10ffff ? 0 : length;
+    // The second byte keeps out what is longer than needed, halves of pairs, what is too large, and
+    // the second block of control characters, which can steer a terminal just as the first.
+    const unsigned lowest = first == 0xc2 || first == 0xe0 ? 0xa0 : first == 0xf0 ? 0x90 : 0x80;
+    const unsigned highest = first == 0xed ? 0x9f : first == 0xf4 ? 0x8f : 0xbf;
+    bool whole =
+        first >= 0xc2 && first <= 0xf4 && byte(at + 1) >= lowest && byte(at + 1) <= highest;
+    const std::size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
+    for (std::size_t i = 2; i < length; ++i)
+        whole = whole && (byte(at + i) & 0xc0U) == 0x80U;
+    return whole ? length : 0;
 }
 
 }  // namespace
