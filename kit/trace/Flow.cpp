@@ -3,8 +3,6 @@
 #include "kit/language/Wording.h"
 #include "kit/trace/Labels.h"
 
-#include <algorithm>
-
 namespace kit
 {
 
@@ -120,7 +118,8 @@ void Flow::addRequest(const TraceRecord& record)
 {
     const Message message = parse(record.text);
     const bool answered = record.sending != Sending::oneWay;
-    Waiting row{{}, answered ? record.number : 0, "", ""};
+    Waiting row;
+    row.request = answered ? record.number : 0;
     row.step.application = FlowStep::Between::toService;
     row.step.text = messageLabel(record.text);
     for (const FarEndGets& gets : farEndGets)
@@ -153,15 +152,10 @@ void Flow::addAnswer(const TraceRecord& record)
 {
     endOf(record.number,
           record.delivery == Delivery::done && record.text == resultName(sfiSuccess));
-    Waiting row{{}, 0, "", ""};
-    row.step.application = FlowStep::Between::answer;
-    if (record.delivery == Delivery::timedOut)
-        row.step.text = "(no answer in time)";
-    else if (record.delivery == Delivery::gone)
-        row.step.text = "(the service is gone)";
-    else
-        row.step.text = record.text.empty() ? "(empty)" : messageLabel(record.text);
-    waiting_.push_back(row);
+    addStep(FlowStep::Between::answer, record.delivery == Delivery::timedOut ? "(no answer in time)"
+                                       : record.delivery == Delivery::gone ? "(the service is gone)"
+                                       : record.text.empty()               ? "(empty)"
+                                                             : messageLabel(record.text));
 }
 
 void Flow::endOf(int request, bool carriedOut)
@@ -184,7 +178,7 @@ void Flow::addEvent(const TraceRecord& record)
 {
     const Message message = parse(record.text);
     learn(message);
-    Waiting row{{}, 0, "", ""};
+    Waiting row;
     row.step.application = FlowStep::Between::fromService;
     row.step.text = messageLabel(record.text);
     const std::string* const state = message.find("CallState");
@@ -208,16 +202,19 @@ void Flow::addException(const TraceRecord& record)
     if (record.number == 0)
         return addNote("the callback threw " + record.text);
     endOf(record.number, false);
-    Waiting row{{}, 0, "", ""};
-    row.step.application = FlowStep::Between::answer;
-    row.step.text = "(threw " + printable(record.text, 60) + ")";
-    waiting_.push_back(row);
+    addStep(FlowStep::Between::answer, "(threw " + printable(record.text, 60) + ")");
 }
 
 void Flow::addNote(const std::string& text)
 {
-    Waiting row{{}, 0, "", ""};
-    row.step.text = printable(text, 60);
+    addStep(FlowStep::Between::none, printable(text, 60));
+}
+
+void Flow::addStep(FlowStep::Between application, const std::string& text)
+{
+    Waiting row;
+    row.step.application = application;
+    row.step.text = text;
     waiting_.push_back(row);
 }
 

@@ -51,7 +51,7 @@ private:
     struct Waiting
     {
         FlowStep step;
-        int request;  ///< 0 when it waits for no answer
+        int request = 0;  ///< 0 when it waits for no answer
         std::string farEnd;
         std::string farEndText;
     };
@@ -61,6 +61,7 @@ private:
     void addEvent(const TraceRecord& record);
     void addException(const TraceRecord& record);
     void addNote(const std::string& text);
+    void addStep(FlowStep::Between application, const std::string& text);
     void endOf(int request, bool carriedOut);
     void learn(const Message& message);
     std::string farEndOf(const Message& message) const;
