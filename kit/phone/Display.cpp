@@ -12,25 +12,8 @@ namespace kit::phone
 namespace
 {
 
-const char* colourOf(Display::Style style)
-{
-    switch (style)
-    {
-    case Display::Style::strong:
-        return "\033[1m";
-    case Display::Style::good:
-        return "\033[32m";
-    case Display::Style::bad:
-        return "\033[31m";
-    case Display::Style::event:
-        return "\033[36m";
-    case Display::Style::faint:
-        return "\033[2m";
-    case Display::Style::plain:
-        break;
-    }
-    return "";
-}
+/// In the order of Display::Style.
+const char* const colours[] = {"", "\033[1m", "\033[32m", "\033[31m", "\033[36m", "\033[2m"};
 
 }  // namespace
 
@@ -54,7 +37,7 @@ void Display::write(std::ostream& stream, const std::string& text, Style style)
     endProgress();
     if (before_)
         before_();
-    const std::string colour = colours_ ? colourOf(style) : "";
+    const std::string colour = colours_ ? colours[static_cast<int>(style)] : "";
     stream << colour << text << (colour.empty() ? "" : "\033[0m") << '\n' << std::flush;
     if (after_)
         after_();

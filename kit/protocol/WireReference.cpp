@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -15,63 +16,33 @@ using kit::Kind;
 using kit::Meaning;
 using kit::Sending;
 
-const char* kindInWords(Kind kind)
-{
-    switch (kind)
-    {
-    case Kind::text:
-        return "text, byte for byte";
-    case Kind::cString:
-        return "text; null cuts the request off here";
-    case Kind::number:
-    case Kind::feature:
-    case Kind::refusal:
-    case Kind::cancelType:
-    case Kind::forwarding:
-        return "decimal number";
-    case Kind::cause:
-        return "decimal number of the CSTA cause";
-    case Kind::count:
-        return "decimal number without a sign";
-    case Kind::flag:
-        return "flag, `1` or `0`";
-    case Kind::word:
-        return "flag, `TRUE` or `FALSE`";
-    case Kind::state:
-        return "name of a service state";
-    case Kind::payload:
-        return "the rest of the message, without a tag";
-    case Kind::raw:
-        return "bytes, without a tag";
-    case Kind::subscriber:
-        return "does not travel";
-    case Kind::ints:
-        return "list of numbers";
-    case Kind::texts:
-        return "list of texts";
-    case Kind::party:
-        return "text; arrives in the record `CallPartyInfo`";
-    }
-    return "";
-}
+const std::map<Kind, const char*> kinds = {
+    {Kind::text, "text, byte for byte"},
+    {Kind::cString, "text; null cuts the request off here"},
+    {Kind::number, "decimal number"},
+    {Kind::feature, "decimal number"},
+    {Kind::refusal, "decimal number"},
+    {Kind::cancelType, "decimal number"},
+    {Kind::forwarding, "decimal number"},
+    {Kind::cause, "decimal number of the CSTA cause"},
+    {Kind::count, "decimal number without a sign"},
+    {Kind::flag, "flag, `1` or `0`"},
+    {Kind::word, "flag, `TRUE` or `FALSE`"},
+    {Kind::state, "name of a service state"},
+    {Kind::payload, "the rest of the message, without a tag"},
+    {Kind::raw, "bytes, without a tag"},
+    {Kind::subscriber, "does not travel"},
+    {Kind::ints, "list of numbers"},
+    {Kind::texts, "list of texts"},
+    {Kind::party, "text; arrives in the record `CallPartyInfo`"},
+};
 
-const char* sendingInWords(Sending sending)
-{
-    switch (sending)
-    {
-    case Sending::request:
-        return "`sendRequest`";
-    case Sending::timed:
-        return "`sendRequestTimed`, time-out 100000";
-    case Sending::subscribe:
-        return "`sendSubscribe`, time-out 100000";
-    case Sending::oneWay:
-        return "`sendOneWay`";
-    case Sending::nothing:
-        return "not sent";
-    }
-    return "";
-}
+const std::map<Sending, const char*> sendings = {
+    {Sending::request, "`sendRequest`"},
+    {Sending::timed, "`sendRequestTimed`, time-out 100000"},
+    {Sending::subscribe, "`sendSubscribe`, time-out 100000"},
+    {Sending::oneWay, "`sendOneWay`"},
+};
 
 void fieldTable(std::ostream& out, const std::vector<Field>& fields, const char* first)
 {
@@ -79,7 +50,7 @@ void fieldTable(std::ostream& out, const std::vector<Field>& fields, const char*
     for (const Field& field : fields)
         out << "| `" << field.argument << "` | "
             << (*field.tag != '\0' ? "`" + std::string(field.tag) + "`" : std::string("none"))
-            << " | " << kindInWords(field.kind) << " | " << field.explanation << " |\n";
+            << " | " << kinds.at(field.kind) << " | " << field.explanation << " |\n";
     out << "\n";
 }
 
@@ -108,7 +79,7 @@ void writeOperation(std::ostream& out, const kit::Operation& operation)
         << "\n\n";
     if (!operation.arguments.empty())
         fieldTable(out, operation.arguments, "Argument");
-    out << "Sent with " << sendingInWords(operation.sending)
+    out << "Sent with " << sendings.at(operation.sending)
         << ". Answer: " << kit::inWords(operation.answer)
         << (*operation.resultTag != '\0'
                 ? ", which comes from `" + std::string(operation.resultTag) + "`"
