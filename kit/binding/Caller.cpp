@@ -1,8 +1,8 @@
 #include "kit/binding/Caller.h"
 
 #include "kit/binding/WireText.h"
+#include "kit/protocol/Columns.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <tuple>
 #include <type_traits>
@@ -248,7 +248,7 @@ Outcome call(CommunicationsServiceIfc& service, const Operation& operation, cons
                                   : field.kind == Kind::state                ? "sfiServiceInService"
                                                                              : "";
         made.values.push_back(toWire(field, value != nullptr ? *value : plain));
-        made.isNull.push_back(std::find(nulls.begin(), nulls.end(), field.argument) != nulls.end());
+        made.isNull.push_back(contains(nulls, field.argument));
     }
     for (const Row& row : rows)
         if (std::string(row.name) == operation.name)

@@ -1,6 +1,7 @@
 #include "kit/phone/Arguments.h"
 
 #include "kit/language/Wording.h"
+#include "kit/protocol/Columns.h"
 
 #include <algorithm>
 #include <cstring>
@@ -259,10 +260,7 @@ std::vector<std::string> namesFor(const Field& field)
 {
     if (isFlag(field.kind))
         return {"true", "false"};
-    std::vector<std::string> names;
-    for (const NumberName& entry : namesOf(field.names))
-        names.push_back(entry.name);
-    return names;
+    return columnOf(namesOf(field.names), &NumberName::name);
 }
 
 const std::vector<ShortWord>& shortWords()

@@ -2,8 +2,8 @@
 
 #include "kit/language/Wording.h"
 #include "kit/language/Words.h"
+#include "kit/protocol/Columns.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -140,7 +140,7 @@ void CallBook::clear()
 
 bool CallBook::isLine(const std::string& word) const
 {
-    return std::find(lines_.begin(), lines_.end(), word) != lines_.end();
+    return contains(lines_, word);
 }
 
 const CallBook::Call& CallBook::pick(const Operation& operation, const Field& argument,
@@ -160,8 +160,7 @@ const CallBook::Call& CallBook::pick(const Operation& operation, const Field& ar
         std::string all;
         int count = 0;
         for (const Call& call : calls())
-            if ((line.empty() || call.line == line) &&
-                std::find(states.begin(), states.end(), call.state) != states.end())
+            if ((line.empty() || call.line == line) && contains(states, call.state))
             {
                 found = &call;
                 all += (count++ > 0 ? ", " : "") + describe(call);

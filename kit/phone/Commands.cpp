@@ -5,6 +5,7 @@
 #include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Help.h"
+#include "kit/protocol/Columns.h"
 #include "kit/trace/Labels.h"
 
 #include <algorithm>
@@ -361,9 +362,7 @@ const Command* findCommand(const std::string& name)
 
 std::vector<std::string> commandWords()
 {
-    std::vector<std::string> words;
-    for (const Command& command : commands())
-        words.push_back(command.name);
+    std::vector<std::string> words = columnOf(commands(), &Command::name);
     for (const ShortWord& shortWord : shortWords())
         if (words.back() != shortWord.word)
             words.push_back(shortWord.word);

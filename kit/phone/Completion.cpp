@@ -4,6 +4,7 @@
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 #include "kit/phone/Expectation.h"
+#include "kit/protocol/Columns.h"
 
 #include <algorithm>
 #include <cctype>
@@ -275,9 +276,7 @@ Completions complete(const std::string& line, const CallBook& book, const Variab
     }
     completions.begin = typed.begin;
     for (const std::string& word : Finder(book, variables, simulation).find(typed))
-        if (!word.empty() && beginsWith(word, typed.last) &&
-            std::find(completions.words.begin(), completions.words.end(), word) ==
-                completions.words.end())
+        if (!word.empty() && beginsWith(word, typed.last) && !contains(completions.words, word))
             completions.words.push_back(word);
     return completions;
 }

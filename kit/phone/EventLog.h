@@ -5,8 +5,6 @@
 
 #include <cstddef>
 #include <deque>
-#include <string>
-#include <vector>
 
 namespace kit::phone
 {

@@ -3,6 +3,7 @@
 #include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
 #include "kit/phone/Arguments.h"
+#include "kit/protocol/Columns.h"
 #include "kit/trace/Labels.h"
 
 #include <algorithm>
@@ -23,9 +24,7 @@ std::size_t argumentNamed(const Event& event, const Word& word)
     const std::size_t place = placeOf(event.arguments, word.name);
     if (place < event.arguments.size())
         return place;
-    std::vector<std::string> names;
-    for (const Field& field : event.arguments)
-        names.push_back(field.argument);
+    const std::vector<std::string> names = columnOf(event.arguments, &Field::argument);
     throw Mistake(std::string(event.method) + " has no field " + word.name +
                       didYouMean(word.name, names) + " (it has " +
                       (names.empty() ? "none" : listed(names)) + ")",
@@ -136,10 +135,7 @@ std::string capturedBy(const ReceivedEvent& received)
 
 std::vector<std::string> eventNames()
 {
-    std::vector<std::string> names;
-    for (const Event& event : events())
-        names.push_back(event.method);
-    return names;
+    return columnOf(events(), &Event::method);
 }
 
 }  // namespace kit::phone

@@ -4,6 +4,7 @@
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 #include "kit/phone/Display.h"
+#include "kit/protocol/Columns.h"
 
 #include <algorithm>
 
@@ -56,10 +57,8 @@ std::string overview()
                            padded(operation.name, 27) + " " + operation.summary + presets);
     }
     text += "Operations (help OPERATION shows arguments and wire text):\n";
-    std::vector<std::string> names;
-    for (const Operation& operation : operations())
-        names.push_back(operation.name);
-    text += sideBySide(names, 90, 2) + "Events (help EVENT shows the fields):\n";
+    text += sideBySide(columnOf(operations(), &Operation::name), 90, 2) +
+            "Events (help EVENT shows the fields):\n";
     text += sideBySide(eventNames(), 90, 2);
     text += "Language: word name=value \"two words\" # comment. \"!\" before a command that must "
             "fail.\nTry: dial 2001. Far ends that can be called: sim show robots.\n";

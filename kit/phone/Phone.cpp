@@ -7,6 +7,7 @@
 #include "kit/language/Words.h"
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Interruptions.h"
+#include "kit/protocol/Columns.h"
 #include "kit/trace/Labels.h"
 
 #include <algorithm>
@@ -149,9 +150,7 @@ Report Phone::check(const std::vector<Word>& words) const
             came.begin(), came.end(), [&](const auto& value) { return value.first == word.name; });
         if (word.name.empty() || found == came.end())
         {
-            std::vector<std::string> names;
-            for (const auto& value : came)
-                names.push_back(value.first);
+            const auto names = columnOf(came, &Values::value_type::first);
             throw Mistake(std::string(lastOperation_->name) + " returns " + listed(names) +
                               ", not " + shown(word.name.empty() ? word.text : word.name, 40),
                           word.column);

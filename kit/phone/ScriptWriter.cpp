@@ -1,6 +1,5 @@
 #include "kit/phone/ScriptWriter.h"
 
-#include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
 #include "kit/phone/Expectation.h"
 #include "kit/trace/Labels.h"

@@ -7,7 +7,6 @@
 #include "kit/phone/Interruptions.h"
 #include "kit/phone/Script.h"
 
-#include <algorithm>
 #include <istream>
 #include <utility>
 

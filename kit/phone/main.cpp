@@ -6,6 +6,7 @@
 #include "kit/phone/LineEditor.h"
 #include "kit/phone/NewApplication.h"
 #include "kit/phone/TraceView.h"
+#include "kit/protocol/Columns.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/service/SimulatedService.h"
 
@@ -14,7 +15,6 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <stdexcept>
 #include <unistd.h>
 
 // The console phone: options, and what is run with them.
@@ -70,7 +70,7 @@ std::string problemOfMethod(const std::string& method)
     std::vector<std::string> methods = eventNames();
     for (const Operation& operation : operations())
         methods.push_back(operation.method);
-    return std::find(methods.begin(), methods.end(), method) != methods.end()
+    return contains(methods, method)
                ? ""
                : "no message is called " + shown(method, 60) + didYouMean(method, methods);
 }

@@ -1,9 +1,8 @@
 #include "kit/protocol/Numbers.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <limits>
+#include <charconv>
 #include <map>
+#include <system_error>
 
 namespace kit
 {
@@ -149,15 +148,12 @@ bool numberOf(Meaning meaning, const std::string& text, int& number)
             number = entry.number;
             return true;
         }
-    if (text.find_first_not_of("-0123456789") != std::string::npos)
+    int value = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, value);
+    if (read.ec != std::errc() || read.ptr != end)
         return false;
-    char* end = nullptr;
-    errno = 0;
-    const long long value = std::strtoll(text.c_str(), &end, 10);
-    if (end == text.c_str() || *end != '\0' || errno != 0 ||
-        value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
-        return false;
-    number = static_cast<int>(value);
+    number = value;
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "kit/protocol/Protocol.h"
 
+#include "kit/protocol/Columns.h"
 #include "kit/protocol/Lists.h"
 
 #include <algorithm>
@@ -53,16 +54,11 @@ std::size_t taggedFields(const std::vector<Field>& fields)
         fields.begin(), fields.end(), [](const Field& field) { return *field.tag != '\0'; }));
 }
 
-bool hasPayload(const std::vector<Field>& fields)
-{
-    return !fields.empty() && fields.back().kind == Kind::payload;
-}
-
 /// Number of fields before the payload of a message with this method; npos when none is known.
 std::size_t fieldsBeforePayload(const std::string& method)
 {
     const std::vector<Field>* const fields = fieldsOf(method);
-    return fields != nullptr && hasPayload(*fields) ? taggedFields(*fields) : std::string::npos;
+    return hasPayload(fields) ? taggedFields(*fields) : std::string::npos;
 }
 
 /// Takes one element off the front of `text` at `at`; false when none stands there.
@@ -124,9 +120,7 @@ std::string numberText(const Field& field, const std::string& value)
     int number = 0;
     if (numberOf(field.names, value, number))
         return std::to_string(number);
-    std::vector<std::string> names;
-    for (const NumberName& entry : namesOf(field.names))
-        names.push_back(entry.name);
+    const std::vector<std::string> names = columnOf(namesOf(field.names), &NumberName::name);
     const std::string near = nearest(value, names);
     throw std::invalid_argument(std::string(field.argument) + " is a number" +
                                 (names.empty() ? "" : " or one of its names") + ", not \"" + value +
@@ -165,10 +159,7 @@ std::size_t checkedPlaceOf(const std::string& message, const std::vector<Field>&
     const std::size_t place = placeOf(fields, name);
     if (place < fields.size())
         return place;
-    std::vector<std::string> names;
-    for (const Field& field : fields)
-        names.push_back(field.argument);
-    const std::string near = nearest(name, names);
+    const std::string near = nearest(name, columnOf(fields, &Field::argument));
     throw std::invalid_argument("unknown field " + name + " in " + message +
                                 (near.empty() ? "" : ", did you mean " + near + "?"));
 }
@@ -219,6 +210,11 @@ const std::vector<Field>* fieldsOf(const std::string& method)
         return &operation->arguments;
     const Event* const event = findEvent(method);
     return event == nullptr ? nullptr : &event->arguments;
+}
+
+bool hasPayload(const std::vector<Field>* fields)
+{
+    return fields != nullptr && !fields->empty() && fields->back().kind == Kind::payload;
 }
 
 const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& tag)

@@ -101,6 +101,9 @@ const Event* findCallback(const std::string& callback);
 /// Those of the request or the event with this method; null when there is none.
 const std::vector<Field>* fieldsOf(const std::string& method);
 
+/// Whether a payload follows the last tag.
+bool hasPayload(const std::vector<Field>* fields);
+
 /// Null when there is none, and where there are no fields.
 const Field* fieldWithTag(const std::vector<Field>* fields, const std::string& tag);
 

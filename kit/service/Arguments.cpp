@@ -3,8 +3,7 @@
 #include "kit/language/Durations.h"
 #include "kit/language/Switches.h"
 #include "kit/language/Wording.h"
-
-#include <algorithm>
+#include "kit/protocol/Columns.h"
 
 namespace kit::service
 {
@@ -16,11 +15,6 @@ namespace
 
 constexpr int longestCount = 1000000;
 constexpr std::size_t longestNumber = 64;
-
-bool contains(const std::vector<std::string>& names, const std::string& name)
-{
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 }  // namespace
 
@@ -129,8 +123,7 @@ int Arguments::onlyCall() const
 {
     int only = 0;
     for (const auto& [id, call] : world_.simulation->calls.all())
-        if (states_.empty() ||
-            std::find(states_.begin(), states_.end(), call.state) != states_.end())
+        if (states_.empty() || contains(states_, call.state))
         {
             if (only != 0)
                 refuse("several calls are possible, " + std::to_string(only) + " and " +
@@ -163,8 +156,7 @@ void Arguments::check(const UsageSlot& slot, const Word& word)
         const Call* const call = isNumber ? world_.simulation->calls.find(number) : nullptr;
         if (call == nullptr)
             refuse("no call " + quoted(text));
-        if (!states_.empty() &&
-            std::find(states_.begin(), states_.end(), call->state) == states_.end())
+        if (!states_.empty() && !contains(states_, call->state))
             refuse("call " + text + " is " + nameOf(Meaning::callState, call->state));
         value = std::to_string(number);
     }

@@ -2,9 +2,7 @@
 
 #include "kit/language/Wording.h"
 
-#include <algorithm>
 #include <map>
-#include <utility>
 
 namespace kit::service
 {

@@ -2,11 +2,10 @@
 
 #include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
+#include "kit/protocol/Columns.h"
 #include "kit/service/Requests.h"
 #include "kit/service/Usage.h"
 #include "kit/service/Views.h"
-
-#include <algorithm>
 
 namespace kit::service
 {
@@ -339,9 +338,7 @@ ControlAnswer carryOut(World& world, const std::string& text)
         const Command* const command = findCommand(words, first.text);
         if (command == nullptr)
         {
-            std::vector<std::string> names;
-            for (const Command& any : commands())
-                names.push_back(any.name);
+            const std::vector<std::string> names = columnOf(commands(), &Command::name);
             throw Mistake("unknown command " + quoted(first.text) +
                           didYouMean(first.text, names, ", one of " + listed(names)));
         }

@@ -2,8 +2,6 @@
 
 #include "kit/language/Wording.h"
 
-#include <algorithm>
-#include <map>
 #include <utility>
 
 namespace kit::service

@@ -1,5 +1,6 @@
 #include "kit/service/Lines.h"
 
+#include "kit/protocol/Columns.h"
 #include "kit/service/Simulation.h"
 
 namespace kit::service
@@ -35,10 +36,7 @@ Line* Lines::find(const std::string& name)
 
 std::vector<std::string> Lines::names() const
 {
-    std::vector<std::string> names;
-    for (const Line& line : lines_)
-        names.push_back(line.name);
-    return names;
+    return columnOf(lines_, &Line::name);
 }
 
 void Lines::add(const std::string& name)

@@ -2,12 +2,12 @@
 
 #include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
+#include "kit/protocol/Columns.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/service/EmbeddedConnection.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
@@ -333,7 +333,7 @@ std::string Replay::lines() const
         const Message message = parse(step.record.text);
         for (const char* const tag : {"Line", "LineID"})
             if (const std::string* const line = message.find(tag))
-                if (!line->empty() && std::find(found.begin(), found.end(), *line) == found.end())
+                if (!line->empty() && !contains(found, *line))
                     found.push_back(*line);
     }
     std::string text;

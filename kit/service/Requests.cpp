@@ -1,6 +1,7 @@
 #include "kit/service/Requests.h"
 
 #include "kit/language/Wording.h"
+#include "kit/protocol/Columns.h"
 #include "kit/service/Handlers.h"
 
 #include <algorithm>
@@ -32,7 +33,7 @@ bool checkValue(Outbox& outbox, const Operation& operation, const Field& field,
                         operation.method + ", " + possible);
         return false;
     };
-    const std::vector<NumberName>& names = namesOf(field.names);
+    const std::vector<std::string> names = columnOf(namesOf(field.names), &NumberName::name);
     int number = 0;
     switch (field.kind)
     {
@@ -45,18 +46,14 @@ bool checkValue(Outbox& outbox, const Operation& operation, const Field& field,
     case Kind::cancelType:
     case Kind::forwarding:
         return (numberOf(Meaning::none, value, number) &&
-                std::any_of(names.begin(), names.end(),
-                            [&](const NumberName& name) { return name.number == number; })) ||
+                contains(names, nameOf(field.names, number))) ||
                wrong("one of " + choices(field.names) + " is possible");
     case Kind::flag:
         return value == "1" || value == "0" || wrong("1 or 0 is needed");
     case Kind::word:
         return value == "TRUE" || value == "FALSE" || wrong("TRUE or FALSE is needed");
     case Kind::state:
-        return std::any_of(names.begin(), names.end(),
-                           [&](const NumberName& name) { return value == name.name; }) ||
-               wrong("one of sfiServiceInService, sfiServiceOutOfService, "
-                     "sfiServiceDoNotDisturb is needed");
+        return contains(names, value) || wrong("one of " + listed(names) + " is needed");
     default:
         return true;
     }
@@ -66,21 +63,16 @@ bool checkValue(Outbox& outbox, const Operation& operation, const Field& field,
 bool checkFields(Outbox& outbox, const Operation& operation, const Message& message)
 {
     std::vector<std::string> known;
-    bool payload = false;
     for (const Field& field : operation.arguments)
-    {
-        if (field.kind == Kind::payload)
-            payload = true;
         if (*field.tag != '\0')
             known.push_back(field.tag);
-    }
     std::set<std::string> seen;
     std::size_t wrong = 0;
     for (const Message::Element& element : message.elements)
     {
         if (element.tag == "Method")
             continue;
-        const bool unknown = std::find(known.begin(), known.end(), element.tag) == known.end();
+        const bool unknown = !contains(known, element.tag);
         if (!unknown && seen.insert(element.tag).second)
             continue;
         if (++wrong <= mostComplaints)
@@ -106,7 +98,7 @@ bool checkFields(Outbox& outbox, const Operation& operation, const Message& mess
         else if (!checkValue(outbox, operation, field, *value))
             right = false;
     }
-    if (!payload && !message.payload.empty())
+    if (!hasPayload(&operation.arguments) && !message.payload.empty())
     {
         outbox.complain("unexpected text " + quoted(message.payload) + " behind the fields of " +
                         operation.method);
@@ -122,12 +114,6 @@ const Handler* findHandler(const std::string& method)
             if (handler.method == method)
                 return &handler;
     return nullptr;
-}
-
-bool hasPayload(const std::string& method)
-{
-    const std::vector<Field>* const fields = fieldsOf(method);
-    return fields != nullptr && !fields->empty() && fields->back().kind == Kind::payload;
 }
 
 std::vector<std::string> methods()
@@ -197,7 +183,7 @@ Call& Request::call(const char* tag, int feature, const std::vector<CallState>& 
     if (found == nullptr || found->line != line.name)
         refuseFeature(id, feature, failureNoSuchCall,
                       "no call " + std::to_string(id) + " on line " + line.name);
-    if (std::find(states.begin(), states.end(), found->state) == states.end())
+    if (!contains(states, found->state))
         refuseFeature(id, feature, failureWrongState,
                       "call " + std::to_string(id) + " is " +
                           nameOf(Meaning::callState, found->state));
@@ -218,10 +204,8 @@ void Request::needFreeLine(int feature, int exceptCall) const
 const std::string& Request::word(const char* tag, Meaning meaning, const char* what) const
 {
     const std::string& given = text(tag);
-    std::vector<std::string> known;
-    for (const NumberName& entry : namesOf(meaning))
-        known.push_back(entry.name);
-    if (std::find(known.begin(), known.end(), given) == known.end())
+    const std::vector<std::string> known = columnOf(namesOf(meaning), &NumberName::name);
+    if (!contains(known, given))
         refuse(std::string("unknown ") + what + " " + quoted(given) + didYouMean(given, known));
     return given;
 }
@@ -252,7 +236,8 @@ std::string answerRequest(Simulation& simulation, const std::string& text)
         return "";
     }
     if (const auto brackets = std::count(text.begin(), text.end(), '<');
-        brackets > mostBrackets && !hasPayload(parse(text.substr(0, longestMethod)).method))
+        brackets > mostBrackets &&
+        !hasPayload(fieldsOf(parse(text.substr(0, longestMethod)).method)))
     {
         simulation.outbox.complain(std::to_string(brackets) + " times \"<\" in a request, " +
                                    std::to_string(mostBrackets) + " are possible");

@@ -3,6 +3,7 @@
 #include "kit/language/Durations.h"
 #include "kit/language/Wording.h"
 #include "kit/language/Words.h"
+#include "kit/protocol/Columns.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -165,9 +166,7 @@ private:
         at_ = begin;
         if (atEnd() || words_[at_].text == ",")
             throw Mistake("nothing stands behind the comma", column());
-        std::vector<std::string> known;
-        for (const Saying& saying : sayings)
-            known.push_back(saying.words);
+        const std::vector<std::string> known = columnOf(sayings, &Saying::words);
         // Up to a time, a target or a comma it is meant as one.
         std::string text = words_[at_].whole();
         for (std::size_t i = at_ + 1; i < words_.size() && words_[i].text != "to" &&
@@ -255,7 +254,7 @@ std::vector<Robot> readRobots(const std::string& path, const std::vector<std::st
             if (statement.empty())
                 continue;
             const Robot robot = RobotLine(statement).read();
-            if (std::find(lines.begin(), lines.end(), robot.number) != lines.end())
+            if (contains(lines, robot.number))
                 throw Mistake(robot.number + " is a line of the phone", statement.restColumn);
             const auto [there, added] = lineOf.emplace(robot.number, line);
             if (!added)

@@ -1,5 +1,6 @@
 #include "kit/service/Usage.h"
 
+#include "kit/protocol/Columns.h"
 #include "kit/protocol/Protocol.h"
 #include "kit/service/Commands.h"
 #include "kit/service/Views.h"
@@ -113,21 +114,19 @@ const ValueKind* valueKind(const std::string& value)
 
 std::vector<std::string> wordsFor(const std::string& kind)
 {
-    std::vector<std::string> words;
     if (kind == "ON")
-        words = {"on", "off"};
-    else if (kind == "WHAT")
-        for (const service::View& view : service::views())
-            words.push_back(view.name);
-    else if (kind == "METHOD")
+        return {"on", "off"};
+    if (kind == "WHAT")
+        return columnOf(service::views(), &service::View::name);
+    std::vector<std::string> words;
+    if (kind == "METHOD")
+    {
         for (const Operation& operation : operations())
-        {
             if (*operation.method != '\0')
                 words.push_back(operation.method);
-        }
+    }
     else if (const ValueKind* const named = valueKind(kind))
-        for (const NumberName& entry : namesOf(named->meaning))
-            words.push_back(entry.name);
+        words = columnOf(namesOf(named->meaning), &NumberName::name);
     return words;
 }
 

@@ -1,6 +1,7 @@
 #include "kit/testing/Names.h"
 
 #include "kit/language/Wording.h"
+#include "kit/protocol/Columns.h"
 
 #include <stdexcept>
 #include <vector>
@@ -34,10 +35,7 @@ const Event& checkEvent(const std::string& method)
 {
     if (const Event* const event = findEvent(method))
         return *event;
-    std::vector<std::string> names;
-    for (const Event& event : events())
-        names.push_back(event.method);
-    unknown("event", method, names);
+    unknown("event", method, columnOf(events(), &Event::method));
 }
 
 }  // namespace kit

@@ -1,8 +1,8 @@
 #include "kit/trace/Filter.h"
 
+#include "kit/protocol/Columns.h"
 #include "kit/trace/Labels.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace kit
@@ -25,11 +25,6 @@ std::vector<std::string> valuesOf(const Message& message, bool (*what)(const Fie
             if (!value->empty() && *value != "0")
                 values.push_back(*value);
     return values;
-}
-
-bool has(const std::vector<std::string>& values, const std::string& value)
-{
-    return std::find(values.begin(), values.end(), value) != values.end();
 }
 
 bool hasWord(const std::string& text, const std::string& word)
@@ -69,7 +64,7 @@ bool TraceFilter::isWanted(const TraceRecord& record)
     const std::vector<std::string> lines = valuesOf(message, isLine);
     if (record.kind == RecordKind::request && record.number != 0 && !wanted_.call.empty() &&
         !callSeen_ && valuesOf(message, isCall).empty() &&
-        (wanted_.line.empty() || has(lines, wanted_.line)))
+        (wanted_.line.empty() || contains(lines, wanted_.line)))
     {
         undecided_.insert(record.number);
         return false;
@@ -94,8 +89,8 @@ bool TraceFilter::fitsLineAndCall(const Message& message)
             lines.push_back(lines_[call]);
         else
             lines_[call] = lines.front();
-    return (wanted_.line.empty() || has(lines, wanted_.line)) &&
-           (wanted_.call.empty() || has(calls, wanted_.call));
+    return (wanted_.line.empty() || contains(lines, wanted_.line)) &&
+           (wanted_.call.empty() || contains(calls, wanted_.call));
 }
 
 void TraceFilter::decide(int request, bool wanted)

@@ -1,6 +1,7 @@
 #include "kit/trace/Labels.h"
 
 #include "kit/language/Wording.h"
+#include "kit/protocol/Columns.h"
 
 #include <algorithm>
 #include <cctype>
@@ -141,8 +142,7 @@ std::string callLabel(const Operation& operation, const Values& values,
     for (const Field& argument : operation.arguments)
     {
         const std::string* const value = valueFor(argument, values);
-        const bool null = std::find(nulls.begin(), nulls.end(), argument.argument) != nulls.end();
-        if (null)
+        if (contains(nulls, argument.argument))
             text += std::string(" ") + argument.argument + "=null";
         else if (value != nullptr && !(*value == "0" && isUsuallyZero(argument)))
             text += named(argument, *value);

@@ -4,7 +4,6 @@
 #include "kit/trace/Labels.h"
 #include "kit/trace/Ladder.h"
 
-#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <ostream>
