@@ -139,6 +139,7 @@ if(TARGET CommunicationsServiceKit)
     FILES_MATCHING
     PATTERN "*.h"
     PATTERN "Mock*.cpp"
+    PATTERN "Columns.h" EXCLUDE
     PATTERN "Frame.h" EXCLUDE
     PATTERN "FrameStream.h" EXCLUDE
     PATTERN "page" EXCLUDE)
