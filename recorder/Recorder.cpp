@@ -28,6 +28,11 @@ constexpr std::size_t piece = 64U << 10;      // that is written at once
 constexpr std::chrono::milliseconds period(250);
 constexpr const char* noRoom = "more at once than there is room for";
 
+/// How often this process is the child of a fork(): what its parent recorded with is not its own.
+/// It lacks the thread, and the lock may be held for ever.
+std::atomic<unsigned int> forks{0};
+[[maybe_unused]] const int counting = pthread_atfork(nullptr, nullptr, [] { ++forks; });
+
 template <typename Clock>
 std::int64_t microseconds()
 {
@@ -109,6 +114,7 @@ struct Recorder::Entry
 Recorder::Recorder(const Settings& settings)
     : settings_(settings),
       process_(::getpid()),
+      forks_(forks),
       wallStart_(microseconds<std::chrono::system_clock>()),
       steadyStart_(microseconds<std::chrono::steady_clock>()),
       file_(settings_.file, settings_.size),
@@ -124,6 +130,11 @@ Recorder::Recorder(const Settings& settings)
 Recorder::~Recorder()
 {
     stop();
+}
+
+bool Recorder::isForked() const
+{
+    return forks_ != forks.load(std::memory_order_relaxed);
 }
 
 std::int64_t Recorder::now() const
@@ -158,6 +169,8 @@ void Recorder::exception(std::uint32_t number, const void* subscriber) noexcept
 
 void Recorder::know(const void* subscriber, std::string_view channel) noexcept
 {
+    if (isForked())
+        return;
     const std::lock_guard<std::mutex> lock(mutex_);
     const std::size_t places = std::size(subscribers_);
     std::size_t place = 0;
@@ -174,6 +187,8 @@ void Recorder::know(const void* subscriber, std::string_view channel) noexcept
 void Recorder::take(Kind kind, Sending sending, std::uint32_t number, std::string_view text,
                     std::string_view channel, const void* subscriber) noexcept
 {
+    if (isForked())
+        return;
     bool wake = false;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -234,8 +249,7 @@ void Recorder::tellTrouble() noexcept
 
 void Recorder::stop() noexcept
 {
-    // A process made by fork() has this object and not its thread; the lock may be held for ever.
-    if (process_ != ::getpid())
+    if (isForked())
     {
         if (writer_.joinable())
             writer_.detach();

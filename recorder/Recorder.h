@@ -65,6 +65,7 @@ private:
               std::string_view channel, const void* subscriber) noexcept;
     void put(const void* bytes, std::size_t size);
     void tellTrouble() noexcept;
+    bool isForked() const;
 
     // The writer's, on its thread alone.
     void run() noexcept;
@@ -78,6 +79,7 @@ private:
 
     const Settings settings_;
     const long process_;
+    const unsigned int forks_;
     const std::int64_t wallStart_;    ///< microseconds since 1970
     const std::int64_t steadyStart_;  ///< microseconds of the steady clock
     TraceFile file_;

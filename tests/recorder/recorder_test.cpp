@@ -398,6 +398,36 @@ TEST(Recorder, WritesWhateverBecomesOfTheProcess)
     }
 }
 
+TEST(Recorder, DoesNotHoldUpAForkedProcess)
+{
+    const Folder folder;
+    Phone phone(folder / "t");
+    std::atomic<bool> stop{false};
+    std::thread other(
+        [&]
+        {
+            for (const std::string text(5000, 'x'); !stop;)
+                phone.recorder->request(Sending::request, text);
+        });
+    for (int i = 0; i < 100 && !HasFailure(); ++i)
+    {
+        const pid_t child = fork();
+        if (child == 0)
+        {
+            alarm(10);
+            phone.recorder->know(&phone, "channel");
+            phone.recorder->event(&phone, "x");
+            phone.recorder->stop();
+            std::_Exit(0);
+        }
+        int status = 1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    stop = true;
+    other.join();
+}
+
 const struct
 {
     const char* setting;
