@@ -2,6 +2,7 @@
 
 #include "kit/language/Words.h"
 #include "kit/trace/Comparison.h"
+#include "tests/kit/phone/Records.h"
 #include "tests/kit/phone/Transcript.h"
 
 #include <gtest/gtest.h>
@@ -12,21 +13,13 @@ namespace kit
 namespace
 {
 
+using test::record;
 using Records = std::vector<TraceRecord>;
-
-TraceRecord make(TraceRecord::Kind kind, const std::string& text, int number = 0)
-{
-    TraceRecord record;
-    record.kind = kind;
-    record.number = number;
-    record.text = text;
-    return record;
-}
 
 TraceRecord state(const std::string& uri)
 {
-    return make(TraceRecord::Kind::event,
-                "<Method>CallStateChangeEvent</Method><CallID>0</CallID><URI>" + uri + "</URI>");
+    return record(TraceRecord::Kind::event,
+                  "<Method>CallStateChangeEvent</Method><CallID>0</CallID><URI>" + uri + "</URI>");
 }
 
 /// A record as the transcript writes it.
@@ -37,27 +30,28 @@ TraceRecord recordOf(const std::vector<Word>& words)
     const std::string kind = word(0, "");
     const std::string first = word(1, "");
     if (kind == "held")
-        return make(TraceRecord::Kind::event, "<Method>CallHeldEvent</Method><LineID>1001</LineID>"
-                                              "<CallID>" +
-                                                  first + "</CallID>");
+        return record(TraceRecord::Kind::event,
+                      "<Method>CallHeldEvent</Method><LineID>1001</LineID>"
+                      "<CallID>" +
+                          first + "</CallID>");
     if (kind == "state")
         return state(first);
     if (kind == "event")
-        return make(TraceRecord::Kind::event, words.at(1).text);
+        return record(TraceRecord::Kind::event, words.at(1).text);
     if (kind == "control")
-        return make(TraceRecord::Kind::control, first);
+        return record(TraceRecord::Kind::control, first);
     const int number = std::stoi(first);
     if (kind == "hold")
-        return make(TraceRecord::Kind::request,
-                    "<Method>HoldCall</Method><Line>1001</Line><CallID>" + word(2, "") +
-                        "</CallID><HoldCallReason>" + word(3, "1") + "</HoldCallReason>",
-                    number);
+        return record(TraceRecord::Kind::request,
+                      "<Method>HoldCall</Method><Line>1001</Line><CallID>" + word(2, "") +
+                          "</CallID><HoldCallReason>" + word(3, "1") + "</HoldCallReason>",
+                      number);
     if (kind == "activate")
-        return make(TraceRecord::Kind::request, "<Method>Activate</Method>", number);
+        return record(TraceRecord::Kind::request, "<Method>Activate</Method>", number);
     if (kind == "exception")
-        return make(TraceRecord::Kind::exception, word(2, ""), number);
+        return record(TraceRecord::Kind::exception, word(2, ""), number);
     EXPECT_TRUE(kind == "answer" || kind == "late") << kind;
-    TraceRecord answer = make(TraceRecord::Kind::answer, word(2, "sfiSuccess"), number);
+    TraceRecord answer = record(TraceRecord::Kind::answer, word(2, "sfiSuccess"), number);
     if (kind == "late")
         answer.delivery = Delivery::timedOut;
     return answer;
@@ -91,7 +85,7 @@ TEST(TraceComparison, TellsWhatItsTranscriptSays)
 
 TEST(TraceComparison, TimesAndChannelsDoNotCount)
 {
-    const Records one = {make(TraceRecord::Kind::request, "<Method>Activate</Method>", 1),
+    const Records one = {record(TraceRecord::Kind::request, "<Method>Activate</Method>", 1),
                          state("sip:2001")};
     Records other = one;
     for (TraceRecord& record : other)

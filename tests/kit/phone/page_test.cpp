@@ -1,6 +1,7 @@
 // What a page of a trace holds; what a browser makes of it is tested in tests/page/.
 
 #include "kit/trace/Page.h"
+#include "tests/kit/phone/Records.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -29,15 +30,7 @@ nlohmann::json traceIn(const std::string& page)
     return nlohmann::json::parse(page.substr(begin, page.find("</script", begin) - begin));
 }
 
-TraceRecord record(TraceRecord::Kind kind, const std::string& text, int number = 0)
-{
-    TraceRecord record;
-    record.kind = kind;
-    record.text = text;
-    record.number = number;
-    return record;
-}
-
+using test::record;
 constexpr auto request = TraceRecord::Kind::request;
 constexpr auto answer = TraceRecord::Kind::answer;
 constexpr auto event = TraceRecord::Kind::event;

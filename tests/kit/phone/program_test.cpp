@@ -4,8 +4,8 @@
 #include "kit/trace/Trace.h"
 #include "tests/kit/phone/Transcript.h"
 #include "tests/support/Folder.h"
+#include "tests/support/Program.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -15,7 +15,6 @@
 #include <memory>
 #include <set>
 #include <sstream>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -59,35 +58,6 @@ public:
     }
 };
 
-/// The program, which runs until it is interrupted and prints into "out".
-class Running
-{
-public:
-    Running(const PhoneFolder& folder, std::vector<const char*> arguments) : child_(fork())
-    {
-        if (child_ != 0)
-            return;
-        if (std::freopen(folder.file("out").c_str(), "w", stdout) == nullptr)
-            _exit(1);
-        arguments.insert(arguments.begin(), PHONE_PROGRAM);
-        arguments.push_back(nullptr);
-        execv(PHONE_PROGRAM, const_cast<char* const*>(arguments.data()));
-        _exit(1);
-    }
-
-    /// Its exit status.
-    int interrupt() const
-    {
-        kill(child_, SIGINT);
-        int status = 0;
-        waitpid(child_, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-private:
-    pid_t child_;
-};
-
 TEST(PhoneProgram, DoesWhatItsTranscriptSays)
 {
     test::replay("program",
@@ -111,10 +81,10 @@ TEST(PhoneProgram, IsInterruptedInAScriptWithItsOwnExitStatus)
     const PhoneFolder folder;
     const std::string script = folder.file("script");
     std::ofstream(script) << "say begun\nwait 1min\nsay not reached\n";
-    const Running phone(folder, {"--real-time", "--script", script.c_str()});
-    EXPECT_TRUE(folder.comes("out", "begun"));
-    EXPECT_EQ(phone.interrupt(), 130);
-    EXPECT_EQ(folder.read("out"), "begun\n");
+    Program phone(PHONE_PROGRAM, {"--real-time", "--script", script});
+    EXPECT_TRUE(phone.says("begun"));
+    EXPECT_EQ(phone.endedBy(SIGINT), 130);
+    EXPECT_EQ(phone.said(), "begun\n");
 }
 
 TEST(PhoneProgram, SaysWhenAServiceHangsOrDies)
@@ -167,18 +137,18 @@ TEST(PhoneProgram, WatchesATraceAsItGrows)
     const auto append = [&](const std::string& text)
     { std::ofstream(trace, std::ios::app) << text << std::flush; };
     append(event("1") + "\n" + event("9").substr(0, 40));
-    const Running phone(folder, {"--ladder-from", trace.c_str(), "--watch"});
-    EXPECT_TRUE(folder.comes("out", "CallID=1-"));
+    Program phone(PHONE_PROGRAM, {"--ladder-from", trace, "--watch"});
+    EXPECT_TRUE(phone.says("CallID=1-"));
     append(event("9").substr(40) + "\n");
-    EXPECT_TRUE(folder.comes("out", "CallID=9-")) << "half a line was there before";
+    EXPECT_TRUE(phone.says("CallID=9-")) << "half a line was there before";
     append(R"({"time":1,"kind":"request","number":1,"sending":"request","text":"unanswered"})"
            "\n");
-    EXPECT_TRUE(folder.comes("out", "--unanswered--"));
+    EXPECT_TRUE(phone.says("--unanswered--"));
     // A new file in the place of the old one.
     std::rename(trace.c_str(), folder.file("trace.old").c_str());
     append(event("3") + "\n");
-    EXPECT_TRUE(folder.comes("out", "CallID=3-"));
-    EXPECT_EQ(phone.interrupt(), 0);
+    EXPECT_TRUE(phone.says("CallID=3-"));
+    EXPECT_EQ(phone.endedBy(SIGINT), 0);
 }
 
 /// Every row of the protocol's tables has to be in the trace, and each answered request once with

@@ -1,7 +1,9 @@
 // What is drawn and written down: traces, call flows; and what expectations say.
 
 #include "tests/kit/Complaint.h"
+#include "tests/kit/phone/Records.h"
 #include "tests/kit/phone/Transcript.h"
+#include "tests/support/Folder.h"
 
 #include "kit/language/Wording.h"
 #include "kit/phone/Expectation.h"
@@ -22,41 +24,12 @@ namespace kit::phone
 namespace
 {
 
+using test::record;
 using RecordKind = TraceRecord::Kind;
-
-TraceRecord record(RecordKind kind, const std::string& text, int number = 0)
-{
-    TraceRecord record;
-    record.kind = kind;
-    record.number = number;
-    record.text = text;
-    if (kind == RecordKind::event)
-        record.channel = "subscriber-1";
-    return record;
-}
-
-TraceRecord request(int number, const std::string& text, Sending sending = Sending::request)
-{
-    TraceRecord made = record(RecordKind::request, text, number);
-    made.sending = sending;
-    return made;
-}
-
-TraceRecord answer(int number, const std::string& text, Delivery delivery = Delivery::done)
-{
-    TraceRecord made = record(RecordKind::answer, text, number);
-    made.delivery = delivery;
-    return made;
-}
 
 TraceRecord event(const std::string& text)
 {
     return record(RecordKind::event, text);
-}
-
-TraceRecord control(const std::string& text)
-{
-    return record(RecordKind::control, text);
 }
 
 /// What is drawn of a trace, record by record.
@@ -237,15 +210,18 @@ TEST(Ladder, NoLineIsWiderThanTold)
 {
     const std::string name = "\xe5\xbc\xa0\xe4\xbc\x9f";
     std::vector<TraceRecord> records = {
-        request(1, "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line><CallID>0</CallID>"
-                   "<Destination>2001</Destination>"),
-        answer(1, "sfiSuccess"), request(2, "<Method>GetDevices</Method>")};
+        record(RecordKind::request,
+               "<Method>OutgoingCallMakeRequest</Method><Line>1001</Line><CallID>0</CallID>"
+               "<Destination>2001</Destination>",
+               1),
+        record(RecordKind::answer, "sfiSuccess", 1),
+        record(RecordKind::request, "<Method>GetDevices</Method>", 2)};
     for (int call = 20; call < 29; ++call)
         records.push_back(event("<Method>IncomingCallEvent</Method><LineID>1001</LineID>" +
                                 element("CallID", std::to_string(call)) +
                                 element("URI", "sip:" + name + std::to_string(call) + "@host") +
                                 element("Name", name + " and very much more than fits")));
-    records.push_back(control("x" + std::string(200, 'y')));
+    records.push_back(record(RecordKind::control, "x" + std::string(200, 'y')));
     for (const std::size_t width : {40U, 60U, 80U, 81U, 132U})
     {
         std::istringstream lines(textLadder(stepsOf(records), width));
@@ -293,61 +269,32 @@ application                                             service
 
 TEST(Trace, ComesBackAsItWasWritten)
 {
-    TraceRecord full = request(7, "<Method>Subscribe</Method>", Sending::subscribe);
-    full.channel = "subscriber-1";
-    full.thread = 3;
-    full.time = std::chrono::microseconds(1234567);
-    TraceRecord dropped = record(RecordKind::dropped, "");
-    dropped.count = 5000000000;
-    const struct
-    {
-        TraceRecord record;
-        const char* members;  ///< behind the time
-    } rows[] = {
-        {full,
-         R"("kind":"request","thread":3,"number":7,"sending":"subscribe",)"
-         R"("channel":"subscriber-1","method":"Subscribe","text":"<Method>Subscribe</Method>"})"},
-        {request(8, "x", Sending::timed),
-         R"("kind":"request","number":8,"sending":"timed","text":"x"})"},
-        {request(9, std::string("SigEvent:\0\xff\x01", 12), Sending::oneWay),
-         R"("kind":"request","number":9,"sending":"oneWay","textHex":"5369674576656e743a00ff01"})"},
-        {answer(7, "sfi \"x\"\n\\"),
-         R"("kind":"answer","number":7,"sending":"request","delivery":"done","text":"sfi \"x\"\n\\"})"},
-        {answer(8, "", Delivery::timedOut),
-         R"("kind":"answer","number":8,"sending":"request","delivery":"timedOut","text":""})"},
-        {answer(8, "", Delivery::gone),
-         R"("kind":"answer","number":8,"sending":"request","delivery":"gone","text":""})"},
-        {event("gr\xc3\xbc\xc3\x9f"),
-         "\"kind\":\"event\",\"channel\":\"subscriber-1\",\"text\":\"gr\xc3\xbc\xc3\x9f\"}"},
-        {control("call 1001 from 2001"), R"("kind":"control","text":"call 1001 from 2001"})"},
-        {record(RecordKind::exception, "std::bad_alloc", 9),
-         R"("kind":"exception","number":9,"text":"std::bad_alloc"})"},
-        {dropped, R"("kind":"dropped","count":5000000000})"},
-    };
-    TraceHead head;
-    head.format = traceFormat;
-    head.start = std::chrono::system_clock::time_point(std::chrono::microseconds(1772357400000012));
-    head.program = "test";
-    std::stringstream file;
-    file << toJson(head) << "\n";
-    for (const auto& row : rows)
-    {
-        const std::string line = toJson(row.record);
-        EXPECT_EQ(line, (row.record.thread == 3 ? R"({"time":1.234567,)" : R"({"time":0.0,)") +
-                            std::string(row.members));
-        file << line << "\n\n";
-    }
+    const std::string path = PHONE_TRANSCRIPTS "/records";
+    std::ifstream file(path);
     const Trace trace = readTrace(file, "t");
     EXPECT_EQ(trace.complaint, "");
-    EXPECT_EQ(toJson(trace.head),
-              R"({"trace":2,"start":"2026-03-01T09:30:00.000012Z","program":"test"})");
-    EXPECT_EQ(toJson(head), toJson(trace.head));
-    ASSERT_EQ(trace.records.size(), std::size(rows));
-    for (std::size_t i = 0; i < std::size(rows); ++i)
-    {
-        EXPECT_EQ(toJson(trace.records[i]), toJson(rows[i].record));
-        EXPECT_EQ(trace.records[i].text, rows[i].record.text);
-    }
+    std::vector<std::string> written = {toJson(trace.head)};
+    for (const TraceRecord& record : trace.records)
+        written.push_back(toJson(record));
+    EXPECT_EQ(written, linesOf(path));
+
+    using std::chrono::microseconds;
+    ASSERT_EQ(trace.records.size(), 10U);
+    EXPECT_EQ(trace.head.start->time_since_epoch(), microseconds(1772357400000012));
+    const TraceRecord& first = trace.records[0];
+    EXPECT_EQ(
+        std::tie(first.time, first.kind, first.thread, first.number, first.sending),
+        std::make_tuple(microseconds(1234567), RecordKind::request, 3, 7, Sending::subscribe));
+    EXPECT_EQ(first.channel + " " + first.text, "subscriber-1 <Method>Subscribe</Method>");
+    EXPECT_EQ(trace.records[1].sending, Sending::timed);
+    EXPECT_EQ(trace.records[2].sending, Sending::oneWay);
+    EXPECT_EQ(trace.records[2].text, std::string("SigEvent:\0\xff\x01", 12));
+    EXPECT_EQ(trace.records[3].delivery, Delivery::done);
+    EXPECT_EQ(trace.records[3].text, "sfi \"x\"\n\\");
+    EXPECT_EQ(trace.records[4].delivery, Delivery::timedOut);
+    EXPECT_EQ(trace.records[5].delivery, Delivery::gone);
+    EXPECT_EQ(trace.records[6].text, "gr\xc3\xbc\xc3\x9f");
+    EXPECT_EQ(trace.records[9].count, 5000000000U);
 }
 
 TEST(Trace, OfTheFirstFormatIsRead)

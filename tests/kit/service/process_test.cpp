@@ -6,14 +6,13 @@
 #include "kit/testing/ServiceProcess.h"
 #include "tests/kit/service/Asking.h"
 #include "tests/support/Folder.h"
+#include "tests/support/Program.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
@@ -22,7 +21,6 @@
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -42,90 +40,6 @@ using kit::test::control;
 const std::string doNotDisturb = "<Method>SetDoNotDisturb</Method><Line>1001</Line>"
                                  "<doNotDisturbOn>1</doNotDisturbOn>";
 
-/// The program, with both outputs in one; killed at the end unless it has ended.
-class Program
-{
-public:
-    explicit Program(std::vector<std::string> options,
-                     const std::function<void()>& prepare = nullptr)
-    {
-        int ends[2];
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        output_ = ends[0];
-        options.insert(options.begin(), SERVICE_PROGRAM);
-        std::vector<char*> arguments;
-        for (std::string& option : options)
-            arguments.push_back(option.data());
-        arguments.push_back(nullptr);
-        pid_ = fork();
-        if (pid_ == 0)
-        {
-            dup2(ends[1], STDOUT_FILENO);
-            dup2(ends[1], STDERR_FILENO);
-            if (prepare)
-                prepare();
-            execv(SERVICE_PROGRAM, arguments.data());
-            _exit(127);
-        }
-        close(ends[1]);
-    }
-
-    ~Program()
-    {
-        if (pid_ > 0)
-        {
-            ::kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-        close(output_);
-    }
-
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    /// True once it says that it is ready; false when it ends or says something else.
-    bool ready()
-    {
-        while (said_.find('\n') == std::string::npos && readMore())
-            continue;
-        return said_.rfind("ready ", 0) == 0;
-    }
-
-    /// Waits for its end; the exit status, 128 and more for a signal.
-    int status()
-    {
-        while (readMore())
-            continue;
-        int status = 0;
-        EXPECT_EQ(waitpid(pid_, &status, 0), pid_);
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-
-    int endedBy(int signal)
-    {
-        ::kill(pid_, signal);
-        return status();
-    }
-
-    const std::string& said() const { return said_; }
-    pid_t pid() const { return pid_; }
-
-private:
-    bool readMore()
-    {
-        char bytes[4096];
-        const ssize_t size = read(output_, bytes, sizeof bytes);
-        if (size > 0)
-            said_.append(bytes, static_cast<std::size_t>(size));
-        return size > 0;
-    }
-
-    pid_t pid_ = -1;
-    int output_ = -1;
-    std::string said_;
-};
-
 bool exists(const std::string& path)
 {
     struct stat entry = {};
@@ -140,14 +54,20 @@ void leaveStale(const std::string& path)
     close(stale);
 }
 
+/// True once it says that it is ready; false when it ends or says something else.
+bool isReady(Program& program)
+{
+    return program.says("\n") && program.said().rfind("ready ", 0) == 0;
+}
+
 /// A program that listens.
 struct Listening : Program
 {
     explicit Listening(const std::string& path, std::vector<std::string> options = {},
                        const std::function<void()>& prepare = nullptr)
-        : Program(at(path, std::move(options)), prepare)
+        : Program(SERVICE_PROGRAM, at(path, std::move(options)), prepare)
     {
-        if (!ready())
+        if (!isReady(*this))
             throw std::runtime_error(said());
     }
 
@@ -211,7 +131,7 @@ TEST_F(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
     for (const auto& row : rows)
     {
         std::istringstream words(row.options);
-        Program program({std::istream_iterator<std::string>(words), {}});
+        Program program(SERVICE_PROGRAM, {std::istream_iterator<std::string>(words), {}});
         EXPECT_EQ(program.status(), row.status) << row.said;
         EXPECT_EQ(program.said().rfind("communications-service-sim: " + row.said, 0), 0U)
             << row.said << "\n"
@@ -219,8 +139,8 @@ TEST_F(ServiceProgram, WrongOptionsGetOneLineAndAStatus)
         EXPECT_EQ(program.said().find('\n'), program.said().size() - 1) << program.said();
         EXPECT_FALSE(exists(path));
     }
-    EXPECT_EQ(Program({"--version"}).status(), 0);
-    EXPECT_EQ(Program({"--help"}).status(), 0);
+    EXPECT_EQ(Program(SERVICE_PROGRAM, {"--version"}).status(), 0);
+    EXPECT_EQ(Program(SERVICE_PROGRAM, {"--help"}).status(), 0);
 }
 
 TEST_F(ServiceProgram, ReplacesWhatADeadOneLeftAndCleansUpItself)
@@ -255,10 +175,10 @@ TEST_F(ServiceProgram, OneOfTwoThatComeAtOnceListens)
         setenv("LD_PRELOAD", SLOW_LISTEN, 1);
         setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
     };
-    Program first({"--socket", path}, slow);
+    Program first(SERVICE_PROGRAM, {"--socket", path}, slow);
     for (auto now = stale; now == stale || now.first == 0; now = made())
         std::this_thread::sleep_for(1ms);
-    Program second({"--socket", path}, slow);
+    Program second(SERVICE_PROGRAM, {"--socket", path}, slow);
     int early = -1;
     for (int i = 0; early < 0 && i < 10000; ++i, std::this_thread::sleep_for(1ms))
         early = connectTo(path);
@@ -266,8 +186,8 @@ TEST_F(ServiceProgram, OneOfTwoThatComeAtOnceListens)
     EXPECT_EQ(stat(path.c_str(), &entry), 0);
     EXPECT_EQ(entry.st_mode & 0777U, 0600U) << "it listens, and others may come in";
     close(early);
-    EXPECT_TRUE(first.ready()) << first.said();
-    ASSERT_FALSE(second.ready());
+    EXPECT_TRUE(isReady(first)) << first.said();
+    ASSERT_FALSE(isReady(second));
     EXPECT_EQ(second.status(), 1);
     EXPECT_EQ(second.said(), "communications-service-sim: cannot listen at " + path +
                                  ": another service listens there\n");
@@ -427,8 +347,8 @@ TEST_F(ServiceProgram, WithoutDescriptorsItSaysSo)
     int started = 0;
     for (rlim_t count = 5; count < 20; ++count)
     {
-        Program program({"--socket", path}, [&] { limit(RLIMIT_NOFILE, count); });
-        if (program.ready())
+        Program program(SERVICE_PROGRAM, {"--socket", path}, [&] { limit(RLIMIT_NOFILE, count); });
+        if (isReady(program))
         {
             ++started;
             EXPECT_EQ(program.endedBy(SIGTERM), 0) << count;
