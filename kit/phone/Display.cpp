@@ -13,7 +13,7 @@ namespace
 {
 
 /// In the order of Display::Style.
-const char* const colours[] = {"", "\033[1m", "\033[32m", "\033[31m", "\033[36m", "\033[2m"};
+const char* const escapes[] = {"", "\033[1m", "\033[32m", "\033[31m", "\033[36m", "\033[2m"};
 
 }  // namespace
 
@@ -37,7 +37,7 @@ void Display::write(std::ostream& stream, const std::string& text, Style style)
     endProgress();
     if (before_)
         before_();
-    const std::string colour = colours_ ? colours[static_cast<int>(style)] : "";
+    const std::string colour = colours_ ? escapes[static_cast<int>(style)] : "";
     stream << colour << text << (colour.empty() ? "" : "\033[0m") << '\n' << std::flush;
     if (after_)
         after_();
