@@ -44,30 +44,30 @@ struct Saying
     Stage then;  ///< any: it stays
     bool timed;
     bool ofCallBacks;  ///< only one of these
-    void (*apply)(Robot& robot, Step step);
+    void (*apply)(Robot& robot, const Step& step);
 };
 
 template <Act act>
-void does(Robot& robot, Step step)
+void does(Robot& robot, const Step& step)
 {
-    step.act = act;
     robot.steps.push_back(step);
+    robot.steps.back().act = act;
 }
 
 template <Reach reach>
-void is(Robot& robot, Step)
+void is(Robot& robot, const Step&)
 {
     robot.reach = reach;
 }
 
 template <CallBackOutcome outcome>
-void whenAwaited(Robot& robot, Step step)
+void whenAwaited(Robot& robot, const Step& step)
 {
     robot.callBack = outcome;
     robot.callBackAfter = step.after;
 }
 
-void callsBack(Robot& robot, Step step)
+void callsBack(Robot& robot, const Step& step)
 {
     robot.steps.back().act = Act::refuseAndCallBack;
     robot.callBackAfter = step.after;

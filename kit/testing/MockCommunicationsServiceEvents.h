@@ -16,7 +16,7 @@ class MockCommunicationsServiceEvents : public Executable, public Communications
 {
 public:
     MockCommunicationsServiceEvents();
-    ~MockCommunicationsServiceEvents();
+    ~MockCommunicationsServiceEvents() override;
 
     MOCK_METHOD(void, init, (Context & context), (override));
     MOCK_METHOD(void, shutdown, (), (override));
