@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Changes the library, or the kit, in one place at a time and demands that the tests fail.
 
-usage: mutate.py [--kit] [--minutes N] [--sample N] [--seed WORD] [--file NAME] [--list] BUILD [SANITIZED]
+usage: mutate.py [--kit] [--minutes N] [--sample N] [--seed WORD] [--file NAME] [--matching PATTERN] [--list]
+                 BUILD [SANITIZED]
 
-BUILD is a configured and built folder with tests and kit, SANITIZED one with AddressSanitizer: what
-survives in the one is tried in the other. Every change that operators.py knows of is made once, in an
+BUILD is a configured and built folder with tests and kit, SANITIZED one with AddressSanitizer, or with
+ThreadSanitizer for the kit's locks: what survives in the one is tried in the other. Every change that operators.py knows of is made once, in an
 order of chance: a run that is stopped early (--minutes, --sample) has seen a fair sample, and the same
 seed gives the same order. A changed file is compiled without optimisation, linked with the tests, and
 these are run. A change that does not compile does not count, nor one that leaves the optimised machine
@@ -234,6 +235,7 @@ def main():
     parser.add_argument("--sample", type=int, help="only so many, chosen at random")
     parser.add_argument("--seed", default="1")
     parser.add_argument("--file", default="", help="only files with this in their names")
+    parser.add_argument("--matching", default="", help="only changes with this pattern, as --list prints them")
     parser.add_argument("--list", action="store_true", help="print the changes and stop")
     parser.add_argument("builds", type=pathlib.Path, nargs="+")
     options = parser.parse_args()
@@ -246,14 +248,15 @@ def main():
              if (path.suffix == ".cpp" or (path.suffix == ".h" and not options.kit))
              and path.name != "WireReference.cpp" and "new-application" not in path.parts
              and options.file in path.name}
-    mutants = [mutant for name, text in texts.items() for mutant in operators.mutants_of(name, text)]
+    mutants = [mutant for name, text in texts.items() for mutant in operators.mutants_of(name, text)
+               if re.search(options.matching, str(mutant))]
     random.Random(options.seed).shuffle(mutants)
     mutants = mutants[:options.sample]
     if options.list:
         print("\n".join(map(str, mutants)))
         return 0
     if options.kit:
-        builds = [Kit(options.builds[0], house, KIT_STEPS, "")]
+        builds = [Kit(folder, house, KIT_STEPS, "") for folder in options.builds]
     else:
         builds = [Library(folder, house, LIBRARY_STEPS, MEMORY if i == 0 else "")
                   for i, folder in enumerate(options.builds)]
@@ -286,7 +289,7 @@ def main():
           f"{counts['listed']} more listed as harmless, {counts['invalid']} did not compile, "
           f"{counts['same']} made no difference to the machine code, {counts['late']} not tried; "
           f"{time.monotonic() - start:.0f} s")
-    whole = counts["late"] == 0 and options.sample is None and not options.kit
+    whole = counts["late"] == 0 and options.sample is None and not options.matching and not options.kit
     # A sample may fall short by chance, but not by more than three standard errors.
     wanted = WANTED[house]
     if not whole and judged_ones:

@@ -198,6 +198,7 @@ def field_mutants(file, text):
 def mutants_of(file, text):
     seen = set()
     for mutant in (*token_mutants(file, text), *field_mutants(file, text)):
-        if str(mutant) not in seen:
-            seen.add(str(mutant))
+        place = mutant.start, mutant.end, mutant.new
+        if place not in seen:
+            seen.add(place)
             yield mutant

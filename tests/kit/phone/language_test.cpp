@@ -7,7 +7,7 @@
 #include "kit/phone/Arguments.h"
 #include "kit/phone/Commands.h"
 #include "kit/phone/Completion.h"
-#include "tests/kit/phone/Transcript.h"
+#include "tests/kit/Transcript.h"
 #include "tests/support/Folder.h"
 
 #include <gtest/gtest.h>

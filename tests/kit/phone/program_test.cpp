@@ -2,7 +2,7 @@
 
 #include "kit/testing/ServiceProcess.h"
 #include "kit/trace/Trace.h"
-#include "tests/kit/phone/Transcript.h"
+#include "tests/kit/Transcript.h"
 #include "tests/support/Folder.h"
 #include "tests/support/Program.h"
 
@@ -25,11 +25,15 @@ namespace kit::phone
 namespace
 {
 
-/// A folder in which `phone` is the program.
+/// A folder in which `phone` and `service` are the programs.
 class PhoneFolder : public Folder
 {
 public:
-    PhoneFolder() { std::filesystem::create_symlink(PHONE_PROGRAM, file("phone")); }
+    PhoneFolder()
+    {
+        std::filesystem::create_symlink(PHONE_PROGRAM, file("phone"));
+        std::filesystem::create_symlink(SERVICE_PROGRAM, file("service"));
+    }
 
     std::string file(const std::string& name) const { return *this / name; }
 

@@ -6,7 +6,7 @@
 #include "kit/service/SimulatedService.h"
 
 #include "tests/kit/Complaint.h"
-#include "tests/kit/phone/Transcript.h"
+#include "tests/kit/Transcript.h"
 #include "tests/support/Folder.h"
 
 #include <fstream>
@@ -127,7 +127,7 @@ TEST_F(Phone, ARecordingPassesWhenItIsRunAgain)
     }
     setInterruptions(0);
     const std::string recorded = contentsOf(file);
-    EXPECT_EQ(recorded, contentsOf(PHONE_TRANSCRIPTS "/recording"));
+    EXPECT_EQ(recorded, contentsOf(TRANSCRIPTS "/recording"));
 
     connect();
     errors_.str("");

@@ -1,8 +1,8 @@
 // What is drawn and written down: traces, call flows; and what expectations say.
 
 #include "tests/kit/Complaint.h"
+#include "tests/kit/Transcript.h"
 #include "tests/kit/phone/Records.h"
-#include "tests/kit/phone/Transcript.h"
 #include "tests/support/Folder.h"
 
 #include "kit/language/Wording.h"
@@ -269,7 +269,7 @@ application                                             service
 
 TEST(Trace, ComesBackAsItWasWritten)
 {
-    const std::string path = PHONE_TRANSCRIPTS "/records";
+    const std::string path = TRANSCRIPTS "/records";
     std::ifstream file(path);
     const Trace trace = readTrace(file, "t");
     EXPECT_EQ(trace.complaint, "");
