@@ -117,16 +117,27 @@ private:
     std::string piece(const Tags& tags)
     {
         const std::string tag = tags.empty() || below(8) == 0 ? "Method" : oneOf(tags);
-        const std::string pieces[] = {"<" + tag + ">",
-                                      "</" + tag + ">",
-                                      "<" + tag,
-                                      tag + ">",
-                                      "/" + tag + ">",
-                                      "<<" + tag + ">",
-                                      "<" + tag.substr(0, 4) + ">",
-                                      element(tag, value()),
-                                      std::string(1, "<>/ -+09"[below(8)])};
-        return oneOf(pieces);
+        switch (below(9))
+        {
+        case 0:
+            return "<" + tag + ">";
+        case 1:
+            return "</" + tag + ">";
+        case 2:
+            return "<" + tag;
+        case 3:
+            return tag + ">";
+        case 4:
+            return "/" + tag + ">";
+        case 5:
+            return "<<" + tag + ">";
+        case 6:
+            return "<" + tag.substr(0, 4) + ">";
+        case 7:
+            return element(tag, value());
+        default:
+            return std::string(1, "<>/ -+09"[below(8)]);
+        }
     }
 
     std::string body(const Tags& tags)

@@ -4,7 +4,6 @@
 #include "application/Callbacks.h"
 
 #include <cstddef>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -28,8 +27,8 @@ public:
 
     void write(const char*) = delete;  // it would be a flag
     void write(const std::string& text) { to_.append("'").append(text).append("'"); }
-    void write(int number) { print("%d", number); }
-    void write(unsigned int number) { print("%uu", number); }
+    void write(int number) { to_ += std::to_string(number); }
+    void write(unsigned int number) { to_.append(std::to_string(number)).append("u"); }
     void write(bool flag) { to_ += flag ? "true" : "false"; }
 
     template <typename Item>
@@ -65,14 +64,6 @@ public:
     }
 
 private:
-    template <typename Number>
-    void print(const char* format, Number number)
-    {
-        char digits[32];
-        std::snprintf(digits, sizeof digits, format, number);
-        to_ += digits;
-    }
-
     std::string& to_;
 };
 
