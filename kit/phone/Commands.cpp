@@ -143,7 +143,7 @@ Report lamps(Session& session)
 Action lastEvents(const Statement& statement, Variables&)
 {
     int count = 10;
-    if (!statement.rest.empty())
+    if (!wordsOf(statement).empty())
     {
         const Word word = onlyWord(statement, "a number of events");
         if (!numberOf(Meaning::none, word.text, count) || count < 1)

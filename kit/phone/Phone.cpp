@@ -148,11 +148,14 @@ Report Phone::check(const std::vector<Word>& words) const
     {
         const auto found = std::find_if(
             came.begin(), came.end(), [&](const auto& value) { return value.first == word.name; });
-        if (word.name.empty() || found == came.end())
+        if (word.name.empty())
+            throw Mistake("check takes result=VALUE or field=value, not " + shown(word.text, 40),
+                          word.column);
+        if (found == came.end())
         {
             const auto names = columnOf(came, &Values::value_type::first);
             throw Mistake(std::string(lastOperation_->name) + " returns " + listed(names) +
-                              ", not " + shown(word.name.empty() ? word.text : word.name, 40),
+                              ", not " + shown(word.name, 40),
                           word.column);
         }
         std::string wanted = word.text;
