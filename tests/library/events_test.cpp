@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <map>
 #include <memory>
 #include <typeinfo>
 
@@ -263,6 +264,50 @@ TEST_F(EventTest, APayloadStandsBehindTheFirstEndOfItsLastField)
     };
     for (const auto& row : rows)
         EXPECT_EQ(deliver(row.text), (Lines{row.callback, "response notified"})) << row.text;
+}
+
+TEST_F(EventTest, EachHandlerMayBeCalledByItsName)
+{
+    using Invoker = CommunicationsServiceEventInvoker;
+    const std::map<std::string, void (*)(CommunicationsServiceEventIfc*, std::string&)> handlers = {
+        // clang-format off
+        {"CallStateChangeEvent", Invoker::callStateChangeEvent},
+        {"RegistrationStateChangeEvent", Invoker::registrationStateChangeEvent},
+        {"IncomingCallEvent", Invoker::incomingCallEvent},
+        {"IncomingPickupCallEvent", Invoker::incomingPickupCallEvent}, {"CallHeldEvent", Invoker::callHeldEvent},
+        {"CallRetrievedEvent", Invoker::callRetrievedEvent}, {"FeatureSuccessEvent", Invoker::featureSuccessEvent},
+        {"FeatureFailedEvent", Invoker::featureFailedEvent},
+        {"RemoteEndpointDetailsChangedEvent", Invoker::remoteEndpointDetailsChangedEvent},
+        {"IncomingCallMissedEvent", Invoker::incomingCallMissedEvent},
+        {"CallForwardedEvent", Invoker::callForwardedEvent}, {"messageWaitingEvent", Invoker::messageWaitingEvent},
+        {"DoNotDisturbEvent", Invoker::doNotDisturbEvent}, {"AgentStateEvent", Invoker::agentStateEvent},
+        {"systemStatusEvent", Invoker::systemStatusEvent},
+        {"serverFeatureStatusEvent", Invoker::serverFeatureStatusEvent},
+        {"conferenceStatusEvent", Invoker::conferenceStatusEvent},
+        {"securityStatusChanged", Invoker::securityStatusChanged},
+        {"preemptionStatusChanged", Invoker::preemptionStatusChanged},
+        {"impactLevelChanged", Invoker::impactLevelChanged},
+        {"callRecordingStatusEvent", Invoker::callRecordingStatusEvent},
+        {"callCompletionEvent", Invoker::callCompletionEvent},
+        {"callCompletionFailedEvent", Invoker::callCompletionFailedEvent},
+        {"bluetoothAudioStatusChanged", Invoker::bluetoothAudioStatusChanged},
+        // clang-format on
+    };
+    std::size_t called = 0;
+    for (const Event& event : flatEvents)
+    {
+        std::string message = elements(event, distinct(event));
+        const auto found = handlers.find(event.method);
+        if (found != handlers.end())
+            found->second(&subscriber, message);
+        else if (event.method == "IncomingAssociatedCallEvent"s)
+            Invoker::incomingAssociatedCallEvent(&subscriber, message);
+        else
+            continue;  // the one without a handler of its own
+        ++called;
+        EXPECT_EQ(support::takeTrace(), Lines{callback(event, distinct(event))}) << event.method;
+    }
+    EXPECT_EQ(called, handlers.size() + 1);
 }
 
 TEST_F(EventTest, APayloadIsTheTextItself)

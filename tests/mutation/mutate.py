@@ -19,6 +19,7 @@ a survivor of the library is not in the list.
 
 import argparse
 import concurrent.futures
+import contextlib
 import json
 import math
 import os
@@ -65,8 +66,10 @@ def run(command, cwd, seconds=300, environment=None):
         try:
             return process.wait(seconds)
         except subprocess.TimeoutExpired:
-            os.killpg(process.pid, 9)
             return 124
+        finally:
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(process.pid, 9)
 
 
 class Build:
