@@ -165,8 +165,9 @@ Verdict Session::checkAll(const std::vector<std::string>& lines, const std::stri
         }
     place_ = before;
     if (mistakes > mostMistakesShown)
-        display_.complain(name + ": and " + std::to_string(mistakes - mostMistakesShown) +
-                          " more mistakes");
+        display_.complain(
+            name + ": and " +
+            counted(static_cast<std::size_t>(mistakes - mostMistakesShown), "more mistake"));
     return mistakes > 0 ? Verdict::mistake : Verdict::met;
 }
 

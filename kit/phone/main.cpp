@@ -150,19 +150,16 @@ void declare(CLI::App& app, Options& options)
 /// One line for what is wrong with the options, with the option that was probably meant.
 std::string describe(const CLI::App& app, const CLI::ParseError& error)
 {
-    std::string text = error.what();
-    text.erase(std::min(text.size(), text.find('\n')));
     const std::vector<std::string> left = app.remaining();
     if (left.empty())
-        return text;
-    text = "there is no option " + shown(left.front(), 60);
+        return error.what();
     if (left.front()[0] != '-')
         return "what is " + shown(left.front(), 60) + "? A script is given with --script";
     std::vector<std::string> names;
     for (const CLI::Option* option : app.get_options())
         for (const std::string& name : option->get_lnames())
             names.push_back("--" + name);
-    return text +
+    return "there is no option " + shown(left.front(), 60) +
            didYouMean(left.front().substr(0, left.front().find('=')), names, "; --help lists them");
 }
 

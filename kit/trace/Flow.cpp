@@ -60,7 +60,7 @@ const FarEndDoes farEndDoes[] = {
     {"b2buaCSTAEventOrRequest", -1, "sends"},
 };
 
-const char* const callTags[] = {"CallID", "callId", "callID", "activeCall", "NewCallID"};
+const char* const callTags[] = {"CallID", "activeCall"};
 const char* const farEndTags[] = {"URI", "CallingParty"};
 
 bool isCsta(const std::string& method)

@@ -49,13 +49,18 @@ bool isDrawnOtherwise(const Field& field, const std::string& method)
     return method.compare(0, 8, "Incoming") != 0 && isOneOf(field.argument, names);
 }
 
+bool isAbsent(const std::string& value)
+{
+    return value.empty() || value == "-1";
+}
+
 /// A call tells its line.
 bool namesCall(const Message& message, const std::vector<Field>& fields)
 {
     for (const Field& field : fields)
     {
         const std::string* const value = isCall(field) ? message.find(field.tag) : nullptr;
-        if (value != nullptr && *value != "0")
+        if (value != nullptr && *value != "0" && !isAbsent(*value))
             return true;
     }
     return false;
@@ -85,11 +90,6 @@ std::string flagInWords(const std::string& tag, bool set)
     std::string word = tag;
     word[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(word[0])));
     return (set ? " " : " not ") + word;
-}
-
-bool isAbsent(const std::string& value)
-{
-    return value.empty() || value == "-1";
 }
 
 std::string named(const Field& field, const std::string& value)
