@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
 """Changes the library, or the kit, in one place at a time and demands that the tests fail.
 
-usage: mutate.py [--kit] [--minutes N] [--sample N] [--seed WORD] [--file NAME] [--matching PATTERN] [--list]
-                 BUILD [SANITIZED]
+usage: mutate.py [--kit] [--minutes N] [--sample N] [--skip N] [--seed WORD] [--file NAME]
+                 [--matching PATTERN] [--list] BUILD [SANITIZED]
 
 BUILD is a configured and built folder with tests and kit, SANITIZED one with AddressSanitizer, or with
-ThreadSanitizer for the kit's locks: what survives in the one is tried in the other. Every change that operators.py knows of is made once, in an
-order of chance: a run that is stopped early (--minutes, --sample) has seen a fair sample, and the same
-seed gives the same order. A changed file is compiled without optimisation, linked with the tests, and
-these are run. A change that does not compile does not count, nor one that leaves the optimised machine
-code as it was, byte for byte.
+ThreadSanitizer for the kit's locks: what survives in the one is tried in the other. Every change that
+operators.py knows of is made once, in an order of chance: a run that is stopped early (--minutes,
+--sample) has seen a fair sample, the same seed gives the same order, and --skip goes on where a run was
+stopped. A changed file is compiled without optimisation, linked with the tests, and these are run. A
+change that does not compile does not count, nor one that leaves the optimised machine code as it was,
+byte for byte.
 
 Survivors are held against survivors.txt, which gives the reason why each is harmless. The run fails
 when less than 95 % of the others are caught in the library, 70 % in the kit (a sample may fall short by
@@ -236,6 +237,7 @@ def main():
     parser.add_argument("--kit", action="store_true", help="change the kit, not the library")
     parser.add_argument("--minutes", type=float, help="begin no further change after that")
     parser.add_argument("--sample", type=int, help="only so many, chosen at random")
+    parser.add_argument("--skip", type=int, help="without the first ones, which a run before has seen")
     parser.add_argument("--seed", default="1")
     parser.add_argument("--file", default="", help="only files with this in their names")
     parser.add_argument("--matching", default="", help="only changes with this pattern, as --list prints them")
@@ -254,7 +256,7 @@ def main():
     mutants = [mutant for name, text in texts.items() for mutant in operators.mutants_of(name, text)
                if re.search(options.matching, str(mutant))]
     random.Random(options.seed).shuffle(mutants)
-    mutants = mutants[:options.sample]
+    mutants = mutants[:options.sample][options.skip:]
     if options.list:
         print("\n".join(map(str, mutants)))
         return 0
