@@ -29,6 +29,11 @@ std::string twoColumns(const std::string& first, const std::string& second)
            " " + second + "\n";
 }
 
+std::string commandUsage(const Command& command)
+{
+    return command.name + std::string(*command.usage == '\0' ? "" : " ") + command.usage;
+}
+
 std::string wordUsage(const ShortWord& shortWord)
 {
     std::string text = shortWord.word;
@@ -45,7 +50,7 @@ std::string overview()
 {
     std::string text = "Commands:\n";
     for (const Command& command : commands())
-        text += twoColumns(std::string(command.name) + " " + command.usage, command.summary);
+        text += twoColumns(commandUsage(command), command.summary);
     text += "Short words, each for an operation; line and call follow from what the phone does:\n";
     for (const ShortWord& shortWord : shortWords())
     {
@@ -153,7 +158,7 @@ std::string helpOnName(const std::string& topic)
         return text;
     }
     if (const Command* command = findCommand(topic))
-        return std::string(command->name) + " " + command->usage + "\n  " + command->summary + "\n";
+        return commandUsage(*command) + "\n  " + command->summary + "\n";
     for (const ShortWord& shortWord : shortWords())
         if (topic == shortWord.word)
             text += wordUsage(shortWord) + ": short for\n" +

@@ -117,7 +117,7 @@ public:
         std::size_t j = 0;
         while ((i < one_.size() || j < other_.size()) && places_ < mostPlaces)
         {
-            if (i < one_.size() && j < other_.size() && one_[i].key == other_[j].key)
+            if (goOnAlike(i, j, 1))
             {
                 compareCalls(one_[i++], other_[j++]);
                 continue;

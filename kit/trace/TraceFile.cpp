@@ -41,8 +41,8 @@ void TraceFile::write(const std::string& line)
             continue;
         if (got <= 0)
         {
-            problem_ = "the trace ends here: " + path_ + " cannot be written: " +
-                       (got == 0 ? "nothing was taken" : std::strerror(errno));
+            problem_ =
+                "the trace ends here: " + path_ + " cannot be written: " + std::strerror(errno);
             // Half a line is no use to anybody; what is no file cannot take it back.
             const int cut = ftruncate(file_, written_);
             (void)cut;

@@ -6,6 +6,7 @@
 #include "tests/kit/phone/Records.h"
 
 #include <gtest/gtest.h>
+#include <map>
 
 namespace kit
 {
@@ -40,6 +41,8 @@ TraceRecord recordOf(const std::vector<Word>& words)
         return record(TraceRecord::Kind::event, words.at(1).text);
     if (kind == "control")
         return record(TraceRecord::Kind::control, first);
+    if (kind == "dropped")
+        return record(TraceRecord::Kind::dropped, "");
     const int number = std::stoi(first);
     if (kind == "hold")
         return record(TraceRecord::Kind::request,
@@ -50,10 +53,11 @@ TraceRecord recordOf(const std::vector<Word>& words)
         return record(TraceRecord::Kind::request, "<Method>Activate</Method>", number);
     if (kind == "exception")
         return record(TraceRecord::Kind::exception, word(2, ""), number);
-    EXPECT_TRUE(kind == "answer" || kind == "late") << kind;
+    static const std::map<std::string, Delivery> deliveries = {{"answer", Delivery::done},
+                                                               {"late", Delivery::timedOut},
+                                                               {"gone", Delivery::gone}};
     TraceRecord answer = record(TraceRecord::Kind::answer, word(2, "sfiSuccess"), number);
-    if (kind == "late")
-        answer.delivery = Delivery::timedOut;
+    answer.delivery = deliveries.at(kind);
     return answer;
 }
 

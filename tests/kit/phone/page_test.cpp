@@ -35,67 +35,6 @@ constexpr auto request = TraceRecord::Kind::request;
 constexpr auto answer = TraceRecord::Kind::answer;
 constexpr auto event = TraceRecord::Kind::event;
 
-TEST(TracePage, HoldsFieldsByNameAndByValue)
-{
-    Trace trace;
-    trace.records = {record(request,
-                            "<Method>HoldCall</Method><Line>1001</Line><CallID>7</CallID>"
-                            "<HoldCallReason>1</HoldCallReason><Other>x</Other>",
-                            3)};
-    trace.records[0].time = std::chrono::microseconds(1234567);
-    trace.records[0].thread = 2;
-    const nlohmann::json page = traceIn(pageOf(trace));
-    const nlohmann::json& held = page["records"][0];
-    EXPECT_EQ(held["t"], 1234567);
-    EXPECT_EQ(held["h"], 2);
-    EXPECT_EQ(held["n"], 3);
-    EXPECT_EQ(held["e"].dump(), R"([[0,"1001"],[1,"7"],[2,"1","hold"],["Other","x"]])");
-    const nlohmann::json& kind = page["kinds"][held["m"].get<std::size_t>()];
-    EXPECT_EQ(kind["name"], "HoldCall");
-    EXPECT_EQ(kind["fields"][0].dump(), R"(["line","Line","the line","line"])");
-    EXPECT_EQ(kind["fields"][1].dump(), R"(["callId","CallID","the call","call"])");
-    EXPECT_EQ(page["name"], "a trace");
-}
-
-TEST(TracePage, TellsWhatWasRefused)
-{
-    const std::string forwarding = "<Method>getForwardingConfiguration</Method>";
-    struct Case
-    {
-        std::string request;
-        std::string answer;
-        bool refused;
-    };
-    const Case cases[] = {
-        {"<Method>HoldCall</Method>", "sfiSuccess", false},
-        {"<Method>HoldCall</Method>", "sfiFailure", true},
-        {"<Method>HoldCall</Method>", "sfiFailureCallBackToMany", true},
-        {"<Method>HoldCall</Method>", "", true},
-        {"<Method>HoldCall</Method>", "sfiSuccess ", true},
-        {forwarding, "<sfiResult>sfiSuccess</sfiResult><status>1</status>", false},
-        {forwarding, "<sfiResult>sfiFailure</sfiResult><status>1</status>", true},
-        {forwarding, "<status>1</status>", true},
-        {"<Method>isCallHoldPossible</Method>", "false", false},
-        {"<Method>Unheard</Method>", "sfiFailure", true},
-        {"<Method>Unheard</Method>", "whatever", false},
-    };
-    Trace trace;
-    int number = 0;
-    for (const Case& each : cases)
-    {
-        trace.records.push_back(record(request, each.request, ++number));
-        trace.records.push_back(record(answer, each.answer, number));
-    }
-    trace.records.push_back(record(event, "<Method>FeatureFailedEvent</Method>"));
-    trace.records.push_back(record(event, "<Method>FeatureSuccessEvent</Method>"));
-    const nlohmann::json records = traceIn(pageOf(trace))["records"];
-    for (std::size_t i = 0; i < std::size(cases); ++i)
-        EXPECT_EQ(records[2 * i + 1].contains("r"), cases[i].refused)
-            << cases[i].request << " -> " << cases[i].answer;
-    EXPECT_TRUE(records[2 * std::size(cases)].contains("r"));
-    EXPECT_FALSE(records[2 * std::size(cases) + 1].contains("r"));
-}
-
 TEST(TracePage, NothingInATraceEndsItsElement)
 {
     const std::string empty = pageOf({});
