@@ -45,7 +45,6 @@ std::string outgoingCallMake(Simulation& s, const Request& r)
     const std::string line = made.line;
     const std::string number = plainNumber(r.text("Destination"));
     made.remote.from = s.partyOf(number);
-    made.remote.type = s.lines.find(number) != nullptr ? callTypeInternal : callTypeExternal;
     if (made.state == callIdle)
         s.calls.setState(made, callInitiated, reasonNormal);
     const Call* const current =
@@ -142,6 +141,8 @@ std::string blindTransfer(Simulation& s, const Request& r)
     if (own != nullptr)
     {
         own->peer = 0;
+        own->remote.divertedBy = arrival.divertedBy;
+        own->remote.diversionReason = arrival.diversionReason;
         s.farEnd.becomes(*own, s.partyOf(number), false, false);
         s.calls.dial(*own, number);
     }

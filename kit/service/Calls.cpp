@@ -172,11 +172,8 @@ void Calls::dial(Call& call, const std::string& dialled)
         arrival.priority = call.remote.priority;
         arrival.forwardings = call.remote.forwardings;
         arrival.peer = call.id;
-        if (hops > 0)
-        {
-            arrival.divertedBy = call.remote.divertedBy;
-            arrival.diversionReason = call.remote.diversionReason;
-        }
+        arrival.divertedBy = call.remote.divertedBy;
+        arrival.diversionReason = call.remote.diversionReason;
         const int id = call.id;
         const ArrivalOutcome outcome =
             number == call.line ? ArrivalOutcome{ArrivalOutcome::failed, 0, reasonBusy, ""}
@@ -299,7 +296,6 @@ void Calls::divert(Call& call, const std::string& target, Reason reason, Diversi
     arrival.diversionReason = diversion;
     const int caller = call.peer;
     s_.outbox.callForwarded(call, target, reason);
-    call.callBack = 0;
     clear(call, reason);
     if (Call* const own = find(caller))
     {

@@ -7,6 +7,7 @@
 #include "kit/service/SimulatedService.h"
 #include "tests/kit/service/Asking.h"
 
+#include <algorithm>
 #include <deque>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -35,7 +36,8 @@ inline kit::Values valuesOf(const std::string& text)
 ///     operation name=value ... -> answer   a request; without an answer "sfiSuccess" or, when
 ///                                          none is awaited, nothing
 ///     raw TEXT -> answer                   a request as it stands
-///     * command -> answer                  a command; without an answer any but an error
+///     * command -> answer                  a command; without an answer any but an error; "|"
+///                                          stands between the lines of one
 ///     : Event name=value ...               the next event, and fields of it
 ///     ? complaint                          the next line of the log
 ///     ! request or command                 it must fail; the answer is "sfiFailure", or why
@@ -112,7 +114,8 @@ private:
                                               : "sfiSuccess";
         if (command[0] == '*')
         {
-            const kit::ControlAnswer got = service_.control(trimmed(command.substr(1)));
+            kit::ControlAnswer got = service_.control(trimmed(command.substr(1)));
+            std::replace(got.text.begin(), got.text.end(), '\n', '|');
             EXPECT_EQ(got.accepted, !mustFail) << got.text;
             EXPECT_EQ(got.text, told ? answer : got.text);
             return;
