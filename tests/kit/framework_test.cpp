@@ -320,33 +320,6 @@ TEST_F(FrameworkTest, RequestsOfOtherThreadsDoNotWaitForACallback)
     EXPECT_TRUE(framework->settle(seconds(10)));
 }
 
-TEST_F(FrameworkTest, WhoWaitsUntilAllIsDeliveredIsWoken)
-{
-    const std::unique_ptr<Framework> framework = subscribed(makePumped());
-    const auto pump = [&] { framework->pump(); };
-    const struct
-    {
-        const char* what;
-        std::function<void()> arrives, ends;
-    } rows[] = {
-        {"a callback has ended", [&] { service_.sendHeld(1); }, pump},
-        {"it was for nobody", [&] { framework->inject("nobody", "<Method>x</Method>"); }, pump},
-        {"the service has gone", [&] { service_.goneSink(); }, pump},
-        {"another connection is used", [&] { service_.sendHeld(1); },
-         [&] { framework->reconnect(std::make_unique<FakeConnection>(service_)); }},
-    };
-    for (const auto& row : rows)
-    {
-        row.arrives();
-        EXPECT_FALSE(framework->settle(milliseconds(0)));
-        std::future<bool> settled =
-            std::async(std::launch::async, [&] { return framework->settle(seconds(20)); });
-        settled.wait_for(milliseconds(20));  // mostly it waits by then
-        row.ends();
-        EXPECT_EQ(settled.wait_for(seconds(10)), std::future_status::ready) << row.what;
-    }
-}
-
 TEST_F(FrameworkTest, RemovingWaitsForTheCallbackThatIsRunning)
 {
     const std::unique_ptr<Framework> framework = subscribed(make());
@@ -517,29 +490,6 @@ TEST_F(FrameworkTest, TheObserverSeesAllThatPasses)
                                   "event 0 0 subscriber-1 <Method>x</Method>",
                                   "request 2 0  <Method>AlternateCalls</Method><Line>1</Line>",
                                   "answer 2 2  "));
-}
-
-TEST_F(FrameworkTest, ManyThreadsMayCallWhileEventsArrive)
-{
-    const std::unique_ptr<Framework> framework = subscribed(make());
-    constexpr int each = 500;
-    std::vector<std::thread> threads;
-    std::atomic<int> succeeded{0};
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back(
-            [&]
-            {
-                for (int i = 0; i < each; ++i)
-                {
-                    succeeded += framework->service().answerCall("1001", i) == sfiSuccess ? 1 : 0;
-                    service_.sendHeld(i);
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(succeeded, 4 * each);
-    ASSERT_TRUE(framework->settle(seconds(30)));
-    EXPECT_EQ(recorder_.events().size(), 4u * each);
 }
 
 /// Why the library cannot be used.

@@ -96,44 +96,6 @@ TEST(RecordingChannelTest, AMisspeltNameIsNotTaken)
     EXPECT_EQ(channel.requests()[2].field("data"), "x:y");
 }
 
-TEST(RecordingChannelTest, ManyThreadsMayCallWhileTheTestAsksAndAnswers)
-{
-    kit::RecordingChannel channel;
-    constexpr std::size_t each = 3000;
-    const auto meanwhile = [&](const auto& work)
-    {
-        std::vector<std::future<void>> calling;
-        for (int thread = 0; thread < 3; ++thread)
-            calling.push_back(std::async(std::launch::async,
-                                         [&]
-                                         {
-                                             for (std::size_t i = 0; i < each; ++i)
-                                             {
-                                                 channel.service().answerCall("1001", 7);
-                                                 channel.service().retrieveCall("1001", 7);
-                                             }
-                                         }));
-        for (std::future<void>& one : calling)
-            while (one.wait_for(seconds(0)) != std::future_status::ready)
-                work();
-    };
-    meanwhile(
-        [&]
-        {
-            channel.answerOnce("AnswerCall", "a text that is longer than a short one");
-            channel.answerAll(std::string(100, 'x'));
-            channel.answerWith("AnswerCall", [](const auto& request) { return request.text; });
-        });
-    EXPECT_EQ(channel.requests().size(), 6 * each);
-    meanwhile(
-        [&]
-        {
-            for (const kit::RecordingChannel::Record& record : channel.requests("AnswerCall"))
-                ASSERT_EQ(record.field("CallID"), "7");
-            channel.forget();
-        });
-}
-
 class EventsTest : public testing::Test
 {
 protected:
@@ -395,18 +357,6 @@ TEST_F(FaultTest, FailsNTimesAndThenSucceeds)
     connection_.inject(Fault::empty, "AnswerCall", 1);
     for (const char* answer : {"sfiFailure", "sfiFailure", "", "sfiSuccess"})
         EXPECT_EQ(ask(), answer);
-}
-
-TEST_F(FaultTest, ClearingEndsAWaitAtOnce)
-{
-    connection_.inject(Fault::noAnswer, "AnswerCall");
-    std::thread waiting([&] { EXPECT_EQ(ask(seconds(3600)), "timed out, untouched"); });
-    // Whether it waits already or will only begin to, clearing lets it through.
-    while (connection_.happened() == 0)
-        std::this_thread::yield();
-    connection_.clear();
-    waiting.join();
-    EXPECT_EQ(ask(), "sfiSuccess");
 }
 
 TEST_F(FaultTest, EventsAreSpoiltToo)
