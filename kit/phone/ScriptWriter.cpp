@@ -177,7 +177,6 @@ void ScriptWriter::write()
         return;
     problem_ = "the recording ends here: " + path_ + " cannot be written";
     out_.close();
-    out_.clear();
 }
 
 }  // namespace kit::phone

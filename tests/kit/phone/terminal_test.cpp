@@ -185,12 +185,12 @@ TEST_F(Terminal, CompletesRemembersAndDropsLines)
 {
     start(true);
     talk({{"sim call 1001 fr\t2001\n", "\033[36m* IncomingCallEvent"},
-          {"answerC\t\n", "answerCall line=1001 callId=1: sfiSuccess"},
+          {"answerC\t\n", "\033[32manswerCall line=1001 callId=1: sfiSuccess\033[0m"},
           // Two words fit: they are shown, and what they share is typed already.
-          {"retri\t\t", "retrieve  retrieveCall"},
+          {"retri\t\t", "\033[2mretrieve  retrieveCall\033[0m"},
           {"\x03", "^C"},
           {"", prompt},
-          {"nonsense\n", "there is no command nonsense"},
+          {"nonsense\n", "\033[31mcolumn 1: there is no command nonsense"},
           {"", prompt},
           {"say gr\xc3\xbc\xc3\x9f\n", "\033[1mgr\xc3\xbc\xc3\x9f"},
           {"", prompt},
