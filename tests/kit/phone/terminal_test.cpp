@@ -1,6 +1,7 @@
 // The phone at a terminal: events above the line being typed, completion, history, Ctrl-C.
 
 #include "kit/testing/ServiceProcess.h"
+#include "tests/support/Folder.h"
 
 #include <chrono>
 #include <csignal>
@@ -197,6 +198,11 @@ TEST_F(Terminal, CompletesRemembersAndDropsLines)
           {"\033[A", "say gr"},
           {"\n", "\033[1mgr\xc3\xbc\xc3\x9f"},
           {"", prompt},
+          // Behind "name=" comes a value, behind a folder what is in it.
+          {"holdCall ca\t7x\n", "callId is a number, not \"7x\""},
+          {"", prompt},
+          {"run /us\tx\n", "cannot read the script /usr/x"},
+          {"", prompt},
           {"wait 1min", "wait 1min"},
           {"\n", "\n"}});
     kill(child_, SIGINT);
@@ -244,6 +250,20 @@ TEST_F(Terminal, TellsAtOnceThatTheServiceIsGone)
           {"", "phone> say half"}});
     service.restart();
     talk({{"\x15reconnect\n", "subscribe: sfiSuccess"}, {"", "activate: sfiSuccess"}});
+}
+
+TEST_F(Terminal, KeepsItsHistoryInAFile)
+{
+    const Folder folder;
+    const std::string file = folder / "history";
+    for (const char* const typed : {"say kept\n", "\033[A\n"})
+    {
+        begin(false, {PHONE_PROGRAM, "--history", file.c_str()});
+        ASSERT_TRUE(waitForPrompt());
+        talk({{typed, "\nkept\r\n"}, {"", prompt}});
+        type("\x04");
+        EXPECT_EQ(exitStatus(), 0);
+    }
 }
 
 TEST_F(Terminal, TellsAtOnceThatTheHistoryIsNotKept)
