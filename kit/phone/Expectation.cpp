@@ -128,7 +128,7 @@ const Event& eventNamed(const Word& word, const std::string& otherwise)
 std::string capturedBy(const ReceivedEvent& received)
 {
     for (const char* argument : {"callId", "newCallId", "currentCallId"})
-        if (received.has(argument) && !received.value(argument).empty())
+        if (received.has(argument) && !isAbsent(received.value(argument)))
             return argument;
     return "";
 }

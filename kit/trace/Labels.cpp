@@ -49,11 +49,6 @@ bool isDrawnOtherwise(const Field& field, const std::string& method)
     return method.compare(0, 8, "Incoming") != 0 && isOneOf(field.argument, names);
 }
 
-bool isAbsent(const std::string& value)
-{
-    return value.empty() || value == "-1";
-}
-
 /// A call tells its line.
 bool namesCall(const Message& message, const std::vector<Field>& fields)
 {
@@ -98,6 +93,11 @@ std::string named(const Field& field, const std::string& value)
 }
 
 }  // namespace
+
+bool isAbsent(const std::string& value)
+{
+    return value.empty() || value == "-1";
+}
 
 bool isLine(const Field& field)
 {

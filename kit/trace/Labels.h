@@ -26,6 +26,9 @@ std::string messageLabel(const std::string& text);
 bool isLine(const Field& field);
 bool isCall(const Field& field);
 
+/// Nothing was sent for the field.
+bool isAbsent(const std::string& value);
+
 /// The value is absent, the usual, or said by another field.
 bool saysNothing(const Field& field, const std::string& value);
 
