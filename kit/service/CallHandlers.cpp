@@ -163,7 +163,6 @@ std::string consult(Simulation& s, const Request& r)
     if (first.state != callHeld)
         s.calls.hold(first, false);
     Call& second = s.calls.create(first.line, false, 0);
-    second.heldFor = id;
     second.remote.from = s.partyOf(plainNumber(r.text("Destination")));
     s.calls.setState(second, callInitiated, reasonNormal);
     if (s.settings.associatedCalls)

@@ -72,7 +72,6 @@ struct Call
     RobotPointer robot;
     unsigned stepsDone = 0;  ///< one bit for each of the robot's steps
     int peer = 0;            ///< call at the far end, when that is a line of this phone
-    int heldFor = 0;         ///< the call that a consultation was made for
     int conference = 0;      ///< the conference that it is in, by the number of its first call
     bool manualHold = false;
     bool recorded = false;

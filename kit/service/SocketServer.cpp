@@ -31,7 +31,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds tick{20};
 /// How often the same trouble is told.
 constexpr std::chrono::seconds quiet{60};
-constexpr std::chrono::milliseconds farewell{300};
 
 std::string folderOf(const std::string& path)
 {
@@ -170,7 +169,7 @@ private:
     void drop(Session& session, const std::string& complaint, const std::string& why);
     void run();
     void endAll();
-    void waitForLeaving(Clock::time_point until);
+    void stopOnceAllHaveLeft();
     void log(const std::string& line)
     {
         if (options.log)
@@ -443,19 +442,19 @@ void SocketServer::Core::endAll()
     const std::map<Service::ClientId, SessionPointer> all = sessions;
     for (const auto& entry : all)
         entry.second->stream->finish({Frame::farewell, 0, "", why}, why);
-    waitForLeaving(Clock::now() + farewell);
+    stopOnceAllHaveLeft();
 }
 
-/// Whoever does not read is not waited for.
-void SocketServer::Core::waitForLeaving(Clock::time_point until)
+/// Whoever does not read is let go by the stream.
+void SocketServer::Core::stopOnceAllHaveLeft()
 {
-    if (sessions.empty() || Clock::now() >= until)
+    if (sessions.empty())
     {
         io.stop();
         return;
     }
     retry.expires_after(std::chrono::milliseconds(1));
-    retry.async_wait([this, until](const asio::error_code&) { waitForLeaving(until); });
+    retry.async_wait([this](const asio::error_code&) { stopOnceAllHaveLeft(); });
 }
 
 SocketServer::SocketServer(Service& service, const std::string& path)

@@ -443,7 +443,8 @@ TEST_F(FrameworkTest, ACallbackMayCallWhileTheFrameworkIsDestroyed)
 
 TEST_F(FrameworkTest, ThereIsAlwaysAConnection)
 {
-    EXPECT_THROW(Framework(nullptr), std::invalid_argument);
+    EXPECT_EQ(complaintOf<std::invalid_argument>([] { Framework(nullptr); }),
+              "the framework needs a connection");
     const std::unique_ptr<Framework> framework = make();
     EXPECT_THROW(framework->reconnect(nullptr), std::invalid_argument);
     EXPECT_EQ(framework->service().answerCall("1001", 7), sfiSuccess) << "the old one is lost";

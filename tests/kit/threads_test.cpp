@@ -86,7 +86,15 @@ struct Streams
     std::shared_ptr<FrameStream> near, far;
     const Action read = [this] { asio::post(io, [this] { far->start(ear); }); };
     const Action end = [this] { asio::post(io, [this] { near->end(""); }); };
-    const Action finish = [this] { asio::post(io, [this] { near->finish(large, ""); }); };
+    const Action finish = [this]
+    {
+        asio::post(io,
+                   [this]
+                   {
+                       near->finish(large, "");
+                       EXPECT_EQ(near->send(large), FrameStream::Sent::over);
+                   });
+    };
     std::thread thread;
 };
 

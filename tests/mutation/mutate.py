@@ -167,6 +167,8 @@ class Kit(Build):
             return ["communications-service-sim"]
         if file.startswith("phone/"):
             return ["CommunicationsPhone", "communications-phone", "kit-phone-tests"]
+        if file.startswith("testing/Mock"):
+            return ["CommunicationsServiceMocks", "kit-foundation-tests"]
         return ["CommunicationsServiceKit"]
 
     def verdict(self, mutant, text):

@@ -139,7 +139,7 @@ NARROWER = {
 # A whole statement that may be forgotten.
 STATEMENT = re.compile(
     r"""^(?P<indent>[ ]{4,})(?P<text>
-        (?:const\ )?std::(?:lock_guard|scoped_lock|unique_lock)\b[^;{}]*;   # a lock
+        (?:const\ )?(?:std::(?:lock_guard|scoped_lock|unique_lock)|State::Lock)\b[^;{}]*;  # a lock
       | [\w.>()-]*notify_(?:one|all)\(\);                                 # a notification
       | throw\b[^;{}]*;                                                   # a throw, a refusal
       | return\b[^;{}]*;                                                  # an early return

@@ -209,7 +209,7 @@ TEST_F(ServiceProgram, TheSocketIsItsOwnersWhateverTheUmask)
         {022, {}, 0600},
         {0777, {}, 0600},
         {077, {"--mode", "0660"}, 0660},
-        {0, {"--mode", "666"}, 0666},
+        {0, {"--mode", "777"}, 0777},
     };
     for (const auto& row : rows)
     {
