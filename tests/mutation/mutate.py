@@ -38,6 +38,8 @@ import operators
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
+# Tests that include headers of the library's inside.
+USERS = ROOT / "tests/library"
 WANTED = {"src": 0.95, "kit": 0.70}
 # A change that makes the tests take so many times longer is caught: it loops.
 PATIENCE = 5
@@ -83,9 +85,9 @@ class Build:
         self.compile = {}
         for entry in entries:
             source = pathlib.Path(entry["file"])
-            if source.is_relative_to(ROOT / house):
+            if source.is_relative_to(ROOT / house) or (house == "src" and source.parent == USERS):
                 command = entry["command"].removeprefix("ccache ") + " -O0 -g0 -w"
-                self.compile[str(source.relative_to(ROOT / house))] = command
+                self.compile[os.path.relpath(source, ROOT / house)] = command
         self.objects = {name: re.search(r" -o (\S+)", command).group(1)
                         for name, command in self.compile.items()}
 
@@ -114,6 +116,7 @@ class Build:
             return [file]
         direct = {name: (ROOT / self.house / name).read_text("utf-8")
                   for name in [*self.compile, *(p.name for p in (ROOT / self.house).glob("*.h"))]}
+        direct |= {str(p.relative_to(ROOT)): p.read_text("utf-8") for p in ROOT.glob("tests/support/*.h")}
         changed = {file}
         while True:
             more = {name for name, text in direct.items()
@@ -139,7 +142,7 @@ class Library(Build):
             (folder / "src" / mutant.file).write_text(mutant.applied(text), encoding="utf-8")
             replaced = {}
             for source in self.sources_of(mutant.file):
-                replaced[self.objects[source]] = f"{folder}/{source}.o"
+                replaced[self.objects[source]] = f"{folder}/{source.replace('/', '-')}.o"
                 if not self.compiled(source, folder, replaced[self.objects[source]]):
                     return "invalid"
             linked = set()
@@ -204,9 +207,10 @@ def is_same_code(build, mutant, text):
         folder = pathlib.Path(name)
         shutil.copytree(ROOT / build.house, folder / build.house)
         objects = []
+        sources = [source for source in build.sources_of(mutant.file) if not source.startswith("..")]
         for content in (text, mutant.applied(text)):
             (folder / build.house / mutant.file).write_text(content, encoding="utf-8")
-            for source in build.sources_of(mutant.file):
+            for source in sources:
                 target = folder / f"{len(objects)}.o"
                 build.compiled(source, folder, target, "-O2 -DNDEBUG")
                 objects.append(target.read_bytes())
