@@ -228,14 +228,12 @@ def verdict(builds, mutant, text):
 
 
 def listed_survivors():
-    """Each survivor with its reason: a line of the list, and below it, indented, the reason."""
-    known = {}
-    for line in (HERE / "survivors.txt").read_text("utf-8").splitlines():
-        if line.startswith("    ") and known:
-            known[next(reversed(known))] += line.strip() + " "
-        elif line and not line.startswith("#"):
-            known[line] = ""
-    return known
+    """Tells whether a change is in the list: a line is a change, or behind "~ " a pattern of changes."""
+    lines = [line for line in (HERE / "survivors.txt").read_text("utf-8").splitlines()
+             if line and not line.startswith((" ", "#"))]
+    patterns = [re.compile(line[2:]) for line in lines if line.startswith("~ ")]
+    exact = set(lines)
+    return lambda text: text in exact or any(pattern.fullmatch(text) for pattern in patterns)
 
 
 def main():
@@ -275,7 +273,7 @@ def main():
     for build in builds:
         build.measure()
 
-    known = listed_survivors()
+    is_known = listed_survivors()
     counts = {"invalid": 0, "caught": 0, "survived": 0, "same": 0, "listed": 0, "late": 0}
     unknown = []
 
@@ -283,7 +281,7 @@ def main():
         if options.minutes and time.monotonic() - start > 60 * options.minutes:
             return mutant, "late"
         found = verdict(builds, mutant, texts[mutant.file])
-        return mutant, "listed" if found == "survived" and str(mutant) in known else found
+        return mutant, "listed" if found == "survived" and is_known(str(mutant)) else found
 
     with concurrent.futures.ThreadPoolExecutor(1 if options.kit else os.cpu_count()) as pool:
         for done, (mutant, found) in enumerate(pool.map(judged, mutants), 1):
