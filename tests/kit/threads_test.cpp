@@ -175,26 +175,42 @@ TEST(Threads, AreWokenBeforeTheirTimeIsOver)
 {
     constexpr auto time = 20s;
     alarm(60);  // some would wait for ever
-    const auto expectWoken = [&](const char* by, const Action& waits, const Action& wakes)
-    {
-        const std::future<void> waiting = std::async(std::launch::async, waits);
-        waiting.wait_for(20ms);  // mostly it waits by then
-        wakes();
-        EXPECT_EQ(waiting.wait_for(time / 2), std::future_status::ready) << by;
-    };
-    const auto nothing = [] {};
+    std::string answer;
     test::FakeService fake;
     EventRecorder events;
     Framework::Options options;
     options.events = Framework::Events::onPump;
     Framework framework(std::make_unique<test::FakeConnection>(fake), options);
     framework.service().subscribe(&events);
+    FaultConnection faults(std::make_unique<test::FakeConnection>(fake));
+    faults.inject(Fault::noAnswer, "");
+    Streams sent;
+    Streams ended;
+    SimulatedService service;
+    std::promise<void> reached;
+    const auto client = service.connect(
+        [&](const auto&, const auto&)
+        {
+            reached.set_value();
+            std::this_thread::sleep_for(50ms);
+        });
+    service.exchange(client, Sending::subscribe, "<Method>Subscribe</Method>", "c", answer);
+    const Folder folder;
+    SocketServer server(service, folder / "socket");
+    std::thread thread([&] { server.run(); });
+    SocketConnection connection(folder / "socket");
+    std::vector<std::future<void>> others;
+    // clang-format off
+    const auto meanwhile = [&](const Action& action) { others.push_back(std::async(std::launch::async, action)); };
+    const auto nothing = [] {};
     const auto pump = [&] { framework.pump(time); };
     const auto settle = [&] { framework.settle(time); };
     const auto arrive = [&] { fake.sendHeld(1); };
     const auto go = [&] { fake.goneSink(); };
-    const auto reconnect = [&]
-    { framework.reconnect(std::make_unique<test::FakeConnection>(fake)); };
+    const auto reconnect = [&] { framework.reconnect(std::make_unique<test::FakeConnection>(fake)); };
+    const auto ask = [&] { connection.request("<Method>Activate</Method>", answer, time); };
+    const auto tell = [&] { meanwhile([&] { service.control("system NORMAL"); }); reached.get_future().wait(); };
+    const auto look = [&] { while (connection.whyGone().empty()) std::this_thread::yield(); };
     const std::tuple<const char*, Action, Action, Action> rows[] = {
         {"an event", nothing, pump, arrive},
         {"the service that goes", nothing, pump, go},
@@ -202,66 +218,28 @@ TEST(Threads, AreWokenBeforeTheirTimeIsOver)
         {"an event for nobody", [&] { framework.inject("?", hold); }, settle, pump},
         {"that the service has gone", go, settle, pump},
         {"another connection", arrive, settle, reconnect},
+        {"the end of the framework", nothing, [] { const Framework brief(std::make_unique<EmbeddedConnection>());
+                                                   std::this_thread::sleep_for(10ms); }, nothing},
+        {"what is awaited", nothing, [&] { events.waitFor("DevicesChangedEvent", {}, time); },
+         [&] { events.onDevicesChangedEvent(); }},
+        {"faults that are cleared", nothing,
+         [&] { EXPECT_EQ(faults.request(hold, answer, time), Delivery::timedOut); }, [&] { faults.clear(); }},
+        {"all that is sent", nothing, [&] { sent.near->waitUntilSent(time); }, sent.read},
+        {"the end of a stream", nothing, [&] { ended.near->waitUntilSent(time); }, ended.end},
+        {"a sink that returns", tell, [&] { service.disconnect(client); }, nothing},
+        {"the answer", nothing, ask, nothing},
+        {"the service that went", [&] { service.control("silence *"); meanwhile(look); }, ask,
+         [&] { service.control("go away"); }},
     };
+    // clang-format on
     for (const auto& [by, first, waits, wakes] : rows)
     {
         reconnect();
         first();
-        expectWoken(by, waits, wakes);
-    }
-    const auto create = []
-    {
-        const Framework ending(std::make_unique<EmbeddedConnection>());
-        std::this_thread::sleep_for(10ms);  // mostly its thread waits by then
-    };
-    expectWoken("the end of the framework", create, nothing);
-
-    const auto await = [&] { events.waitFor("DevicesChangedEvent", {}, time); };
-    expectWoken("the event awaited", await, [&] { events.onDevicesChangedEvent(); });
-
-    std::string answer;
-    FaultConnection faults(std::make_unique<test::FakeConnection>(fake));
-    faults.inject(Fault::noAnswer, "");
-    const auto request = [&] { EXPECT_EQ(faults.request(hold, answer, time), Delivery::timedOut); };
-    expectWoken("faults that are cleared", request, [&] { faults.clear(); });
-
-    for (const auto by : {&Streams::read, &Streams::end})
-    {
-        Streams streams;
-        const auto send = [&] { streams.near->waitUntilSent(time); };
-        expectWoken("all that has been sent, or the end", send, streams.*by);
-    }
-
-    SimulatedService service;
-    std::promise<void> reached;
-    const auto slow = [&](const auto&, const auto&)
-    {
-        reached.set_value();
-        std::this_thread::sleep_for(50ms);
-    };
-    const auto client = service.connect(slow);
-    service.exchange(client, Sending::subscribe, "<Method>Subscribe</Method>", "c", answer);
-    const auto tell = [&] { service.control("system NORMAL"); };
-    const std::future<void> telling = std::async(std::launch::async, tell);
-    reached.get_future().wait();
-    expectWoken(
-        "a sink that returns", [&] { service.disconnect(client); }, nothing);
-
-    const Folder folder;
-    SocketServer server(service, folder / "socket");
-    std::thread thread([&] { server.run(); });
-    {
-        SocketConnection connection(folder / "socket");
-        const auto ask = [&] { connection.request("<Method>Activate</Method>", answer, time); };
-        expectWoken("the answer", ask, nothing);
-        service.control("silence *");
-        const auto look = [&]
-        {
-            while (connection.whyGone().empty())
-                std::this_thread::yield();
-        };
-        const std::future<void> looking = std::async(std::launch::async, look);
-        expectWoken("the service that went", ask, [&] { service.control("go away"); });
+        const std::future<void> waiting = std::async(std::launch::async, waits);
+        waiting.wait_for(20ms);  // mostly it waits by then
+        wakes();
+        EXPECT_EQ(waiting.wait_for(time / 2), std::future_status::ready) << by;
     }
     server.stop();
     thread.join();
