@@ -296,7 +296,7 @@ TEST_F(EventTest, EachHandlerMayBeCalledByItsName)
     std::size_t called = 0;
     for (const Event& event : flatEvents)
     {
-        const std::string before = elements(event, distinct(event));
+        const std::string before = '\0' + elements(event, distinct(event));
         std::string message = before;
         const auto found = handlers.find(event.method);
         if (found != handlers.end())

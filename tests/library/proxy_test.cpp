@@ -223,6 +223,7 @@ TEST(Readers, OfAnswersAndEventsDifferInHowTheyFindTheEnd)
         {"<b>x</b>", "x", 0, "x", 0},
         {"<b> 42abc</b>", " 42abc", 42, " 42abc", 42},
         {"<b>1</b><b>2</b>", "1", 1, "1", 1},
+        {std::string(70000, 'x') + "<b>2</b>", "2", 2, "2", 2},
         {"<b><b>3</b></b>", "<b>3", 0, "<b>3", 0},
         {"x<b>4</b>", "4", 4, "4", 4},
         {"<b>\0005</b>"s, "\0005"s, 0, "\0005"s, 0},

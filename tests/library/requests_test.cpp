@@ -125,7 +125,9 @@ TEST(RequestTextTest, WhatHasNoRoomIsRefused)
     {
         EXPECT_STREQ(error.what(), "request");
     }
-    EXPECT_LE(flags.str().size(), 512u) << "written past the room";
+    const std::string full = flags.str();
+    EXPECT_LE(full.size(), 512u) << "written past the room";
+    EXPECT_EQ(flags.payload(value).str(), full + value);
 
     const std::string longValue(65, 'v');
     RequestText longOnes("M");
