@@ -57,6 +57,7 @@ LIBRARY_STEPS = [
 ]
 KIT_STEPS = [(f"kit-{name}-tests", "--gtest_fail_fast")
              for name in ("foundation", "phone", "service", "replay")]
+KIT_STEPS.append(("kit-soak", "2 1000"))
 # What is written out of the kit, and the pages about it.
 KIT_STEPS.append(("ctest", "-R 'up-to-date|pages.manuals'"))
 

@@ -6,12 +6,10 @@
 #include "kit/service/SimulatedService.h"
 #include "tests/kit/service/Asking.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
@@ -279,42 +277,6 @@ TEST(ServiceHostile, LargeTexts)
                                        "advance " + large, "\"" + large, "call 1001 from " + large})
         EXPECT_FALSE(application.service()->control(command).accepted);
     expectAlive(application.service());
-}
-
-TEST(ServiceHostile, ManyThreadsAtOnce)
-{
-    kit::EmbeddedConnection watcher;
-    std::atomic<unsigned> events{0};
-    std::vector<std::thread> threads;
-    watcher.setEventSink([&](const std::string&, const std::string&) { ++events; });
-    subscribe(watcher);
-    ask(watcher, activate);
-    events = 0;
-    std::vector<unsigned> seen(4, 0);
-    for (unsigned i = 0; i < 4; ++i)
-        threads.emplace_back(
-            [&watcher, &seen, i]
-            {
-                for (int turn = 0; turn < 250; ++turn)
-                {
-                    // A sink of its own comes and goes; nothing reaches it afterwards.
-                    unsigned mine = 0;
-                    {
-                        kit::EmbeddedConnection application(watcher.service());
-                        application.setEventSink([&mine](const std::string&, const std::string&)
-                                                 { ++mine; });
-                        subscribe(application);
-                        ask(application,
-                            "<Method>SendCSTARequest</Method><Line>1001</Line>payload");
-                    }
-                    seen[i] += mine > 0 ? 1 : 0;
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    // What a call causes has been delivered when it returns.
-    EXPECT_EQ(seen, std::vector<unsigned>(4, 250));
-    EXPECT_EQ(events, 1000U);
 }
 
 }  // namespace

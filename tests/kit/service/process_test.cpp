@@ -17,10 +17,13 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <set>
+#include <spawn.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -325,6 +328,56 @@ TEST_F(ServiceProgram, TheJournalHoldsWholeLinesAndWhatWasDone)
         expected += doNotDisturb + "\n";
     EXPECT_EQ(contentsOf(journal), expected + activate + "\n");
     EXPECT_EQ(program.endedBy(SIGTERM), 1);
+}
+
+/// As a program: a forked child would lack the threads of its parent.
+pid_t startApplication(std::string socket, std::string number)
+{
+    std::string program = APPLICATION_PROGRAM;
+    char* const arguments[] = {program.data(), socket.data(), number.data(), nullptr};
+    pid_t child = -1;
+    EXPECT_EQ(posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ), 0);
+    return child;
+}
+
+TEST_F(ServiceProgram, ServesSeveralApplicationsAtOnce)
+{
+    const std::string journal = folder / "journal";
+    const Listening program(path, {"--journal", journal});
+    std::vector<pid_t> children;
+    for (const char* number : {"0", "1", "2"})
+        children.push_back(startApplication(path, number));
+    kit::SocketConnection watcher(path);
+    std::string clients;
+    const auto ready = [&]
+    {
+        const std::string wanted = "1 subscription, 201 requests";
+        clients = control(watcher, "show clients").text;
+        int count = 0;
+        for (std::size_t at = clients.find(wanted); at != std::string::npos;
+             at = clients.find(wanted, at + 1))
+            ++count;
+        return count == 3;
+    };
+    const auto end = std::chrono::steady_clock::now() + 60s;
+    while (!ready() && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
+    EXPECT_TRUE(control(watcher, "system NORMAL info all").accepted);
+    for (const pid_t child : children)
+    {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << clients;
+    }
+    // Each request stands there once.
+    const std::vector<std::string> lines = linesOf(journal);
+    std::set<std::string> lamps;
+    for (const std::string& line : lines)
+    {
+        const std::size_t at = line.find("<lampId>");
+        EXPECT_TRUE(at == std::string::npos || lamps.insert(line.substr(at)).second) << line;
+    }
+    EXPECT_EQ(lamps.size(), 600U);
 }
 
 TEST_F(ServiceProgram, ALogThatCannotBeWrittenIsTold)
