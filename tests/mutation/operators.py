@@ -81,7 +81,7 @@ def is_declaration(argument):
 
 
 # The order of their arguments does not matter.
-SYMMETRIC = re.compile(r"\b(memcmp|same|min|max)$")
+SYMMETRIC = re.compile(r"\b(memcmp|same|min|max)(<[\w:]+>)?$")
 
 
 def token_mutants(file, text):
