@@ -52,9 +52,12 @@ public:
     /// in "out" and "err".
     int run(const std::string& command) const
     {
-        std::ofstream(file("command")) << "cd " << file("") << "\nPATH=.:$PATH\nTOUR=" PHONE_SCRIPTS
-                                       << "/tour\nEVERYTHING=" PHONE_SCRIPTS "/everything\n"
-                                       << command << "\n";
+        std::ofstream(file("command"))
+            << "cd " << file("") << "\nPATH=.:$PATH\nTOUR=" PHONE_SCRIPTS
+            << "/tour\nEVERYTHING=" PHONE_SCRIPTS "/everything\n"
+               "await() { for i in $(seq 3000); do \"$@\" 2>/dev/null && "
+               "return; sleep 0.02; done; }\n"
+            << command << "\n";
         const int status = std::system(
             ("sh " + file("command") + " </dev/null >" + file("out") + " 2>" + file("err"))
                 .c_str());
