@@ -86,7 +86,8 @@ class Build:
         self.compile = {}
         for entry in entries:
             source = pathlib.Path(entry["file"])
-            if source.is_relative_to(ROOT / house) or (house == "src" and source.parent == USERS):
+            is_user = house == "src" and source.parent == USERS and "/library-tests.dir/" in entry["command"]
+            if source.is_relative_to(ROOT / house) or is_user:
                 command = entry["command"].removeprefix("ccache ") + " -O0 -g0 -w"
                 self.compile[os.path.relpath(source, ROOT / house)] = command
         self.objects = {name: re.search(r" -o (\S+)", command).group(1)
