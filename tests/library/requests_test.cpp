@@ -129,6 +129,10 @@ TEST(RequestTextTest, WhatHasNoRoomIsRefused)
     EXPECT_LE(full.size(), 512u) << "written past the room";
     EXPECT_EQ(flags.payload(value).str(), full + value);
 
+    RequestText longTags("M");
+    EXPECT_THROW(for (;;) longTags.text(std::string(100, 't'), value), std::length_error);
+    EXPECT_EQ(longTags.str().size(), 287u);
+
     const std::string longValue(65, 'v');
     RequestText longOnes("M");
     longOnes.text("A", longValue).text("B", longValue).text("C", longValue);
