@@ -10,6 +10,8 @@
 #include "tests/support/Folder.h"
 
 #include <fstream>
+#include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
@@ -201,6 +203,35 @@ TEST(ScriptWriter, WritesTheTimeThatPassed)
     EXPECT_EQ(writer.takeProblem(), "the recording ends here: /dev/full cannot be written");
     line(13000, "hold");
     EXPECT_EQ(writer.takeProblem(), "") << "told once";
+}
+
+TEST(PhoneRecorder, TakesOnAnyThreadWhatItShowsOnItsOwn)
+{
+    const Folder folder;
+    std::ostringstream out;
+    Display display(out, out, false);
+    Recorder::Settings settings;
+    settings.traceFile = folder / "trace";
+    settings.pageFile = folder / "page";
+    Recorder recorder(settings, display);
+    const auto take = [&]
+    {
+        for (int i = 0; i < 50; ++i)
+        {
+            recorder.tracer().control("advance 1ms");
+            recorder.addComplaint("told");
+        }
+    };
+    const std::function<void()> actions[] = {
+        [&] { recorder.show(); }, [&] { recorder.setWire(true); },
+        [&] { recorder.setLadder(true); }, [&] { recorder.finish(); }};
+    for (const auto& show : actions)
+    {
+        const std::future<void> one = std::async(std::launch::async, take);
+        const std::future<void> other = std::async(std::launch::async, take);
+        show();
+    }
+    EXPECT_EQ(linesOf(settings.traceFile).size(), 1 + 4 * 2 * 50U);
 }
 
 }  // namespace
