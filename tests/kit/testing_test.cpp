@@ -4,7 +4,6 @@
 #include "kit/binding/Caller.h"
 #include "kit/framework/Exception.h"
 #include "kit/framework/Framework.h"
-#include "kit/framework/SocketConnection.h"
 #include "kit/service/EmbeddedConnection.h"
 #include "kit/testing/EventInjector.h"
 #include "kit/testing/EventRecorder.h"
@@ -18,7 +17,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <future>
 #include <gmock/gmock.h>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -472,20 +470,6 @@ TEST(ServiceProcessTest, SaysWhyItDoesNotRun)
     EXPECT_THAT(refusal(talkative.path()), HasSubstr("; it said: no socket today"));
     const Script dumb("exec sleep 600");
     EXPECT_THROW(kit::ServiceProcess(dumb.path(), {}, milliseconds(20)), std::runtime_error);
-}
-
-TEST(ServiceProcessTest, TheDeathOfTheKitsOwnIsToldWhileNothingIsAsked)
-{
-    kit::ServiceProcess process;
-    std::promise<std::string> told;
-    kit::Framework::Options options;
-    options.gone = [&](const std::string& problem) { told.set_value(problem); };
-    kit::Framework framework(std::make_unique<kit::SocketConnection>(process.socket()), options);
-    EXPECT_EQ(framework.service().activate(), sfiSuccess);
-    process.kill();
-    std::future<std::string> heard = told.get_future();
-    ASSERT_EQ(heard.wait_for(seconds(10)), std::future_status::ready);
-    EXPECT_EQ(heard.get(), "the service at " + process.socket() + " is gone");
 }
 
 }  // namespace
