@@ -9,6 +9,7 @@
 #include "tests/kit/Transcript.h"
 #include "tests/support/Folder.h"
 
+#include <atomic>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -16,6 +17,7 @@
 #include <map>
 #include <random>
 #include <sstream>
+#include <thread>
 
 namespace kit::phone
 {
@@ -214,25 +216,29 @@ TEST(PhoneRecorder, TakesOnAnyThreadWhatItShowsOnItsOwn)
     settings.traceFile = folder / "trace";
     settings.pageFile = folder / "page";
     Recorder recorder(settings, display);
-    const auto take = [&]
-    {
-        for (int i = 0; i < 50; ++i)
-        {
-            recorder.tracer().control("advance 1ms");
-            recorder.addComplaint("told");
-        }
-    };
     const std::function<void()> actions[] = {
         [&] { recorder.show(); }, [&] { recorder.setWire(true); },
         [&] { recorder.setLadder(true); }, [&] { recorder.finish(); }};
+    std::atomic<unsigned> taken{0};
     for (const auto& show : actions)
     {
+        std::atomic<bool> over{false};
+        const auto take = [&]
+        {
+            for (; !over; ++taken)
+            {
+                recorder.tracer().control("advance 1ms");
+                recorder.addComplaint("told");
+            }
+        };
         const std::future<void> one = std::async(std::launch::async, take);
         const std::future<void> other = std::async(std::launch::async, take);
-        for (int i = 0; i < 20; ++i)
-            show();
+        for (const unsigned before = taken; taken < before + 10;)
+            std::this_thread::yield();
+        show();
+        over = true;
     }
-    EXPECT_EQ(linesOf(settings.traceFile).size(), 1 + 4 * 2 * 50U);
+    EXPECT_EQ(linesOf(settings.traceFile).size(), 1 + taken);
 }
 
 }  // namespace
