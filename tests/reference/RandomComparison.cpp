@@ -81,33 +81,13 @@ private:
 
     std::string value()
     {
+        // clang-format off
         static const char* const values[] = {
-            "",
-            "0",
-            "1",
-            "-1",
-            "42",
-            "2147483647",
-            "2147483648",
-            "-2147483648",
-            "-2147483649",
-            "99999999999999999999",
-            " \t\n+7x",
-            "+-1",
-            "-",
-            "- 1",
-            "\v\f\r3",
-            "sfiSuccess",
-            "sfiFailureCallBackToMany",
-            "sip:1001@example.com",
-            "1,2,3,",
-            "a, b,",
-            "Zo\xc3\xab",
-            "a<b",
-            "a>b",
-            "</",
-            "<>",
-            "a text that is longer than the room of a small string"};
+            "", "0", "1", "-1", "42", "2147483647", "2147483648", "-2147483648", "-2147483649",
+            "99999999999999999999", " \t\n+7x", "+-1", "-", "- 1", "\v\f\r3", "1,2,3,", "a, b,",
+            "sfiSuccess", "sfiFailureCallBackToMany", "sip:1001@example.com", "Zo\xc3\xab",
+            "a<b", "a>b", "</", "<>", "a text that is longer than the room of a small string"};
+        // clang-format on
         if (below(100) == 0)
             return text();
         return oneOf(values);
