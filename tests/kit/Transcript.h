@@ -14,7 +14,8 @@ namespace kit::test
 /// Carries a line out; returns all that comes of it.
 using Typing = std::function<std::string(const std::string&)>;
 
-/// What comes of a line, as a transcript has it: with a backslash in front of what would be read as something else.
+/// What comes of a line, as a transcript has it: with a backslash in front of what would be read as
+/// something else.
 inline std::string asWritten(const std::string& output)
 {
     std::istringstream lines(output);
@@ -43,8 +44,7 @@ inline void replay(const std::string& name, const std::function<Typing(const std
     Typing type;
     for (std::string line; std::getline(file, line);)
     {
-        const bool starts = line.rfind("== ", 0) == 0;
-        if (starts)
+        if (line.rfind("== ", 0) == 0)
         {
             compare();
             wanted.clear();

@@ -14,8 +14,7 @@ byte for byte.
 
 Survivors are held against survivors.txt, which gives the reason why each is harmless. The run fails
 when less than 99 % of the others are caught in the library, 85 % in the kit (a sample may fall short by
-what chance explains); a run to the end also when
-a survivor of the library is not in the list.
+what chance explains); a run to the end also when a survivor of the library is not in the list.
 """
 
 import argparse
@@ -55,11 +54,11 @@ LIBRARY_STEPS = [
     ("proof-allocations", "--gtest_fail_fast"),
     ("proof-threads", "--gtest_fail_fast"),
 ]
-KIT_STEPS = [(f"kit-{name}-tests", "--gtest_fail_fast")
-             for name in ("foundation", "phone", "service", "replay")]
-KIT_STEPS.append(("kit-soak", "2 1000"))
-# What is written out of the kit, and the pages about it.
-KIT_STEPS.append(("ctest", "-R 'up-to-date|pages.manuals'"))
+KIT_STEPS = [
+    *((f"kit-{name}-tests", "--gtest_fail_fast") for name in ("foundation", "phone", "service", "replay")),
+    ("kit-soak", "2 1000"),
+    ("ctest", "-R 'up-to-date|pages.manuals'"),  # what is written out of the kit, and the pages about it
+]
 
 
 def run(command, cwd, seconds=300, environment=None):
@@ -208,8 +207,8 @@ def is_same_code(build, mutant, text):
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         shutil.copytree(ROOT / build.house, folder / build.house)
-        objects = []
         sources = [source for source in build.sources_of(mutant.file) if not source.startswith("..")]
+        objects = []
         for content in (text, mutant.applied(text)):
             (folder / build.house / mutant.file).write_text(content, encoding="utf-8")
             for source in sources:

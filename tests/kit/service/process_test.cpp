@@ -1,4 +1,5 @@
-// The simulated service as a process: options, files, rights, descriptors, and two on one path.
+// The simulated service as a process: options, files, rights, descriptors, two on one path, and several
+// applications at once.
 
 #include "kit/framework/Framework.h"
 #include "kit/framework/SocketConnection.h"
